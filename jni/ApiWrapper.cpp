@@ -1,0 +1,527 @@
+// The front door: the table of adapter handles and the 39 native methods.
+//
+// A native method is its entry frame (null checks, adapter index, handle) in the order that the contract gives it,
+// followed by one call into its family. What its caller sees first when several things are wrong is read here.
+
+#include "ApiWrapper.h"
+
+#include <cstdio>
+#include <iterator>
+
+#include "AdapterInformation.h"
+#include "ChapTable.h"
+#include "DeviceDatabaseEntry.h"
+#include "FirmwareConfiguration.h"
+#include "IsnsDiscovery.h"
+#include "JavaAccess.h"
+#include "Logs.h"
+#include "Records.h"
+#include "ScsiPassThrough.h"
+#include "Statistics.h"
+#include "TargetDatabase.h"
+#include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
+#include "vdsdm/Operations.h"
+#include "vdsdm/Status.h"
+
+// The handle of each open adapter by its index; 0 where none is stored. The bridge's only state.
+static SDMGT_HANDLE hbaHandles[32];
+
+bool isAdapterIndex(jint dev)
+{
+    return dev >= 0 && static_cast<std::size_t>(dev) < std::size(hbaHandles);
+}
+
+// The failure value of status methods for an index outside the table.
+static constexpr auto INVALID_INDEX = static_cast<jint>(ERR_INVALID_PARAMETER);
+
+// A status as it crosses to Java.
+static jint toJava(SD_UINT32 status)
+{
+    return static_cast<jint>(status);
+}
+
+// A status as the boolean methods hand it over.
+static jboolean succeeded(SD_UINT32 status)
+{
+    return status == 0 ? JNI_TRUE : JNI_FALSE;
+}
+
+static jint nullArgument(const char *line)
+{
+    return toJava(nullObject(line));
+}
+
+extern "C" {
+
+// ---- Handles, version, trace ----
+
+JNIEXPORT void JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_initJNINative(JNIEnv *, jobject)
+{
+    for (SDMGT_HANDLE &handle : hbaHandles) {
+        handle = 0;
+    }
+}
+
+// An index outside the table names no adapter: the library is not asked, here and in closeDevice.
+JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_openDevice(JNIEnv *, jobject, jint dev)
+{
+    if (!isAdapterIndex(dev)) {
+        return JNI_FALSE;
+    }
+    SDMGT_HANDLE handle = 0;
+    const SD_UINT32 status = SDOpenDeviceiSCSI(static_cast<SD_UINT32>(dev), &handle);
+    if (status == 0) {
+        hbaHandles[dev] = handle;
+    }
+    return succeeded(status);
+}
+
+JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_closeDevice(JNIEnv *, jobject, jint dev)
+{
+    if (!isAdapterIndex(dev)) {
+        return JNI_FALSE;
+    }
+    const SD_UINT32 status = SDCloseDeviceiSCSI(hbaHandles[dev]);
+    if (status == 0) {
+        hbaHandles[dev] = 0;
+    }
+    return succeeded(status);
+}
+
+JNIEXPORT jstring JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getVersioniSCSI(JNIEnv *env, jobject)
+{
+    SD_UINT8 versionString[VERSION_TEXT_SIZE];
+    clear(versionString);
+    SDGetVersioniSCSI(reinterpret_cast<char *>(versionString), VERSION_TEXT_SIZE);
+    return newText(env, versionString, sizeof versionString);
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_enableSdmTrace(JNIEnv *env, jobject, jint dev,
+                                                                                jstring fileName)
+{
+    SD_UINT32 traced = 0;
+    const jint status = withUtfChars(env, fileName, [&](const char *characters) {
+        if (!isAdapterIndex(dev)) {
+            return INVALID_INDEX;
+        }
+        SDMGT_HANDLE handle = hbaHandles[dev];
+        // Without a name there is nothing to switch on, which is no failure.
+        if (characters != nullptr) {
+            traced = SDEnableDebugTraceiSCSI(&handle, characters, 0xFFFFFFFF);
+        }
+        return toJava(traced);
+    });
+    failed(traced, "JNI: SDEnableDebugTraceiSCSI: %x \n");
+    return status;
+}
+
+// ---- Adapter information ----
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIAdapterInfo(JNIEnv *env, jobject, jint dev,
+                                                                                     jobject jObj)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jObj == nullptr) {
+        return nullArgument("NULL javaHBAObject!\n");
+    }
+    return toJava(readAdapterInfo(env, hbaHandles[dev], jObj));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIFWInfo(JNIEnv *env, jobject, jint dev,
+                                                                                jobject jObj)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jObj == nullptr) {
+        return nullArgument("NULL Java Obj!\n");
+    }
+    return toJava(readFWInfo(env, hbaHandles[dev], jObj));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIDriverInfo(JNIEnv *env, jobject, jint dev,
+                                                                                    jobject jObj)
+{
+    if (jObj == nullptr) {
+        return nullArgument("NULL Java Obj!\n");
+    }
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(readDriverInfo(env, hbaHandles[dev], jObj));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getChipInfo(JNIEnv *env, jobject, jint dev,
+                                                                             jobject jHba)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jHba == nullptr) {
+        return nullArgument("NULL javaHBAObject!\n");
+    }
+    return toJava(readChipInfo(env, hbaHandles[dev], jHba));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAState(JNIEnv *env, jobject, jint dev,
+                                                                                  jobject jHBA)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jHBA == nullptr) {
+        return nullArgument("NULL jHBA!\n");
+    }
+    return toJava(readHBAState(env, hbaHandles[dev], jHBA));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData(JNIEnv *env, jobject self, jint dev,
+                                                                                 jobject jObj)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jObj == nullptr) {
+        return nullArgument("NULL Java Obj!\n");
+    }
+    return toJava(readHBAData(env, self, dev, hbaHandles[dev], jObj));
+}
+
+// ---- Device database ----
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIEntryNum(JNIEnv *, jobject, jint dev)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(readEntryNum(hbaHandles[dev]));
+}
+
+JNIEXPORT jobject JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getDefaultDDBEntry(JNIEnv *env, jobject, jint dev)
+{
+    if (!isAdapterIndex(dev)) {
+        return nullptr;
+    }
+    return readDefaultDDB(env, hbaHandles[dev]);
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getInitialDDBEntry(JNIEnv *env, jobject, jint dev,
+                                                                                    jobject JDDB, jint jIndex)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (JDDB == nullptr) {
+        return nullArgument("NULL JDDB!\n");
+    }
+    return toJava(readInitialDDB(env, hbaHandles[dev], JDDB, jIndex));
+}
+
+// The entry written is the one that jDDB's target ID names; the index is not used.
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBData(JNIEnv *env, jobject, jint dev,
+                                                                            jobject jDDB, jint)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jDDB == nullptr) {
+        return nullArgument("NULL javaDDBObject!\n");
+    }
+    return toJava(writeDDB(env, hbaHandles[dev], jDDB));
+}
+
+// The adapter index is checked once the first element is there.
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBsData(JNIEnv *env, jobject self, jint dev,
+                                                                             jobjectArray jArray)
+{
+    if (jArray == nullptr) {
+        return nullArgument("NULL jArray!\n");
+    }
+    return toJava(writeDDBs(env, self, dev, jArray));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_logoutDDB(JNIEnv *, jobject, jint dev, jint index,
+                                                                           jint options, jint newIndex)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(sendLogout(hbaHandles[dev], index, options, newIndex));
+}
+
+// ---- Discovered targets and LUNs ----
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSITargetData(JNIEnv *env, jobject, jint dev,
+                                                                                    jobject jHba, jobject jTarget)
+{
+    if (jTarget == nullptr) {
+        return nullArgument("NULL jTarget!\n");
+    }
+    if (jHba == nullptr) {
+        return nullArgument("NULL jHba!\n");
+    }
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(readTargetData(env, hbaHandles[dev], jHba, jTarget));
+}
+
+// The two natives that it calls check the adapter index.
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSILunData(JNIEnv *env, jobject self, jint dev,
+                                                                                 jobject jLun)
+{
+    if (jLun == nullptr) {
+        return nullArgument("NULL jLun!\n");
+    }
+    return toJava(readLunData(env, self, dev, jLun));
+}
+
+// ---- Firmware configuration and adapter maintenance ----
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getFWData(JNIEnv *env, jobject, jint dev, jobject jObj)
+{
+    if (jObj == nullptr) {
+        return nullArgument("NULL jObj!\n");
+    }
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(readFWData(env, hbaHandles[dev], jObj));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getISCSIFWDefaults(JNIEnv *env, jobject, jint dev,
+                                                                                    jobject jInitFW)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jInitFW == nullptr) {
+        return nullArgument("NULL jInitFW!\n");
+    }
+    return toJava(readFWDefaults(env, hbaHandles[dev], jInitFW));
+}
+
+// The HBA object is tested for null only after the block was read.
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setFWData(JNIEnv *env, jobject, jint dev, jobject jHba)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(writeFWData(env, hbaHandles[dev], jHba));
+}
+
+JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setISCSIDefaults(JNIEnv *, jobject, jint dev)
+{
+    if (!isAdapterIndex(dev)) {
+        return JNI_FALSE;
+    }
+    return succeeded(restoreFWDefaults(hbaHandles[dev]));
+}
+
+JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_iSCSIUpdateFW(JNIEnv *env, jobject, jint dev,
+                                                                                   jstring fName, jshort type)
+{
+    return withUtfChars(env, fName, [&](const char *characters) {
+        if (characters == nullptr) {
+            nullObject("NULL fName!\n");
+            return static_cast<jboolean>(JNI_FALSE);
+        }
+        if (!isAdapterIndex(dev)) {
+            return static_cast<jboolean>(JNI_FALSE);
+        }
+        return succeeded(updateFW(hbaHandles[dev], characters, type));
+    });
+}
+
+JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSIHBA(JNIEnv *, jobject, jint dev)
+{
+    if (!isAdapterIndex(dev)) {
+        return JNI_FALSE;
+    }
+    return succeeded(resetHBA(hbaHandles[dev]));
+}
+
+JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSICounters(JNIEnv *, jobject, jint dev,
+                                                                                        jint portNum)
+{
+    if (!isAdapterIndex(dev)) {
+        return JNI_FALSE;
+    }
+    return succeeded(resetCounters(hbaHandles[dev], portNum));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_retrieveCrashRecord(JNIEnv *env, jobject, jint dev,
+                                                                                     jstring fileName)
+{
+    SD_UINT32 written = 0;
+    const jint status = withUtfChars(env, fileName, [&](const char *characters) {
+        if (characters == nullptr) {
+            return nullArgument("NULL fileName!\n");
+        }
+        if (!isAdapterIndex(dev)) {
+            return INVALID_INDEX;
+        }
+        written = SDGetCrashRecord(hbaHandles[dev], characters);
+        return toJava(written);
+    });
+    failed(written, "JNI: SDGetCrashRecord failed! %x\n");
+    return status;
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_ping(JNIEnv *env, jobject, jint dev, jobject ipAddr,
+                                                                      jint count)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(sendPing(env, hbaHandles[dev], ipAddr, count));
+}
+
+// ---- SCSI commands to targets ----
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReportLUNsData(JNIEnv *env, jobject, jint dev,
+                                                                                       jobject jHba, jobject jTarget)
+{
+    if (jTarget == nullptr) {
+        return nullArgument("NULL jTarget!\n");
+    }
+    if (jHba == nullptr) {
+        return nullArgument("NULL jHba!\n");
+    }
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(sendReportLUNs(env, hbaHandles[dev], jTarget));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiInquiryData(JNIEnv *env, jobject, jint dev,
+                                                                                    jobject targetInfoObj,
+                                                                                    jobject inqObj)
+{
+    if (inqObj == nullptr) {
+        return nullArgument("NULL inqObj!\n");
+    }
+    if (targetInfoObj == nullptr) {
+        return nullArgument("NULL targetInfoObj!\n");
+    }
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(sendInquiry(env, hbaHandles[dev], targetInfoObj, inqObj));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReadCapacityData(JNIEnv *env, jobject, jint dev,
+                                                                                         jobject jLun)
+{
+    if (jLun == nullptr) {
+        return nullArgument("NULL jLun!\n");
+    }
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(sendReadCapacity(env, hbaHandles[dev], jLun));
+}
+
+// ---- Statistics and logs ----
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIStatistics(JNIEnv *env, jobject, jint dev,
+                                                                                    jobject jStats)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jStats == nullptr) {
+        return nullArgument("NULL jStats!\n");
+    }
+    return toJava(readStatistics(env, hbaHandles[dev], jStats));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getConnectErrorLog(JNIEnv *env, jobject, jint dev,
+                                                                                    jobject jObj)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jObj == nullptr) {
+        return nullArgument("NULL Java Obj!\n");
+    }
+    return toJava(readConnectErrorLog(env, hbaHandles[dev], jObj));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getARPLog(JNIEnv *env, jobject, jint dev, jobject jObj)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jObj == nullptr) {
+        return nullArgument("NULL Java Obj!\n");
+    }
+    return toJava(readARPLog(env, hbaHandles[dev], jObj));
+}
+
+// ---- CHAP table ----
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getCHAPTableData(JNIEnv *env, jobject, jint dev,
+                                                                                  jobject jHBA)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jHBA == nullptr) {
+        return nullArgument("NULL jHBA!\n");
+    }
+    return toJava(readCHAPTable(env, hbaHandles[dev], jHBA));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setCHAPTableData(JNIEnv *env, jobject, jint dev,
+                                                                                  jobjectArray jArray)
+{
+    if (jArray == nullptr) {
+        return nullArgument("NULL jArray!\n");
+    }
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    return toJava(writeCHAPTable(env, hbaHandles[dev], jArray));
+}
+
+// ---- iSNS discovery ----
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSNSDiscoveryConfig(JNIEnv *env, jobject, jint dev,
+                                                                                        jobject jiSNSDiscoveryConfig)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jiSNSDiscoveryConfig == nullptr) {
+        return nullArgument("NULL java iSNSDiscoveryConfig Object!\n");
+    }
+    return toJava(readiSNSDiscoveryConfig(env, hbaHandles[dev], jiSNSDiscoveryConfig));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setiSNSDiscoveryConfig(JNIEnv *env, jobject, jint dev,
+                                                                                        jobject jiSNSDiscoveryConfig)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jiSNSDiscoveryConfig == nullptr) {
+        return nullArgument("NULL java iSNSDiscoveryConfig Object!\n");
+    }
+    return toJava(writeiSNSDiscoveryConfig(env, hbaHandles[dev], jiSNSDiscoveryConfig));
+}
+
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSNSTargets(JNIEnv *env, jobject, jint dev,
+                                                                                jobject jHBAobj)
+{
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (jHBAobj == nullptr) {
+        return nullArgument("NULL java HBA Object!\n");
+    }
+    return toJava(readiSNSTargets(env, hbaHandles[dev], jHBAobj));
+}
+}
