@@ -1,6 +1,7 @@
 #include "IsnsDiscovery.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "JavaAccess.h"
 #include "NodeInfo.h"
@@ -63,14 +64,22 @@ static bool setTargetAddress(JavaObject &target, const ISCSIIPADDR &address)
     return target.status == 0;
 }
 
+// Tells whether an input is null; if so prints its line.
+static bool isNull(const void *input, const char *line)
+{
+    if (input == nullptr) {
+        std::printf("%s", line);
+    }
+    return input == nullptr;
+}
+
 SD_UINT32 SDMToJava_iSNSDiscoveredTargets(JNIEnv *env, jclass hbacls, jclass iSNSTargetcls, jobject jHBAObj,
                                           const SDM_ISNS_DISCOVERED_TARGET *discoveredTargetTable)
 {
-    if (failed(hbacls == nullptr ? ERR_INVALID_PARAMETER : 0, "NULL java HBA Class! (hbacls)\n")
-        || failed(iSNSTargetcls == nullptr ? ERR_INVALID_PARAMETER : 0, "NULL java iSNSTarget Class! (iSNSTargetcls)\n")
-        || failed(jHBAObj == nullptr ? ERR_INVALID_PARAMETER : 0, "NULL java hba Object! (jHBAObj)\n")
-        || failed(discoveredTargetTable == nullptr ? ERR_INVALID_PARAMETER : 0,
-                  "NULL Input Buffer! (discoveredTargetTable)\n")) {
+    if (isNull(hbacls, "NULL java HBA Class! (hbacls)\n")
+        || isNull(iSNSTargetcls, "NULL java iSNSTarget Class! (iSNSTargetcls)\n")
+        || isNull(jHBAObj, "NULL java hba Object! (jHBAObj)\n")
+        || isNull(discoveredTargetTable, "NULL Input Buffer! (discoveredTargetTable)\n")) {
         return ERR_INVALID_PARAMETER;
     }
     const SDM_ISNS_DISCOVERED_TARGET &found = *discoveredTargetTable;

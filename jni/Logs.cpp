@@ -56,8 +56,10 @@ static void setEntries(JavaObject &hba, const char *setter, Message message, con
             std::printf("NULL array for %s!\n", setter);
             return ERR_JNI_NULL;
         }
+        jlong *group = values;
         for (jsize i = 0; i < count; i++) {
-            pack(entries[i], values + i * stride);
+            pack(entries[i], group);
+            group += stride;
         }
         jmethodID method = lookUp(hba, setter, "([J)V", message);
         env->ReleaseLongArrayElements(array, values, 0);
