@@ -33,6 +33,7 @@ struct Settings {
     std::vector<DEVICEENTRYISCSI>::const_iterator place(SD_UINT32 index) const;
     // The entry with this index, or null.
     const DEVICEENTRYISCSI *find(SD_UINT32 index) const;
+    DEVICEENTRYISCSI *find(SD_UINT32 index);
 
     template <class Stream, class Self>
     static void transfer(Stream &stream, Self &settings)

@@ -4,6 +4,7 @@
 #include "Records.h"
 
 #include <algorithm>
+#include <utility>
 
 std::vector<DEVICEENTRYISCSI>::const_iterator Settings::place(SD_UINT32 index) const
 {
@@ -14,6 +15,12 @@ const DEVICEENTRYISCSI *Settings::find(SD_UINT32 index) const
 {
     const auto entry = place(index);
     return entry != entries.end() && entry->TargetID == index ? &*entry : nullptr;
+}
+
+DEVICEENTRYISCSI *Settings::find(SD_UINT32 index)
+{
+    const DEVICEENTRYISCSI *entry = std::as_const(*this).find(index);
+    return entry == nullptr ? nullptr : &entries[static_cast<std::size_t>(entry - entries.data())];
 }
 
 void Settings::verify() const
@@ -86,16 +93,13 @@ SD_UINT32 SDSetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 
         written.NextValid = 0;
         setAddressType(written.EntryInfo.IPAddr);
         adapter.settings.change([&](Settings &settings) {
-            const auto place = settings.entries.begin() + (settings.place(index) - settings.entries.cbegin());
-            const bool present = settings.find(index) != nullptr;
+            DEVICEENTRYISCSI *present = settings.find(index);
             if (written.DeviceState == ENTRY_FREE) {
-                if (present) {
-                    settings.entries.erase(place);
-                }
-            } else if (present) {
-                *place = written;
+                std::erase_if(settings.entries, [&](const DEVICEENTRYISCSI &other) { return other.TargetID == index; });
+            } else if (present != nullptr) {
+                *present = written;
             } else {
-                settings.entries.insert(place, written);
+                settings.entries.insert(settings.place(index), written);
             }
         });
         if (written.DeviceState != ENTRY_FREE && written.DeviceState != ENTRY_LOGGED_OUT) {
@@ -112,12 +116,11 @@ SD_UINT32 SDSendiSCSILogout(SDMGT_HANDLE handle, LOGOUTISCSI *logout)
         const SD_UINT32 index = logout->TargetID;
         bool ended = false;
         adapter.settings.change([&](Settings &settings) {
-            require(settings.find(index) != nullptr, ERR_NO_SUCH_ENTRY);
-            DEVICEENTRYISCSI &entry =
-                settings.entries[static_cast<std::size_t>(settings.place(index) - settings.entries.cbegin())];
-            ended = entry.DeviceState != ENTRY_LOGGED_OUT;
-            entry.DeviceState = ENTRY_LOGGED_OUT;
-            entry.TargetSessID = 0;
+            DEVICEENTRYISCSI *entry = settings.find(index);
+            require(entry != nullptr, ERR_NO_SUCH_ENTRY);
+            ended = entry->DeviceState != ENTRY_LOGGED_OUT;
+            entry->DeviceState = ENTRY_LOGGED_OUT;
+            entry->TargetSessID = 0;
         });
         if (ended) {
             recordLogout(adapter, index);

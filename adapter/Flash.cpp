@@ -45,21 +45,6 @@ std::string folderOf(const std::string &path)
     return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
-bool readAll(int descriptor, std::span<SD_UINT8> bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t count = read(descriptor, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            return false;
-        }
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
 void say(const std::string &line)
 {
     std::fprintf(stderr, "libvdsdm: %s\n", line.c_str());
@@ -77,6 +62,21 @@ Descriptor::~Descriptor()
     if (number_ >= 0) {
         close(number_);
     }
+}
+
+bool readAll(int descriptor, std::span<SD_UINT8> bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t count = read(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return false;
+        }
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 
 bool writeAll(int descriptor, std::span<const SD_UINT8> bytes)

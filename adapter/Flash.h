@@ -63,7 +63,9 @@ private:
     int number_ = -1;
 };
 
-// Writes all bytes to a descriptor; false with errno when that fails.
+// Reads exactly as many bytes; false when that fails or the file ends before.
+bool readAll(int descriptor, std::span<SD_UINT8> bytes);
+// Writes all bytes; false with errno when that fails.
 bool writeAll(int descriptor, std::span<const SD_UINT8> bytes);
 
 // CRC-32 (polynomial 0xEDB88320), as in zlib.

@@ -1,0 +1,208 @@
+// Maintenance: firmware update, reset, crash record, ping.
+#include "Network.h"
+#include "Operations.h"
+#include "Records.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
+namespace
+{
+
+constexpr SD_UINT32 IMAGE_FIRMWARE = 0;
+constexpr SD_UINT32 IMAGE_OPTION_ROM = 1;
+constexpr off_t IMAGE_LIMIT = 16 << 20;
+
+Bytes readImage(const char *fileName)
+{
+    const Descriptor file(open(fileName, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat properties {
+    };
+    require(file && fstat(file.number(), &properties) == 0 && S_ISREG(properties.st_mode), ERR_IMAGE_FILE);
+    require(properties.st_size > 0 && properties.st_size <= IMAGE_LIMIT, ERR_IMAGE_FILE);
+    Bytes image(static_cast<std::size_t>(properties.st_size));
+    require(readAll(file.number(), image), ERR_IMAGE_FILE);
+    return image;
+}
+
+// The version of an image: what its first line says after "TAVOFW ", else one that follows from all of its bytes. A
+// first line whose version is empty, too long or not plain text makes the image a bad one.
+std::string imageVersion(const Bytes &image)
+{
+    constexpr std::string_view mark = "TAVOFW ";
+    constexpr std::size_t longest = 127;
+    const std::string_view text(reinterpret_cast<const char *>(image.data()), image.size());
+    if (!text.starts_with(mark)) {
+        char version[24];
+        std::snprintf(version, sizeof version, "image-%08x", static_cast<unsigned>(checksum(image)));
+        return version;
+    }
+    const std::string_view version = text.substr(mark.size(), text.find('\n') - mark.size());
+    const auto plain = [](char letter) {
+        return letter > ' ' && letter <= '~';
+    };
+    require(!version.empty() && version.size() <= longest && std::ranges::all_of(version, plain), ERR_IMAGE_FILE);
+    return std::string(version);
+}
+
+// Lines of text.
+struct Report {
+    std::string text;
+
+    [[gnu::format(printf, 2, 3)]] void line(const char *format, ...)
+    {
+        char buffer[600];
+        va_list arguments;
+        va_start(arguments, format);
+        std::vsnprintf(buffer, sizeof buffer, format, arguments);
+        va_end(arguments);
+        text.append(buffer).append("\n");
+    }
+};
+
+// Names and secrets of the CHAP table do not belong here.
+std::string crashReport(Adapter &adapter)
+{
+    const auto settings = adapter.settings.read();
+    const auto activity = adapter.activity.read();
+    const AdapterModel &model = adapter.model;
+    const std::time_t now = std::time(nullptr);
+    std::tm clock{};
+    gmtime_r(&now, &clock);
+    char when[32];
+    std::strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%SZ", &clock);
+
+    Report report;
+    report.line("Tavo adapter crash record");
+    report.line("written: %s", when);
+    report.line("adapter: %u %s", static_cast<unsigned>(model.index), model.deviceName);
+    report.line("model: %s", model.model);
+    report.line("serial number: %s", model.serialNumber);
+    report.line("firmware: %s", getText(settings->versions.firmware).c_str());
+    report.line("firmware after the next reset: %s", getText(settings->versions.nextFirmware).c_str());
+    report.line("address: %s", toText(settings->block.IPAddr).c_str());
+    report.line("link: %s", model.linkUp ? "up" : "down");
+    report.line("CHAP entries: %zu", settings->chap.size());
+    report.line("commands completed: %llu",
+                static_cast<unsigned long long>(activity->statistics.iSCSICompleteIOsCount));
+    report.line("device database entries: %zu", settings->entries.size());
+    for (const DEVICEENTRYISCSI &entry : settings->entries) {
+        report.line("  %u state %u %s %s", static_cast<unsigned>(entry.TargetID),
+                    static_cast<unsigned>(entry.DeviceState), toText(addressOf(entry).address).c_str(),
+                    getText(entry.EntryInfo.iSCSIName).c_str());
+    }
+    report.line("connection errors: %zu", activity->errors.size());
+    for (const CONNERRTABLE &error : activity->errors) {
+        report.line("  %u.%03u target %u state %u type %u error %u detail 0x%04x again %u",
+                    static_cast<unsigned>(error.timeStamp.seconds), static_cast<unsigned>(error.timeStamp.milliseconds),
+                    error.deviceIndex, error.connState, error.entryType, error.errorType, error.errorDetail,
+                    error.dupErrorCnt);
+    }
+    return report.text;
+}
+
+// Writes a file whole or not at all. What is there and is no ordinary file (a device, a folder) is left alone.
+void writeWhole(const char *fileName, const std::string &text)
+{
+    static std::atomic<unsigned> number{0};
+    char resolved[PATH_MAX];
+    const std::string path = realpath(fileName, resolved) == nullptr ? fileName : resolved;
+    struct stat properties {
+    };
+    require(stat(path.c_str(), &properties) == 0 ? S_ISREG(properties.st_mode) : errno == ENOENT, ERR_OUTPUT_FILE);
+
+    const std::string next = path + "." + std::to_string(getpid()) + "." + std::to_string(++number) + ".new";
+    const Descriptor file(open(next.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    require(bool(file), ERR_OUTPUT_FILE);
+    const std::span bytes(reinterpret_cast<const SD_UINT8 *>(text.data()), text.size());
+    if (!writeAll(file.number(), bytes) || fdatasync(file.number()) != 0 || rename(next.c_str(), path.c_str()) != 0) {
+        unlink(next.c_str());
+        throw Failure{ERR_OUTPUT_FILE};
+    }
+}
+
+// What waits for the reset comes into force.
+template <std::size_t Size>
+void activate(SD_UINT8 (&current)[Size], SD_UINT8 (&next)[Size])
+{
+    if (next[0] != 0) {
+        std::copy_n(next, Size, current);
+        setText(next, "");
+    }
+}
+
+} // namespace
+
+extern "C" {
+
+// imageType 0 is firmware, 1 the option ROM. The new version comes into force with the next reset.
+SD_UINT32 SDUpdateiSCSIFW(SDMGT_HANDLE handle, const char *fileName, SD_UINT32 imageType)
+{
+    return operate(__func__, handle, [&](Adapter &adapter) {
+        requirePointers(fileName);
+        require(imageType == IMAGE_FIRMWARE || imageType == IMAGE_OPTION_ROM, ERR_INVALID_PARAMETER);
+        const std::string version = imageVersion(readImage(fileName));
+        adapter.settings.change([&](Settings &settings) {
+            ImageVersions &versions = settings.versions;
+            setText(imageType == IMAGE_FIRMWARE ? versions.nextFirmware : versions.nextOptionRom, version);
+        });
+    });
+}
+
+// All sessions are made anew, those that were logged out too, and waiting images come into force. ResetOptions selects
+// nothing: there is one kind of reset.
+SD_UINT32 SDResetHBA(SDMGT_HANDLE handle, HBARESET *request)
+{
+    return operate(__func__, handle, [&](Adapter &adapter) {
+        requirePointers(request);
+        const auto before = adapter.settings.read();
+        const auto loggedOut = [](const DEVICEENTRYISCSI &entry) {
+            return entry.DeviceState == ENTRY_LOGGED_OUT;
+        };
+        const std::vector<Reach> answers = loginAll(adapter, before->entries);
+        if (before->versions.nextFirmware[0] == 0 && before->versions.nextOptionRom[0] == 0
+            && std::ranges::none_of(before->entries, loggedOut)) {
+            return; // nothing to write
+        }
+        adapter.settings.change([&](Settings &settings) {
+            activate(settings.versions.firmware, settings.versions.nextFirmware);
+            activate(settings.versions.optionRom, settings.versions.nextOptionRom);
+            for (std::size_t number = 0; number < answers.size(); ++number) {
+                const SD_UINT32 index = before->entries[number].TargetID;
+                DEVICEENTRYISCSI *entry = settings.find(index);
+                if (entry != nullptr && loggedOut(*entry)) {
+                    const bool session = answers[number] == Reach::session;
+                    entry->DeviceState = session ? ENTRY_SESSION : ENTRY_CONFIGURED;
+                    entry->TargetSessID = static_cast<SD_UINT16>(session ? 0x0200 + index : 0);
+                }
+            }
+        });
+    });
+}
+
+SD_UINT32 SDGetCrashRecord(SDMGT_HANDLE handle, const char *fileName)
+{
+    return operate(__func__, handle, [&](Adapter &adapter) {
+        requirePointers(fileName);
+        writeWhole(fileName, crashReport(adapter));
+    });
+}
+
+SD_UINT32 SDDiagPing(SDMGT_HANDLE handle, PING *request)
+{
+    return operate(__func__, handle, [&](Adapter &adapter) {
+        requirePointers(request);
+        require(request->packetCount != 0, ERR_INVALID_PARAMETER);
+        require(ping(adapter, request->IPAddr, request->packetCount), ERR_UNREACHABLE);
+    });
+}
+}
