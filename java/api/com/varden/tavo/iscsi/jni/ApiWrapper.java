@@ -16,12 +16,12 @@ import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
  * The operations of the iSCSI adapters' management library.
  *
  * Call {@link #initJNINative} once, {@link #openDevice} for each adapter, then any operation, {@link #closeDevice} at
- * the end. {@code dev} is the adapter's index, 0 to 31. An {@code int} result is a status to be read as unsigned, 0 for
- * success, unless the method says otherwise; a {@code boolean} result is true for success. On failure, objects may have
- * been filled in part, and one line about it stands on the C standard output of the process.
+ * the end. {@code dev} is the adapter's index, 0 to 31. An {@code int} result is a status to be read as unsigned, 0
+ * for success, unless the method says otherwise; a {@code boolean} result is true for success. On failure, objects
+ * may have been filled in part, and one line about it stands on the C standard output of the process.
  *
- * The table of open adapters belongs to the process, whatever the number of {@code ApiWrapper} objects. Calls may come
- * from any thread.
+ * The table of open adapters belongs to the process, whatever the number of {@code ApiWrapper} objects. Calls may
+ * come from any thread.
  */
 public final class ApiWrapper {
     /**
@@ -64,8 +64,8 @@ public final class ApiWrapper {
     public native int getiSCSIHBAState(int dev, HBA hba);
 
     /**
-     * Fills the whole object: properties, every device database entry in use (added to the list; clear it before), and
-     * what {@link #getFWData} fills. Success does not tell whether the firmware settings could be read.
+     * Fills the whole object: properties, every device database entry in use (added to the list; clear it before),
+     * and what {@link #getFWData} fills. Success does not tell whether the firmware settings could be read.
      */
     public native int getiSCSIHBAData(int dev, HBA hba);
 
@@ -82,8 +82,8 @@ public final class ApiWrapper {
     public native int setDDBData(int dev, DevDBEntry entry, int index);
 
     /**
-     * Writes 1 to 511 entries in order. Success says only that all were tried; an array that is empty or longer writes
-     * nothing and is a success too.
+     * Writes 1 to 511 entries in order. Success says only that all were tried; an array that is empty or longer
+     * writes nothing and is a success too.
      */
     public native int setDDBsData(int dev, DevDBEntry[] entries);
 
@@ -148,8 +148,8 @@ public final class ApiWrapper {
     public native int getCHAPTableData(int dev, HBA hba);
 
     /**
-     * Replaces the CHAP table. An empty entry is written at index 0, the first of the array at index 1. An array that is
-     * empty or longer than 127 writes nothing and is a success too.
+     * Replaces the CHAP table. An empty entry is written at index 0, the first of the array at index 1. An array that
+     * is empty or longer than 127 writes nothing and is a success too.
      */
     public native int setCHAPTableData(int dev, CHAPTableEntry[] entries);
 

@@ -28,6 +28,10 @@ final class BridgeLoader {
         if (bridge == null || !bridge.isFile()) {
             throw missing(bridge, vmBits);
         }
+        int bridgeBits = elfBits(bridge);
+        if (bridgeBits != vmBits) {
+            throw wrongBridge(bridge, bridgeBits, vmBits);
+        }
         try {
             System.load(bridge.getPath());
         } catch (UnsatisfiedLinkError e) {
@@ -61,17 +65,22 @@ final class BridgeLoader {
             + vmBits + "-bit Java VM and needs the " + vmBits + "-bit file.", null);
     }
 
-    private static BridgeNotLoadedException explain(File bridge, int vmBits, UnsatisfiedLinkError error) {
-        String start = "The iSCSI bridge " + bridge + " cannot be loaded into this " + vmBits + "-bit Java VM. ";
-        int bridgeBits = elfBits(bridge);
+    private static String start(File bridge, int vmBits) {
+        return "The iSCSI bridge " + bridge + " cannot be loaded into this " + vmBits + "-bit Java VM. ";
+    }
+
+    // Told before the VM tries the file: it would repair the process's stack guards for a file of any kind.
+    private static BridgeNotLoadedException wrongBridge(File bridge, int bridgeBits, int vmBits) {
         if (bridgeBits == NO_ELF_FILE) {
-            return new BridgeNotLoadedException(
-                Reason.OTHER, start + "The file is not a shared library. Put the right one in its place.", error);
+            return new BridgeNotLoadedException(Reason.OTHER, start(bridge, vmBits)
+                + "The file is not a shared library, or cannot be read. Put the right one in its place.", null);
         }
-        if (bridgeBits != vmBits) {
-            return new BridgeNotLoadedException(Reason.BRIDGE_WIDTH, start + "The file is a " + bridgeBits
-                + "-bit library. Start a " + bridgeBits + "-bit Java VM, or use the " + vmBits + "-bit file.", error);
-        }
+        return new BridgeNotLoadedException(Reason.BRIDGE_WIDTH, start(bridge, vmBits) + "The file is a " + bridgeBits
+            + "-bit library. Start a " + bridgeBits + "-bit Java VM, or use the " + vmBits + "-bit file.", null);
+    }
+
+    private static BridgeNotLoadedException explain(File bridge, int vmBits, UnsatisfiedLinkError error) {
+        String start = start(bridge, vmBits);
         File library = new File(MANAGEMENT_LIBRARY).getAbsoluteFile();
         String needs = "It needs the management library " + library + ", in the current folder of the Java VM";
         if (!library.isFile()) {
@@ -82,7 +91,7 @@ final class BridgeLoader {
         int libraryBits = elfBits(library);
         if (libraryBits == NO_ELF_FILE) {
             return new BridgeNotLoadedException(Reason.OTHER, start + needs
-                + ", and that file is not a shared library. Put the right one in its place.", error);
+                + ", and that file is not a shared library, or cannot be read. Put the right one in its place.", error);
         }
         if (libraryBits != vmBits) {
             return new BridgeNotLoadedException(Reason.MANAGEMENT_LIBRARY_WIDTH, start + needs + ", and that file is a "

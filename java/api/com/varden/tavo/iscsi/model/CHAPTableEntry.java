@@ -43,7 +43,10 @@ public final class CHAPTableEntry {
         this.chapSecretLength = chapSecretLength;
     }
 
-    /** The secret: 100 bytes, one (0 to 255) per element, zero-filled. Written only when {@link #getChapSecretStr} is null. */
+    /**
+     * The secret: 100 bytes, one (0 to 255) per element, zero-filled. Written only when {@link #getChapSecretStr} is
+     * null.
+     */
     public short[] getChapSecret() {
         return chapSecret.clone();
     }
@@ -52,7 +55,10 @@ public final class CHAPTableEntry {
         this.chapSecret = Elements.copy(chapSecret, SECRET_LENGTH, "chapSecret");
     }
 
-    /** The secret as text, at most 100 bytes of UTF-8. When it is not null it is written in place of {@link #getChapSecret}. */
+    /**
+     * The secret as text, at most 100 bytes of UTF-8. When it is not null it is written in place of {@link
+     * #getChapSecret}.
+     */
     public String getChapSecretStr() {
         return chapSecretStr;
     }

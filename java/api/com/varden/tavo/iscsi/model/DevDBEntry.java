@@ -3,8 +3,8 @@ package com.varden.tavo.iscsi.model;
 /**
  * One entry of the adapter's device database, that is one configured target.
  *
- * Which entry a write changes is decided by the target ID. Numbers are unsigned; a value wider than the adapter's field is
- * cut when it is written.
+ * Which entry a write changes is decided by the target ID. Numbers are unsigned; a value wider than the adapter's
+ * field is cut when it is written.
  */
 public final class DevDBEntry {
     /** Bytes of an initiator session identifier. */

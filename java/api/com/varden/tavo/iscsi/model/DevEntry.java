@@ -4,8 +4,8 @@ package com.varden.tavo.iscsi.model;
  * The iSCSI and TCP parameters of a session: those of one target, or the adapter's defaults.
  *
  * Every number is unsigned and has 8 or 16 bits in the adapter; what a setter is given beyond that is cut when it is
- * written. Where the Java type is too narrow for the unsigned value, the method that ends in Unsigned gives it. Times are
- * in seconds; sizes are in the units that the adapter's documentation gives.
+ * written. Where the Java type is too narrow for the unsigned value, the method that ends in Unsigned gives it. Times
+ * are in seconds; sizes are in the units that the adapter's documentation gives.
  */
 public final class DevEntry {
     private int deviceType;

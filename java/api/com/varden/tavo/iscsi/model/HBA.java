@@ -8,8 +8,8 @@ import java.util.Objects;
 /**
  * One adapter: what it says of itself, its addresses and firmware settings, and the tables that were read from it.
  *
- * Which properties a native method fills or reads is said there. Text is null until it was read. Objects that a property
- * holds are never null.
+ * Which properties a native method fills or reads is said there. Text is null until it was read. Objects that a
+ * property holds are never null.
  */
 public final class HBA {
     /** Bytes of a MAC address. */

@@ -66,7 +66,10 @@ public final class Lun {
         return (getLogicalBlockAddressUnsigned() + 1) * getBytesPerBlockUnsigned();
     }
 
-    /** Whether the unit has more blocks than the adapter's 32-bit READ CAPACITY can tell; the capacity is then a minimum. */
+    /**
+     * Whether the unit has more blocks than the adapter's 32-bit READ CAPACITY can tell; the capacity is then a
+     * minimum.
+     */
     public boolean isCapacityMinimum() {
         return logicalBlockAddress == -1;
     }

@@ -5,8 +5,8 @@ import java.util.Objects;
 /**
  * The identity of an iSCSI node: the adapter itself, or a target.
  *
- * Text is null until somebody supplies it. Written to the adapter's firmware settings, a null text keeps what the adapter
- * has; written to the device database, it becomes empty. Longer text is cut at the limit when it is written.
+ * Text is null until somebody supplies it. Written to the adapter's firmware settings, a null text keeps what the
+ * adapter has; written to the device database, it becomes empty. Longer text is cut at the limit when it is written.
  */
 public final class NodeInfo {
     private String iscsiName;

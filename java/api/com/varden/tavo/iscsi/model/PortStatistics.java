@@ -5,8 +5,8 @@ import java.math.BigInteger;
 /**
  * The counters of the adapter's port.
  *
- * A counter crosses as nine bytes: a zero, then the unsigned 64-bit number with its least significant byte first. {@link
- * #toBigInteger} and {@link #toUnsignedLong} read it.
+ * A counter crosses as nine bytes: a zero, then the unsigned 64-bit number with its least significant byte first.
+ * {@link #toBigInteger} and {@link #toUnsignedLong} read it.
  */
 public final class PortStatistics {
     /** Bytes of a counter: one that is always 0, then eight with the least significant first. */

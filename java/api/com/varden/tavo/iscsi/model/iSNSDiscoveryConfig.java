@@ -62,8 +62,10 @@ public final class iSNSDiscoveryConfig {
         this.serverHostname = serverHostname;
     }
 
-    /** iSCSI name under which the adapter registers, at most 256 bytes of UTF-8; goes to the adapter on every write and is never read
-     * back. null writes an empty name. */
+    /**
+     * iSCSI name under which the adapter registers, at most 256 bytes of UTF-8; goes to the adapter on every write
+     * and is never read back. null writes an empty name.
+     */
     public String getHBAiSCSIName() {
         return hbaIscsiName;
     }

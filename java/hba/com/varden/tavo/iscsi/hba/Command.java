@@ -1,0 +1,154 @@
+package com.varden.tavo.iscsi.hba;
+
+import com.google.gson.stream.JsonWriter;
+import java.io.IOException;
+import java.io.OutputStreamWriter;
+import java.nio.charset.StandardCharsets;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.concurrent.Callable;
+import picocli.CommandLine.Model.CommandSpec;
+import picocli.CommandLine.Model.OptionSpec;
+import picocli.CommandLine.Model.PositionalParamSpec;
+
+/**
+ * A command of the tool: declares its arguments in its constructor and does its work in call. Arguments are declared by
+ * method and not by annotation, which the tool would have to look for at every start.
+ */
+abstract class Command implements Callable<Integer> {
+    static final int DONE = 0;
+    static final int FAILED = 1;
+    static final int USAGE = 2;
+    static final int NOT_LOADED = 3;
+
+    final CommandSpec spec = CommandSpec.wrapWithoutInspection(this);
+    private final OptionSpec json;
+    private int parameters;
+
+    Command(String... description) {
+        spec.usageMessage().description(description);
+        json = flag("--json", "Write the result as a JSON document.");
+        common(spec);
+    }
+
+    /** What every command has, groups of commands too. */
+    static void common(CommandSpec spec) {
+        spec.addOption(OptionSpec.builder("-h", "--help").usageHelp(true).type(boolean.class)
+            .description("Show this help and exit.").build());
+        spec.addOption(OptionSpec.builder("--debug").type(boolean.class)
+            .description("Show the Java stack trace of a failure.").build());
+        spec.usageMessage().exitCodeListHeading("Exit status:%n").exitCodeList(exitStatuses()).sortOptions(false);
+    }
+
+    private static Map<String, String> exitStatuses() {
+        Map<String, String> statuses = new LinkedHashMap<>();
+        statuses.put("0", "done");
+        statuses.put("1", "the operation failed, or what was read back differs");
+        statuses.put("2", "the command or its input is wrong; nothing was done");
+        statuses.put("3", "the native libraries cannot be loaded");
+        return statuses;
+    }
+
+    final OptionSpec flag(String name, String description) {
+        return add(OptionSpec.builder(name).type(boolean.class).description(description).build());
+    }
+
+    final OptionSpec option(String name, String label, String description) {
+        return add(OptionSpec.builder(name).type(String.class).paramLabel(label).description(description).build());
+    }
+
+    /** An option whose value is that of a field; its range stands in the help. */
+    final OptionSpec option(Field field) {
+        return option(field.option(), field, field.label + ": " + field.range() + ".");
+    }
+
+    final OptionSpec option(String name, Field field, String description) {
+        return add(OptionSpec.builder(name).type(Object.class).converters(field)
+            .paramLabel(field.valueLabel()).description(description).build());
+    }
+
+    private OptionSpec add(OptionSpec option) {
+        spec.addOption(option);
+        return option;
+    }
+
+    final PositionalParamSpec parameter(String label, String arity, String description) {
+        return add(PositionalParamSpec.builder().type(String.class), label, arity, description);
+    }
+
+    final PositionalParamSpec parameter(String label, Field field, String description) {
+        return add(PositionalParamSpec.builder().type(Object.class).converters(field), label, "1", description);
+    }
+
+    private PositionalParamSpec add(PositionalParamSpec.Builder builder, String label, String arity, String text) {
+        PositionalParamSpec parameter = builder.index(String.valueOf(parameters++)).arity(arity)
+            .required(arity.equals("1")).paramLabel(label).description(text).build();
+        spec.addPositional(parameter);
+        return parameter;
+    }
+
+    static boolean isSet(OptionSpec flag) {
+        return Boolean.TRUE.equals(flag.getValue());
+    }
+
+    static int number(picocli.CommandLine.Model.ArgSpec argument) {
+        return ((Long) argument.getValue()).intValue();
+    }
+
+    final boolean wantsJson() {
+        return isSet(json);
+    }
+
+    /** Shows a record. */
+    final void show(RecordTable table, Object owner) throws IOException {
+        if (wantsJson()) {
+            JsonWriter writer = jsonWriter();
+            table.write(writer, owner, false);
+            finish(writer);
+        } else {
+            TextOutput.record(System.out, table, owner, 0);
+        }
+    }
+
+    /** Shows a list in full in JSON, and in columns for people. */
+    final void showList(RecordTable table, List<?> owners, TextOutput.Columns columns, String none)
+        throws IOException {
+        if (wantsJson()) {
+            JsonWriter writer = jsonWriter();
+            table.writeList(writer, owners, false);
+            finish(writer);
+        } else if (owners.isEmpty()) {
+            System.out.println(none);
+        } else {
+            columns.print(System.out);
+        }
+    }
+
+    /** Says that something was done. */
+    final void done(String what) throws IOException {
+        if (wantsJson()) {
+            JsonWriter writer = jsonWriter();
+            writer.beginObject().name("done").value(what).endObject();
+            finish(writer);
+        } else {
+            System.out.println(what);
+        }
+    }
+
+    static JsonWriter jsonWriter() {
+        return jsonWriter(System.out);
+    }
+
+    static JsonWriter jsonWriter(java.io.OutputStream out) {
+        JsonWriter writer = new JsonWriter(new OutputStreamWriter(out, StandardCharsets.UTF_8));
+        writer.setIndent("  ");
+        writer.setHtmlSafe(false);
+        return writer;
+    }
+
+    static void finish(JsonWriter writer) throws IOException {
+        writer.flush();
+        System.out.println();
+    }
+}

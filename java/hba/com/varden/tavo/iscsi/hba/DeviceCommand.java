@@ -1,0 +1,45 @@
+package com.varden.tavo.iscsi.hba;
+
+import java.io.IOException;
+import picocli.CommandLine.Model.OptionSpec;
+import picocli.CommandLine.Model.PositionalParamSpec;
+
+/** A command for one adapter: opens it, works on it, closes it. */
+abstract class DeviceCommand extends Command {
+    private final PositionalParamSpec dev;
+    private final OptionSpec trace;
+    private OptionSpec yes;
+
+    DeviceCommand(String... description) {
+        super(description);
+        dev = parameter("DEV", Field.number("dev", 16, "Adapter").max(Adapter.LAST_INDEX), "Adapter, 0 to 31.");
+        trace = option("--trace", "FILE", "Have the operations of this command traced to the end of a file.");
+    }
+
+    /** For commands that destroy or interrupt something. */
+    final void needsConfirmation() {
+        yes = flag("--yes", "Do it without asking.");
+    }
+
+    /** Asks, unless --yes was given. */
+    final void confirm(String what) {
+        if (!isSet(yes)) {
+            Terminal.confirm(what);
+        }
+    }
+
+    /** Checks what can be checked without the adapter; throws BadInput. */
+    void prepare() throws IOException {}
+
+    abstract int run(Adapter adapter) throws IOException;
+
+    @Override
+    public final Integer call() throws IOException {
+        prepare();
+        String traceFile = trace.getValue();
+        try (Adapter adapter =
+                 Adapter.open(number(dev), traceFile == null ? null : Terminal.file(traceFile).getPath())) {
+            return run(adapter);
+        }
+    }
+}

@@ -1,0 +1,120 @@
+package com.varden.tavo.iscsi.hba;
+
+import com.varden.tavo.iscsi.model.HBA;
+import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
+import com.varden.tavo.iscsi.model.iSNSTarget;
+import java.io.IOException;
+import java.util.List;
+import picocli.CommandLine.Model.OptionSpec;
+
+/** Discovery by iSNS. */
+final class IsnsDiscovery {
+    static final RecordTable TABLE = new RecordTable(
+        Field.flag("enableiSNSDiscoveryFlag", "Discovery enabled"),
+        Field.flag("automaticDiscoveryFlag", "Automatic"),
+        Field.address("serverIPAddress", "Server"),
+        Field.number("serverIPAddressType", 16, "Server address type").readOnly(),
+        Field.text("serverHostname", 256, "Server name").readOnly());
+
+    private static final RecordTable TARGET = new RecordTable(
+        NodeInfo.NAME,
+        Field.text("iSCSIAlias", 32, "Alias"),
+        Field.address("IPAddress", "IP address"),
+        Field.number("IPAddressType", 16, "Address type"),
+        Field.number("port", 16, "Port"));
+
+    private static final int NOT_SUPPORTED = 0x2000001c;
+    private static final int ISNS_NOT_SUPPORTED = 0x2000002d;
+
+    private IsnsDiscovery() {}
+
+    static iSNSDiscoveryConfig read(Adapter adapter) {
+        iSNSDiscoveryConfig config = new iSNSDiscoveryConfig();
+        adapter.check("reading the iSNS settings", adapter.api.getiSNSDiscoveryConfig(adapter.dev, config));
+        return config;
+    }
+
+    /** The settings, or null for an adapter that cannot discover by iSNS. */
+    static iSNSDiscoveryConfig readIfSupported(Adapter adapter) {
+        iSNSDiscoveryConfig config = new iSNSDiscoveryConfig();
+        int status = adapter.api.getiSNSDiscoveryConfig(adapter.dev, config);
+        if (status == NOT_SUPPORTED || status == ISNS_NOT_SUPPORTED) {
+            return null;
+        }
+        adapter.check("reading the iSNS settings", status);
+        return config;
+    }
+
+    /** Writes the settings; the adapter registers under the name given or else under its own. */
+    static void write(Adapter adapter, iSNSDiscoveryConfig config, String name) {
+        String registered = name;
+        if (registered == null) {
+            HBA hba = new HBA();
+            adapter.check("reading the identity", adapter.api.getiSCSIAdapterInfo(adapter.dev, hba));
+            registered = hba.getiSCSIName();
+        }
+        config.setHBAiSCSIName(registered);
+        adapter.check("writing the iSNS settings", adapter.api.setiSNSDiscoveryConfig(adapter.dev, config));
+    }
+
+    /** hba isns show. */
+    static final class Show extends DeviceCommand {
+        Show() {
+            super("Shows the settings. The adapter holds no name of the server.");
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            show(TABLE, read(adapter));
+            return DONE;
+        }
+    }
+
+    /** hba isns set. */
+    static final class SetSome extends DeviceCommand {
+        private final FieldOptions settings = new FieldOptions(this, TABLE);
+        private final OptionSpec name = option("--hba-iscsi-name", NodeInfo.NAME,
+            "iSCSI name under which the adapter registers, " + NodeInfo.NAME.range()
+                + "; its own without this option.");
+
+        SetSome() {
+            super("Changes what the options name and keeps the rest.");
+        }
+
+        @Override
+        void prepare() {
+            if (name.getValue() == null) {
+                FieldOptions.requireOne(settings);
+            }
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            iSNSDiscoveryConfig config = read(adapter);
+            settings.apply(config);
+            write(adapter, config, name.getValue());
+            done("The iSNS settings of adapter " + adapter.dev + " were written.");
+            return DONE;
+        }
+    }
+
+    /** hba isns targets. */
+    static final class Targets extends DeviceCommand {
+        Targets() {
+            super("Lists the targets that iSNS discovery found, each with its first portal.");
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            HBA hba = new HBA();
+            adapter.check("reading the iSNS targets", adapter.api.getiSNSTargets(adapter.dev, hba));
+            List<iSNSTarget> targets = hba.getiSNSTargets();
+            TextOutput.Columns columns = new TextOutput.Columns("iSCSI name", "Alias", "IP address", "Port");
+            for (iSNSTarget target : targets) {
+                columns.row(target.getiSCSIName(), target.getiSCSIAlias(), target.getIPAddress(), target.getPort());
+            }
+            showList(TARGET, targets, columns, "iSNS discovery found no target.");
+            return DONE;
+        }
+    }
+}

@@ -1,0 +1,109 @@
+package com.varden.tavo.iscsi.hba;
+
+import com.varden.tavo.iscsi.model.IPAddr;
+import java.io.File;
+import java.io.IOException;
+import picocli.CommandLine.Model.OptionSpec;
+import picocli.CommandLine.Model.PositionalParamSpec;
+
+/** Service of the adapter: firmware update, reset, crash record, ping. */
+final class Maintenance {
+    private Maintenance() {}
+
+    /** hba firmware update. */
+    static final class Update extends DeviceCommand {
+        private final PositionalParamSpec image = parameter("FILE", "1", "The image.");
+        private final OptionSpec type = option("--type", Field.number("type", 16, "Type"),
+            "Type of the image, 0 to 65535; 0 without this option. Its meaning is the adapter's.");
+        private File file;
+
+        Update() {
+            super("Writes a firmware image. The adapter runs it after its next reset.");
+            needsConfirmation();
+        }
+
+        @Override
+        void prepare() {
+            file = Terminal.file(image.getValue());
+            if (!file.isFile() || !file.canRead()) {
+                throw new BadInput(file + " is not a file that can be read");
+            }
+            if (file.length() == 0) {
+                throw new BadInput(file + " is empty");
+            }
+            confirm("replaces the adapter's firmware by " + file);
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            // The image travels in one call that tells nothing until it is done.
+            Terminal.progress("images written", 0, 1);
+            adapter.check("the firmware update", adapter.api.iSCSIUpdateFW(
+                adapter.dev, file.getPath(), (short) (type.getValue() == null ? 0 : number(type))));
+            Terminal.progress("images written", 1, 1);
+            done("The firmware image of adapter " + adapter.dev + " was written.");
+            return DONE;
+        }
+    }
+
+    /** hba reset. */
+    static final class Reset extends DeviceCommand {
+        Reset() {
+            super("Resets the adapter. Its sessions are interrupted.");
+            needsConfirmation();
+        }
+
+        @Override
+        void prepare() {
+            confirm("resets the adapter and interrupts its sessions");
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            adapter.check("the reset", adapter.api.resetISCSIHBA(adapter.dev));
+            done("Adapter " + adapter.dev + " was reset.");
+            return DONE;
+        }
+    }
+
+    /** hba crash. */
+    static final class Crash extends DeviceCommand {
+        private final PositionalParamSpec file = parameter("FILE", "1", "The file to write; an old one is replaced.");
+
+        Crash() {
+            super("Has the adapter's crash record written to a file.");
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            String path = Terminal.file(file.getValue()).getPath();
+            adapter.check("writing the crash record to " + path,
+                adapter.api.retrieveCrashRecord(adapter.dev, path));
+            done("The crash record of adapter " + adapter.dev + " stands in " + path + ".");
+            return DONE;
+        }
+    }
+
+    /** hba ping. */
+    static final class Ping extends DeviceCommand {
+        private static final int PACKETS = 4;
+
+        private final PositionalParamSpec address =
+            parameter("ADDRESS", Field.address("address", "Address"), "IPv4 or IPv6 address.");
+        private final OptionSpec count = option("--count", Field.number("count", 16, "Packets"),
+            "Number of packets, 0 to 65535; " + PACKETS + " without this option.");
+
+        Ping() {
+            super("Has the adapter send ping packets to an address.");
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            IPAddr target = address.getValue();
+            int packets = count.getValue() == null ? PACKETS : number(count);
+            adapter.check("the ping of " + target, adapter.api.ping(adapter.dev, target, packets));
+            done(target + " answers adapter " + adapter.dev + " (" + packets + " packets).");
+            return DONE;
+        }
+    }
+}

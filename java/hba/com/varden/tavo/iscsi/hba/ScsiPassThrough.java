@@ -1,0 +1,138 @@
+package com.varden.tavo.iscsi.hba;
+
+import com.google.gson.stream.JsonWriter;
+import com.varden.tavo.iscsi.model.HBA;
+import com.varden.tavo.iscsi.model.Lun;
+import com.varden.tavo.iscsi.model.SCSIInqInfo;
+import com.varden.tavo.iscsi.model.Target;
+import com.varden.tavo.iscsi.model.TargetInfo;
+import java.io.IOException;
+import picocli.CommandLine.Model.OptionSpec;
+import picocli.CommandLine.Model.PositionalParamSpec;
+
+/** SCSI commands to the logical units of a target. */
+final class ScsiPassThrough {
+    static final RecordTable INQUIRY = new RecordTable(
+        Field.text("vendorID", 8, "Vendor"),
+        Field.text("productID", 16, "Product"),
+        Field.text("revision", 4, "Revision"),
+        Field.text("serialNumber", 8, "Serial number"),
+        Field.text("inquiryHeader", 8, "Header"),
+        Field.text("extraData", 211, "Extra data"));
+
+    static final Field LAST_BLOCK = Field.number("logicalBlockAddress", 32, "Last block");
+    static final Field BLOCK_LENGTH = Field.number("bytesPerBlock", 32, "Block length").unit("bytes");
+    static final Field CAPACITY = Field.capacity("capacity", "Capacity");
+    static final Field CAPACITY_MINIMUM = Field.flag("capacityMinimum", "Capacity is a minimum").readOnly();
+
+    private static final int LAST_UNIT = 0x3FFF;
+
+    private ScsiPassThrough() {}
+
+    /** The arguments that name a logical unit. */
+    static final class Unit {
+        private final PositionalParamSpec target;
+        private final PositionalParamSpec lun;
+        private final OptionSpec bus;
+
+        Unit(Command command) {
+            target = command.parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
+            lun = command.parameter("LUN", Field.number("lun", 16, "LUN").max(LAST_UNIT),
+                "Logical unit, 0 to " + LAST_UNIT + ".");
+            bus = bus(command);
+        }
+
+        static OptionSpec bus(Command command) {
+            return command.option("--bus", Field.number("bus", 16, "Bus"), "Bus number, 0 to 65535; 0 without this "
+                + "option.");
+        }
+
+        void fill(TargetInfo address) {
+            address.setBus(bus.getValue() == null ? 0 : Command.number(bus));
+            address.setTargetID(Command.number(target));
+            address.setLUN(Lun.firstLevel(Command.number(lun)));
+        }
+
+        String name() {
+            return "logical unit " + Command.number(lun) + " of target " + Command.number(target);
+        }
+    }
+
+    /** hba lun list. */
+    static final class ListAll extends DeviceCommand {
+        private final PositionalParamSpec target =
+            parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
+        private final OptionSpec bus = Unit.bus(this);
+
+        ListAll() {
+            super("Sends REPORT LUNS to a target. A target that reports none is given LUN 0.");
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            Target found = new Target();
+            found.getTargetInfo().setTargetID(number(target));
+            found.getTargetInfo().setBus(bus.getValue() == null ? 0 : number(bus));
+            adapter.check("asking target " + number(target) + " for its logical units",
+                adapter.api.getScsiReportLUNsData(adapter.dev, new HBA(), found));
+            if (wantsJson()) {
+                JsonWriter json = jsonWriter();
+                json.beginObject().name("targetInfo");
+                TargetDatabase.ADDRESS.without(TargetDatabase.ADDRESS.field("LUN"))
+                    .write(json, found.getTargetInfo(), false);
+                json.name("LUNs").beginArray();
+                for (int firstLevel : found.getLUNs()) {
+                    json.value(Lun.unitNumber(firstLevel));
+                }
+                json.endArray().endObject();
+                finish(json);
+                return DONE;
+            }
+            TextOutput.Columns columns = new TextOutput.Columns("LUN", "First level");
+            for (int firstLevel : found.getLUNs()) {
+                columns.row(Lun.unitNumber(firstLevel), "0x" + Integer.toHexString(0x10000 | firstLevel).substring(1));
+            }
+            columns.print(System.out);
+            return DONE;
+        }
+    }
+
+    /** hba lun inquiry. */
+    static final class Inquiry extends DeviceCommand {
+        private final Unit unit = new Unit(this);
+
+        Inquiry() {
+            super("Sends INQUIRY to a logical unit.");
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            TargetInfo address = new TargetInfo();
+            unit.fill(address);
+            SCSIInqInfo inquiry = new SCSIInqInfo();
+            adapter.check("asking " + unit.name() + " what it is",
+                adapter.api.getScsiInquiryData(adapter.dev, address, inquiry));
+            show(INQUIRY, inquiry);
+            return DONE;
+        }
+    }
+
+    /** hba lun capacity. */
+    static final class Capacity extends DeviceCommand {
+        private final Unit unit = new Unit(this);
+
+        Capacity() {
+            super("Sends READ CAPACITY to a logical unit.");
+        }
+
+        @Override
+        int run(Adapter adapter) throws IOException {
+            Lun lun = new Lun();
+            unit.fill(lun.getTargetInfo());
+            adapter.check("asking " + unit.name() + " for its capacity",
+                adapter.api.getScsiReadCapacityData(adapter.dev, lun));
+            show(new RecordTable(LAST_BLOCK, BLOCK_LENGTH, CAPACITY, CAPACITY_MINIMUM), lun);
+            return DONE;
+        }
+    }
+}
