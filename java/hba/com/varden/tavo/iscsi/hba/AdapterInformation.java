@@ -25,6 +25,17 @@ final class AdapterInformation {
 
     private AdapterInformation() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "adapters":
+                return new Adapters();
+            case "show":
+                return new Show();
+            default:
+                return new Info();
+        }
+    }
+
     /** hba adapters. */
     static final class Adapters extends Command {
         Adapters() {

@@ -39,6 +39,15 @@ final class Backup {
 
     private Backup() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "export":
+                return new Export();
+            default:
+                return new Import();
+        }
+    }
+
     static JsonElement parse(String name) {
         try {
             byte[] bytes = name.equals("-") ? System.in.readAllBytes()

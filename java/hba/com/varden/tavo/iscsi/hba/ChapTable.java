@@ -40,6 +40,17 @@ final class ChapTable {
 
     private ChapTable() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "chap list":
+                return new ListAll();
+            case "chap set":
+                return new SetOne();
+            default:
+                return new Clear();
+        }
+    }
+
     static List<CHAPTableEntry> readAll(Adapter adapter) {
         HBA hba = new HBA();
         adapter.check("reading the CHAP table", adapter.api.getCHAPTableData(adapter.dev, hba));

@@ -55,82 +55,60 @@ final class Commands {
 
     private Commands() {}
 
+    // Each family makes its own commands, so that only the classes of the one that is named are loaded.
     private static Command create(String name) {
         switch (name) {
             case "adapters":
-                return new AdapterInformation.Adapters();
             case "show":
-                return new AdapterInformation.Show();
             case "info":
-                return new AdapterInformation.Info();
+                return AdapterInformation.command(name);
             case "target list":
-                return new DeviceDatabaseEntry.ListAll();
             case "target show":
-                return new DeviceDatabaseEntry.Show();
             case "target default":
-                return new DeviceDatabaseEntry.Default();
             case "target initial":
-                return new DeviceDatabaseEntry.Initial();
+                return DeviceDatabaseEntry.command(name);
             case "target set":
-                return new DeviceDatabaseWrites.SetOne();
             case "target load":
-                return new DeviceDatabaseWrites.Load();
             case "target logout":
-                return new DeviceDatabaseWrites.Logout();
+                return DeviceDatabaseWrites.command(name);
             case "target portal":
-                return new TargetDatabase.Portal();
-            case "lun list":
-                return new ScsiPassThrough.ListAll();
             case "lun show":
-                return new TargetDatabase.LunShow();
+                return TargetDatabase.command(name);
+            case "lun list":
             case "lun inquiry":
-                return new ScsiPassThrough.Inquiry();
             case "lun capacity":
-                return new ScsiPassThrough.Capacity();
+                return ScsiPassThrough.command(name);
             case "firmware show":
-                return new FirmwareConfiguration.Show();
             case "firmware defaults":
-                return new FirmwareConfiguration.Defaults();
             case "firmware set":
-                return new FirmwareConfiguration.SetSome();
             case "firmware restore":
-                return new FirmwareConfiguration.Restore();
+                return FirmwareConfiguration.command(name);
             case "firmware update":
-                return new Maintenance.Update();
-            case "stats show":
-                return new Statistics.Show();
-            case "stats reset":
-                return new Statistics.Reset();
-            case "log errors":
-                return new Logs.Errors();
-            case "log arp":
-                return new Logs.Arp();
-            case "chap list":
-                return new ChapTable.ListAll();
-            case "chap set":
-                return new ChapTable.SetOne();
-            case "chap clear":
-                return new ChapTable.Clear();
-            case "isns show":
-                return new IsnsDiscovery.Show();
-            case "isns set":
-                return new IsnsDiscovery.SetSome();
-            case "isns targets":
-                return new IsnsDiscovery.Targets();
             case "ping":
-                return new Maintenance.Ping();
             case "reset":
-                return new Maintenance.Reset();
             case "crash":
-                return new Maintenance.Crash();
+                return Maintenance.command(name);
+            case "stats show":
+            case "stats reset":
+                return Statistics.command(name);
+            case "log errors":
+            case "log arp":
+                return Logs.command(name);
+            case "chap list":
+            case "chap set":
+            case "chap clear":
+                return ChapTable.command(name);
+            case "isns show":
+            case "isns set":
+            case "isns targets":
+                return IsnsDiscovery.command(name);
             case "export":
-                return new Backup.Export();
             case "import":
-                return new Backup.Import();
+                return Backup.command(name);
             case "version":
-                return new Version();
+                return Version.command();
             case "completion":
-                return new Completion();
+                return Completion.command();
             default:
                 return null;
         }

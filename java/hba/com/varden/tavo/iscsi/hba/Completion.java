@@ -4,6 +4,10 @@ import picocli.AutoComplete;
 
 /** hba completion. */
 final class Completion extends Command {
+    static Command command() {
+        return new Completion();
+    }
+
     Completion() {
         super("Writes a completion script for bash to the standard output. Load it with: source <(hba completion)");
     }

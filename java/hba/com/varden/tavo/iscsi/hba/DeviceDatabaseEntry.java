@@ -31,6 +31,19 @@ final class DeviceDatabaseEntry {
 
     private DeviceDatabaseEntry() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "target list":
+                return new ListAll();
+            case "target show":
+                return new Show();
+            case "target default":
+                return new Default();
+            default:
+                return new Initial();
+        }
+    }
+
     /** All entries in use. */
     static List<DevDBEntry> readAll(Adapter adapter) {
         HBA hba = new HBA();

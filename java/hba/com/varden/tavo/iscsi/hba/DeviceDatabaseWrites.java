@@ -19,6 +19,17 @@ final class DeviceDatabaseWrites {
 
     private DeviceDatabaseWrites() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "target set":
+                return new SetOne();
+            case "target load":
+                return new Load();
+            default:
+                return new Logout();
+        }
+    }
+
     /**
      * Entries as a document describes them, on the ground of what the adapter has: fields that are not named keep their
      * value; a target that is new starts with what the adapter proposes, and with the state of the default entry.

@@ -25,6 +25,19 @@ final class FirmwareConfiguration {
 
     private FirmwareConfiguration() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "firmware show":
+                return new Show();
+            case "firmware defaults":
+                return new Defaults();
+            case "firmware set":
+                return new SetSome();
+            default:
+                return new Restore();
+        }
+    }
+
     /** Fills addresses, option words and default session parameters; names stay as they are. */
     static void read(Adapter adapter, HBA hba) {
         adapter.check("reading the firmware's settings", adapter.api.getFWData(adapter.dev, hba));

@@ -28,6 +28,17 @@ final class IsnsDiscovery {
 
     private IsnsDiscovery() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "isns show":
+                return new Show();
+            case "isns set":
+                return new SetSome();
+            default:
+                return new Targets();
+        }
+    }
+
     static iSNSDiscoveryConfig read(Adapter adapter) {
         iSNSDiscoveryConfig config = new iSNSDiscoveryConfig();
         adapter.check("reading the iSNS settings", adapter.api.getiSNSDiscoveryConfig(adapter.dev, config));

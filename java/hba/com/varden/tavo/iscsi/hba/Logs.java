@@ -29,6 +29,15 @@ final class Logs {
 
     private Logs() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "log errors":
+                return new Errors();
+            default:
+                return new Arp();
+        }
+    }
+
     /** hba log errors. */
     static final class Errors extends DeviceCommand {
         Errors() {

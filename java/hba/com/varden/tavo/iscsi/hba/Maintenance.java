@@ -10,6 +10,19 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 final class Maintenance {
     private Maintenance() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "firmware update":
+                return new Update();
+            case "ping":
+                return new Ping();
+            case "reset":
+                return new Reset();
+            default:
+                return new Crash();
+        }
+    }
+
     /** hba firmware update. */
     static final class Update extends DeviceCommand {
         private final PositionalParamSpec image = parameter("FILE", "1", "The image.");

@@ -29,6 +29,17 @@ final class ScsiPassThrough {
 
     private ScsiPassThrough() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "lun list":
+                return new ListAll();
+            case "lun inquiry":
+                return new Inquiry();
+            default:
+                return new Capacity();
+        }
+    }
+
     /** The arguments that name a logical unit. */
     static final class Unit {
         private final PositionalParamSpec target;

@@ -45,6 +45,15 @@ final class Statistics {
 
     private Statistics() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "stats show":
+                return new Show();
+            default:
+                return new Reset();
+        }
+    }
+
     private static PortStatistics read(Adapter adapter) {
         PortStatistics statistics = new PortStatistics();
         adapter.check("reading the counters", adapter.api.getiSCSIStatistics(adapter.dev, statistics));

@@ -34,6 +34,15 @@ final class TargetDatabase {
 
     private TargetDatabase() {}
 
+    static Command command(String name) {
+        switch (name) {
+            case "target portal":
+                return new Portal();
+            default:
+                return new LunShow();
+        }
+    }
+
     /** hba target portal. */
     static final class Portal extends DeviceCommand {
         private final PositionalParamSpec target =

@@ -5,6 +5,10 @@ import java.io.IOException;
 
 /** hba version. */
 final class Version extends Command {
+    static Command command() {
+        return new Version();
+    }
+
     Version() {
         super("Shows the versions of the tool and of the management library.");
     }
