@@ -210,14 +210,15 @@ FlashFile::Found FlashFile::replace(const Bytes &contents) const
 
     // One name for the second file: what a killed writer left there is overwritten by the next one.
     const std::string next = path_ + ".new";
-    Found found;
-    found.descriptor = Descriptor(open(next.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
-    const int file = found.descriptor.number();
-    if (!found.descriptor) {
+    const Descriptor writer(open(next.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!writer) {
         failWrite(path_);
     }
-    if (!writeAll(file, bytes) || (durable_ && fdatasync(file) != 0) || rename(next.c_str(), path_.c_str()) != 0
-        || fstat(file, &found.identity) != 0) {
+    // What is kept open afterwards is for reading: an open writer would keep the file system from being made read-only.
+    Found found;
+    found.descriptor = Descriptor(open(next.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (!found.descriptor || !writeAll(writer.number(), bytes) || (durable_ && fdatasync(writer.number()) != 0)
+        || rename(next.c_str(), path_.c_str()) != 0 || fstat(writer.number(), &found.identity) != 0) {
         const int error = errno;
         unlink(next.c_str());
         errno = error;

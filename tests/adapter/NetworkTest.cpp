@@ -1,0 +1,336 @@
+// What the adapter does on the network: SCSI commands, sessions, pings; what it counts and logs of that.
+#include "AdapterTest.h"
+
+#include <algorithm>
+#include <numeric>
+#include <optional>
+
+namespace
+{
+
+using Network = AdapterTest;
+using ByteList = std::vector<SD_UINT8>;
+
+constexpr SD_UINT8 FILL = 0xEE; // what the response areas hold before a command
+
+struct Answer {
+    SD_UINT32 status;
+    ByteList data;
+    ByteList sense;
+};
+
+enum class Command { reportLuns, inquiry, readCapacity };
+
+Answer send(SDMGT_HANDLE handle, Command command, SD_UINT16 targetId, SD_UINT16 lun, SD_UINT32 size)
+{
+    TARGETINFORMATION target{};
+    target.TargetID = targetId;
+    target.LUN = lun;
+    Answer answer{0, ByteList(size + 1, FILL), ByteList(SENSE_SIZE + 1, FILL)};
+    void *data = answer.data.data();
+    void *sense = answer.sense.data();
+    if (command == Command::reportLuns) {
+        answer.status = SDSendScsiReportLunsCmdiSCSI(handle, &target, data, size, sense, SENSE_SIZE);
+    } else if (command == Command::inquiry) {
+        answer.status = SDSendScsiInquiryCmdiSCSI(handle, &target, data, size, sense, SENSE_SIZE);
+    } else {
+        answer.status = SDSendScsiReadCapacityCmdiSCSI(handle, &target, static_cast<READ_CAPACITY_DATA *>(data), size,
+                                                       sense, SENSE_SIZE);
+    }
+    EXPECT_EQ(answer.data.back(), FILL) << "written beyond the response area";
+    EXPECT_EQ(answer.sense.back(), FILL) << "written beyond the sense area";
+    answer.data.pop_back();
+    answer.sense.pop_back();
+    return answer;
+}
+
+SD_UINT32 bigEndian(const ByteList &bytes, std::size_t place, int count)
+{
+    return std::accumulate(bytes.begin() + static_cast<std::ptrdiff_t>(place),
+                           bytes.begin() + static_cast<std::ptrdiff_t>(place) + count, SD_UINT32{0},
+                           [](SD_UINT32 value, SD_UINT8 byte) { return (value << 8) | byte; });
+}
+
+// Sense key, code and qualifier of fixed-format sense data; 0 when there is none.
+SD_UINT32 senseOf(const Answer &answer)
+{
+    const ByteList &sense = answer.sense;
+    if (sense[0] == 0) {
+        return 0;
+    }
+    EXPECT_EQ(sense[0], 0x70);
+    EXPECT_EQ(sense[7], 10);
+    return (SD_UINT32{sense[2]} << 16) | (SD_UINT32{sense[12]} << 8) | sense[13];
+}
+
+std::vector<SD_UINT32> lunsOf(const Answer &answer, std::size_t entries)
+{
+    std::vector<SD_UINT32> luns;
+    for (std::size_t entry = 0; entry < entries; ++entry) {
+        luns.push_back(bigEndian(answer.data, 8 + 8 * entry, 2));
+        EXPECT_EQ(bigEndian(answer.data, 10 + 8 * entry, 4), 0U);
+    }
+    return luns;
+}
+
+TEST_F(Network, ReportLunsDeliversTheStandardsList)
+{
+    const SDMGT_HANDLE handle = open(0);
+    struct {
+        SD_UINT16 target;
+        SD_UINT32 size, units;
+    } const cases[] = {{0, 264, 1},     {1, 264, 4},     {42, 264, 0},  {5, 264, 40},  {5, 2048, 40}, {6, 2048, 161},
+                       {17, 2048, 300}, {17, 4096, 300}, {17, 16, 300}, {17, 23, 300}, {511, 264, 1}};
+    for (const auto &each : cases) {
+        const Answer answer = send(handle, Command::reportLuns, each.target, 0, each.size);
+        ASSERT_EQ(answer.status, 0U) << each.target;
+        EXPECT_EQ(bigEndian(answer.data, 0, 4), 8 * each.units) << each.target;
+        EXPECT_EQ(bigEndian(answer.data, 4, 4), 0U);
+        const std::size_t sent = std::min(8 + 8 * each.units, each.size);
+        EXPECT_TRUE(std::all_of(answer.data.begin() + static_cast<std::ptrdiff_t>(sent), answer.data.end(),
+                                [](SD_UINT8 byte) { return byte == FILL; }));
+        const auto luns = lunsOf(answer, (sent - 8) / 8);
+        for (std::size_t number = 1; number < luns.size(); ++number) {
+            EXPECT_LT(luns[number - 1], luns[number]);
+        }
+    }
+    EXPECT_EQ(lunsOf(send(handle, Command::reportLuns, 1, 0, 264), 4), (std::vector<SD_UINT32>{0, 1, 5, 9}));
+    const auto sparse = lunsOf(send(handle, Command::reportLuns, 6, 0, 2048), 161);
+    EXPECT_EQ(sparse[115], 255U);
+    EXPECT_EQ(sparse[116], 0x4100U) << "flat addressing from 256 on";
+    EXPECT_EQ(sparse[160], 0x7FFFU);
+
+    const Answer tooShort = send(handle, Command::reportLuns, 1, 0, 15);
+    EXPECT_EQ(tooShort.status, ERR_SCSI_CHECK_CONDITION);
+    EXPECT_EQ(senseOf(tooShort), 0x052400U);
+    const Answer worn = send(open(1), Command::reportLuns, 64, 0, 264);
+    EXPECT_EQ(worn.status, ERR_SCSI_TOLERATED);
+    EXPECT_EQ(bigEndian(worn.data, 0, 4), 16U);
+    EXPECT_EQ(senseOf(worn), 0x011701U);
+    EXPECT_EQ(send(open(1), Command::inquiry, 64, 0, 36).status, 0U);
+}
+
+TEST_F(Network, InquiryDeliversTheStandardsData)
+{
+    const SDMGT_HANDLE handle = open(0);
+    const Answer whole = send(handle, Command::inquiry, 1, 1, 255);
+    ASSERT_EQ(whole.status, 0U);
+    EXPECT_EQ(senseOf(whole), 0U);
+    EXPECT_EQ(whole.data[0], 0x00);
+    EXPECT_EQ(whole.data[2], 0x06);
+    EXPECT_EQ(whole.data[3] & 0x0F, 2) << "response data format";
+    const std::size_t length = whole.data[4] + 5U;
+    EXPECT_EQ(length, 96U);
+    EXPECT_EQ(std::string(whole.data.begin() + 8, whole.data.begin() + 36), "VARDEN  TAVO DISK 4096  0104");
+    EXPECT_EQ(bigEndian(whole.data, 58, 2), 0x00A0U);
+    EXPECT_TRUE(std::all_of(whole.data.begin() + 96, whole.data.end(), [](SD_UINT8 byte) { return byte == FILL; }));
+    for (const SD_UINT32 size : {36U, 5U, 1U, 0U}) {
+        const Answer part = send(handle, Command::inquiry, 1, 1, size);
+        EXPECT_EQ(part.status, 0U);
+        EXPECT_TRUE(std::equal(part.data.begin(), part.data.end(), whole.data.begin())) << size;
+    }
+    EXPECT_NE(send(handle, Command::inquiry, 1, 0, 64).data, send(handle, Command::inquiry, 0, 0, 64).data)
+        << "units have serial numbers of their own";
+}
+
+TEST_F(Network, ReadCapacityDeliversTheStandardsNumbers)
+{
+    const SDMGT_HANDLE handle = open(0);
+    struct {
+        SD_UINT16 target, lun;
+        SD_UINT32 last, block;
+    } const cases[] = {
+        {0, 0, 0x07FFFFFF, 512}, {1, 0, 500U * 2097152 - 1, 512}, {1, 1, 0x0FFFFFFF, 4096},  {1, 5, 0xFFFFFFFF, 512},
+        {1, 9, 0, 512},          {6, 0x4100, 41943039, 512},      {6, 0x40F0, 41943039, 512}};
+    for (const auto &each : cases) {
+        const Answer answer = send(handle, Command::readCapacity, each.target, each.lun, 8);
+        EXPECT_EQ(answer.status, 0U) << each.target << " " << each.lun;
+        EXPECT_EQ(bigEndian(answer.data, 0, 4), each.last) << each.target << " " << each.lun;
+        EXPECT_EQ(bigEndian(answer.data, 4, 4), each.block);
+    }
+}
+
+TEST_F(Network, WhatIsNotThereFailsWithSenseData)
+{
+    const SDMGT_HANDLE handle = open(0);
+    DEVICEENTRYISCSI entry = sampleEntry(8);
+    entry.EntryInfo.IPAddr = {};
+    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 8), 0U); // neither address nor text of one
+    setText(entry.DeviceInfo.targetAddr, toText(poolAddress(8)));
+    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 9), 0U); // the text alone
+    entry.DeviceInfo.portNumber = 3261;
+    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 10), 0U);
+    struct {
+        SD_UINT32 adapter;
+        SD_UINT16 target, lun;
+        SD_UINT32 status, sense;
+    } const cases[] = {
+        {0, 1, 2, ERR_SCSI_CHECK_CONDITION, 0x052500},
+        {0, 1, 0x0105, ERR_SCSI_CHECK_CONDITION, 0x052500},
+        {0, 1, 0x8001, ERR_SCSI_CHECK_CONDITION, 0x052500},
+        {0, 6, 0x412C, ERR_SCSI_CHECK_CONDITION, 0x052500},
+        {0, 42, 0, ERR_SCSI_CHECK_CONDITION, 0x052500},
+        {0, 2, 0, ERR_NO_SUCH_TARGET, 0x052500},
+        {0, 512, 0, ERR_NO_SUCH_TARGET, 0x052500},
+        {0, 100, 0, ERR_UNREACHABLE, 0x0B0800},
+        {1, 300, 0, ERR_NO_SUCH_TARGET, 0x052500},
+        {0, 8, 0, ERR_UNREACHABLE, 0x0B0800},
+        {0, 9, 0, 0, 0},
+        {0, 10, 0, ERR_UNREACHABLE, 0x0B0800},
+    };
+    for (const auto &each : cases) {
+        for (const Command command : {Command::inquiry, Command::readCapacity}) {
+            const Answer answer = send(open(each.adapter), command, each.target, each.lun, 8);
+            EXPECT_EQ(answer.status, each.status) << each.target << " " << each.lun;
+            EXPECT_EQ(senseOf(answer), each.sense) << each.target << " " << each.lun;
+        }
+    }
+    EXPECT_EQ(send(handle, Command::inquiry, 1, 2, 36).data[0], 0x7F);
+    TARGETINFORMATION otherBus{};
+    otherBus.BusNumber = 1;
+    SD_UINT8 data[36];
+    EXPECT_EQ(SDSendScsiInquiryCmdiSCSI(handle, &otherBus, data, 36, nullptr, 0), ERR_NO_SUCH_TARGET);
+}
+
+TEST_F(Network, PortalAndNodeOfATarget)
+{
+    const SDMGT_HANDLE handle = open(0);
+    DISCISCSIPORTAL portal{};
+    DISCISCSINODE node{};
+    ASSERT_EQ(SDGetDiscPortalPropertyiSCSI(handle, 0, 5, 0, &portal), 0U);
+    EXPECT_EQ(toText(portal.IPAddr), "10.20.0.12");
+    EXPECT_EQ(getText(portal.hostName), "array2.san.example");
+    EXPECT_EQ(portal.NodeCount, 3);
+    EXPECT_EQ(portal.portNumber, 3260);
+    ASSERT_EQ(SDGetDiscPortalPropertyiSCSI(handle, 0, 42, 0, &portal), 0U);
+    EXPECT_EQ(getText(portal.hostName).size(), sizeof portal.hostName);
+    ASSERT_EQ(SDGetDiscNodePropertyiSCSI(handle, 0, 5, 0, &node), 0U);
+    EXPECT_EQ(node.SessionID, entryAt(handle, 5).TargetSessID);
+    EXPECT_EQ(getText(node.NodeInfo.iSCSIName), targetName("array2.many"));
+    EXPECT_EQ(node.TargetInfo.TargetID, 5);
+    for (const SD_UINT32 absent : {2U, 512U, 0xFFFFU, 0xFFFFFFFFU}) {
+        EXPECT_EQ(SDGetDiscPortalPropertyiSCSI(handle, 0, absent, 0, &portal), ERR_NO_SUCH_TARGET);
+        EXPECT_EQ(SDGetDiscNodePropertyiSCSI(handle, 0, absent, 0, &node), ERR_NO_SUCH_TARGET);
+    }
+}
+
+TEST_F(Network, LogoutEndsTheSessionAndResetMakesItAnew)
+{
+    const SDMGT_HANDLE handle = open(0);
+    LOGOUTISCSI logout{};
+    logout.TargetID = 3;
+    EXPECT_EQ(SDSendiSCSILogout(handle, &logout), ERR_NO_SUCH_ENTRY);
+    logout.TargetID = 1;
+    ASSERT_EQ(SDSendiSCSILogout(handle, &logout), 0U);
+    ASSERT_EQ(SDSendiSCSILogout(handle, &logout), 0U) << "a second logout finds nothing to do";
+    EXPECT_EQ(entryAt(handle, 1).DeviceState, 3U);
+    DISCISCSINODE node{};
+    ASSERT_EQ(SDGetDiscNodePropertyiSCSI(handle, 0, 1, 0, &node), 0U);
+    EXPECT_EQ(node.SessionID, 0);
+    EXPECT_EQ(send(handle, Command::inquiry, 1, 0, 36).status, ERR_NO_SUCH_TARGET);
+    EXPECT_EQ(send(handle, Command::inquiry, 0, 0, 36).status, 0U);
+    ASSERT_EQ(errorLog(handle).size(), 1U);
+    EXPECT_EQ(errorLog(handle)[0].entryType, 2);
+
+    logout.TargetID = 100; // does not answer
+    ASSERT_EQ(SDSendiSCSILogout(handle, &logout), 0U);
+    HBARESET reset{};
+    ASSERT_EQ(SDResetHBA(handle, &reset), 0U);
+    EXPECT_EQ(entryAt(handle, 1).DeviceState, 2U);
+    EXPECT_NE(entryAt(handle, 1).TargetSessID, 0);
+    EXPECT_EQ(entryAt(handle, 100).DeviceState, 1U);
+    EXPECT_EQ(send(handle, Command::inquiry, 1, 0, 36).status, 0U);
+    EXPECT_EQ(errorLog(handle).back().deviceIndex, 100);
+    EXPECT_EQ(errorLog(handle).back().errorType, 1);
+}
+
+TEST_F(Network, CountersGrowAndAreReset)
+{
+    const SDMGT_HANDLE handle = open(0);
+    const HBAPORTSTATISCSI before = statistics(handle);
+    ASSERT_EQ(send(handle, Command::inquiry, 1, 0, 36).status, 0U);
+    HBAPORTSTATISCSI after = statistics(handle);
+    EXPECT_EQ(after.iSCSICompleteIOsCount, before.iSCSICompleteIOsCount + 1);
+    EXPECT_EQ(after.iSCSIRxBytesCount, before.iSCSIRxBytesCount + 48 + 36);
+    EXPECT_EQ(after.MACTxFramesCount, before.MACTxFramesCount + 1);
+    ASSERT_EQ(ping(handle, "10.20.0.11", 7), 0U);
+    EXPECT_EQ(ping(handle, "10.99.0.1", 5), ERR_UNREACHABLE);
+    EXPECT_EQ(ping(handle, "10.20.0.11", 0), ERR_INVALID_PARAMETER);
+    const HBAPORTSTATISCSI pinged = statistics(handle);
+    EXPECT_EQ(pinged.IPTxPacketsCount, after.IPTxPacketsCount + 12);
+    EXPECT_EQ(pinged.IPRxPacketsCount, after.IPRxPacketsCount + 7);
+    ASSERT_EQ(SDResetStatisticsiSCSI(handle, 0), 0U);
+    after = statistics(open(0));
+    const HBAPORTSTATISCSI zero{};
+    EXPECT_EQ(std::memcmp(&after, &zero, sizeof zero), 0);
+    EXPECT_EQ(statistics(open(1)).MACRxBytesCount, 18446744073709551615U);
+
+    // Without a place to count, the work is done all the same.
+    setenv("TAVO_ADAPTER_FLASH", (folder / "missing").c_str(), 1);
+    const SDMGT_HANDLE elsewhere = open(0);
+    EXPECT_EQ(send(elsewhere, Command::inquiry, 1, 0, 36).status, 0U);
+    EXPECT_EQ(SDResetStatisticsiSCSI(elsewhere, 0), ERR_FLASH_WRITE);
+}
+
+TEST_F(Network, LogAndArpTableAreBounded)
+{
+    const SDMGT_HANDLE handle = open(2);
+    DEVICEENTRYISCSI entry = sampleEntry(0);
+    entry.EntryInfo.IPAddr = makeAddress("10.99.0.1");
+    const auto started = static_cast<SD_UINT32>(time(nullptr));
+    // Attempts at targets that do not answer, some twice; the entries of 0 to 129 are enough to push the first two out.
+    for (SD_UINT32 index = 0; index < 130; ++index) {
+        ASSERT_EQ(SDSetDDBEntry(handle, &entry, index), 0U);
+        ASSERT_EQ(ping(handle, toText(poolAddress(index)).c_str(), 1), 0U);
+    }
+    EXPECT_EQ(send(handle, Command::inquiry, 5, 0, 36).status, ERR_UNREACHABLE);
+    const auto errors = errorLog(handle);
+    ASSERT_EQ(errors.size(), LOG_CAPACITY);
+    EXPECT_EQ(errors.front().deviceIndex, 2);
+    EXPECT_EQ(errors[errors.size() - 2].deviceIndex, 129);
+    EXPECT_EQ(errors.back().deviceIndex, 5);
+    EXPECT_EQ(errors.back().dupErrorCnt, 1);
+    EXPECT_EQ(errors.back().errorType, 1);
+    EXPECT_GE(errors.back().timeStamp.seconds, started);
+    EXPECT_LE(errors.back().timeStamp.seconds, started + 600);
+    const auto neighbours = arpTable(handle);
+    ASSERT_EQ(neighbours.size(), LOG_CAPACITY);
+    EXPECT_TRUE(sameAddress(neighbours.front().ipAddr, poolAddress(2)));
+    EXPECT_TRUE(sameAddress(neighbours.back().ipAddr, poolAddress(129)));
+    EXPECT_EQ(neighbours.back().ipAddr.Type, ADDRESS_IPV4);
+    EXPECT_EQ(neighbours.back().valid, 1);
+    HBARESET reset{};
+    ASSERT_EQ(SDResetHBA(handle, &reset), 0U);
+    EXPECT_EQ(arpTable(handle).size(), LOG_CAPACITY) << "the sessions made anew fill the table again";
+}
+
+TEST_F(Network, NothingAnswersWithoutLink)
+{
+    const SDMGT_HANDLE handle = open(3);
+    EXPECT_EQ(ping(handle, "10.20.0.11", 1), ERR_UNREACHABLE);
+    EXPECT_EQ(ping(handle, "0.0.0.0", 1), ERR_UNREACHABLE);
+    DEVICEENTRYISCSI entry = sampleEntry(4);
+    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 4), 0U);
+    EXPECT_EQ(send(handle, Command::inquiry, 4, 0, 36).status, ERR_UNREACHABLE);
+    EXPECT_EQ(errorLog(handle).size(), 1U);
+    EXPECT_EQ(ping(open(0), "10.20.0.5", 1), 0U) << "the adapter answers itself";
+}
+
+TEST_F(Network, CrashRecordIsWholeOrNotThere)
+{
+    const SDMGT_HANDLE handle = open(0);
+    const auto file = folder / "crash.txt";
+    ASSERT_EQ(SDGetCrashRecord(handle, file.c_str()), 0U);
+    const std::string report = readFile(file);
+    EXPECT_NE(report.find("serial number: TV2040A000117"), std::string::npos);
+    EXPECT_NE(report.find(targetName("array4.offline")), std::string::npos);
+    EXPECT_EQ(report.find("secret"), std::string::npos);
+    EXPECT_EQ(report.find("initiator-a"), std::string::npos);
+    EXPECT_EQ(SDGetCrashRecord(handle, (folder / "none" / "crash").c_str()), ERR_OUTPUT_FILE);
+    EXPECT_EQ(SDGetCrashRecord(handle, folder.c_str()), ERR_OUTPUT_FILE);
+    EXPECT_EQ(SDGetCrashRecord(handle, "/dev/null"), ERR_OUTPUT_FILE) << "a device is not replaced by a file";
+    EXPECT_EQ(SDGetCrashRecord(handle, ""), ERR_OUTPUT_FILE);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "nothing half-written stays";
+}
+
+} // namespace
