@@ -39,11 +39,13 @@ final class AdapterInformation {
     /** hba adapters. */
     static final class Adapters extends Command {
         Adapters() {
-            super("Opens every adapter from 0 to 31 in turn and lists those that could be opened.");
+            super("Opens every adapter from 0 to 31 in turn and lists those that could be opened. One that could be "
+                + "opened and not be read is named on the standard error.");
         }
 
         @Override
         public Integer call() throws IOException {
+            int status = DONE;
             List<Entry> entries = new ArrayList<>();
             TextOutput.Columns columns = new TextOutput.Columns("DEV", "Model", "iSCSI name", "IP address");
             for (int dev = 0; dev <= Adapter.LAST_INDEX; dev++) {
@@ -52,21 +54,24 @@ final class AdapterInformation {
                         continue;
                     }
                     Entry entry = new Entry(dev);
-                    adapter.check("reading the adapter", adapter.api.getiSCSIHBAData(dev, entry.hba));
-                    adapter.check("reading its identity", adapter.api.getiSCSIAdapterInfo(dev, entry.hba));
+                    adapter.check("reading the model", adapter.api.getiSCSIFWInfo(dev, entry.hba));
+                    adapter.check("reading the identity", adapter.api.getiSCSIAdapterInfo(dev, entry.hba));
                     entries.add(entry);
                     columns.row(
                         dev, entry.hba.getModel(), entry.hba.getiSCSIName(), entry.hba.getIPAddress());
+                } catch (OperationFailed e) {
+                    Terminal.message(e.getMessage());
+                    status = FAILED;
                 }
             }
             showList(ENTRY, entries, columns, "No adapter could be opened.");
-            return DONE;
+            return status;
         }
     }
 
     private static final RecordTable ENTRY = new RecordTable(
         Field.number("dev", 16, "DEV").readOnly(),
-        Field.record("HBA", new RecordTable(MODEL, SERIAL_NUMBER, NodeInfo.NAME, NodeInfo.ALIAS,
+        Field.record("HBA", new RecordTable(MODEL, NodeInfo.NAME, NodeInfo.ALIAS,
             FirmwareConfiguration.ADDRESS), "Adapter"));
 
     /** One adapter of the list. */

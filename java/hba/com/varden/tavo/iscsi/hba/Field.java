@@ -184,7 +184,7 @@ final class Field implements ITypeConverter<Object> {
 
     /** The value: a Long, String, IPAddr, Boolean, a BigInteger for a counter or capacity, a record or a List. */
     Object get(Object owner) {
-        if (getter == null) {
+        if (getter == null || getter.getDeclaringClass() != owner.getClass()) {
             getter = method(owner.getClass(), "get");
         }
         Object value = invoke(getter, owner);
@@ -205,7 +205,7 @@ final class Field implements ITypeConverter<Object> {
 
     /** Sets a value that parse has returned. */
     void set(Object owner, Object value) {
-        if (setter == null) {
+        if (setter == null || setter.getDeclaringClass() != owner.getClass()) {
             setter = method(owner.getClass(), "set");
         }
         Object argument = value;
