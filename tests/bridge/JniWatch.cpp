@@ -1,0 +1,466 @@
+#include "JniWatch.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+extern "C" void *__real_malloc(size_t size);
+extern "C" void __real_free(void *block);
+
+namespace
+{
+thread_local JniWatch *currentWatch = nullptr;
+
+constexpr const char *OUT_OF_MEMORY = "java/lang/OutOfMemoryError";
+
+// The functions that the bridge has no business with.
+template <std::size_t Slot>
+void forbidden()
+{
+    std::fprintf(stderr, "a JNI function outside the bridge's list was called: entry %zu of the table\n", Slot);
+    std::abort();
+}
+
+template <std::size_t... Slots>
+JNINativeInterface_ forbiddenTable(std::index_sequence<Slots...> /*slots*/)
+{
+    void *entries[] = {reinterpret_cast<void *>(&forbidden<Slots>)...};
+    JNINativeInterface_ table;
+    std::memcpy(&table, entries, sizeof table);
+    return table;
+}
+
+std::string escaped(const std::string &raw)
+{
+    std::string out;
+    for (char c : raw) {
+        if (c == '\n') {
+            out += "\\n";
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+} // namespace
+
+// The table's functions. Each finds its watch by the environment it is called with.
+struct WatchedTable {
+    static JniWatch &watch(JNIEnv *env)
+    {
+        return *static_cast<JniWatch::Lent *>(env)->owner;
+    }
+
+    static jclass JNICALL findClass(JNIEnv *env, const char *name)
+    {
+        JniWatch &w = watch(env);
+        if (std::strncmp(name, "java/", 5) == 0) { // telling errors apart, which is nobody's contract
+            return w.made(w.vm_->FindClass(name));
+        }
+        const char *simple = std::strrchr(name, '/');
+        w.counts.classes++;
+        if (w.fails("java/lang/NoClassDefFoundError",
+                    [&] { return "find " + std::string(simple != nullptr ? simple + 1 : name); })) {
+            return nullptr;
+        }
+        return w.made(w.vm_->FindClass(name));
+    }
+
+    static jclass JNICALL getObjectClass(JNIEnv *env, jobject object)
+    {
+        JniWatch &w = watch(env);
+        w.counts.classes++;
+        w.fails(nullptr, [&] { return "class " + w.nameOf(object); });
+        if (object == nullptr) {
+            w.breach("GetObjectClass of null");
+            return nullptr;
+        }
+        return w.made(w.vm_->GetObjectClass(object));
+    }
+
+    static jmethodID JNICALL getMethodID(JNIEnv *env, jclass cls, const char *name, const char *signature)
+    {
+        JniWatch &w = watch(env);
+        w.counts.lookups++;
+        if (cls == nullptr) {
+            w.breach(std::string("lookup of ") + name + " on a null class");
+            return nullptr;
+        }
+        if (w.fails("java/lang/NoSuchMethodError",
+                    [&] { return "lookup " + w.className(cls) + " " + name + " " + signature; })) {
+            return nullptr;
+        }
+        jmethodID id = w.vm_->GetMethodID(cls, name, signature);
+        if (id == nullptr) {
+            w.vm_->ExceptionClear();
+            w.breach("no method " + w.className(cls) + "." + name + " " + signature);
+            return nullptr;
+        }
+        if (!w.methods_.contains(id)) {
+            w.methods_[id] = {static_cast<jclass>(w.vm_->NewGlobalRef(cls)), name, signature};
+        }
+        return id;
+    }
+
+    static jobject JNICALL newObjectV(JNIEnv *env, jclass cls, jmethodID id, va_list values)
+    {
+        JniWatch &w = watch(env);
+        w.counts.objects++;
+        if (id == nullptr || cls == nullptr) {
+            w.breach("NewObject with a null constructor or class");
+            return nullptr;
+        }
+        if (w.fails(OUT_OF_MEMORY, [&] { return "create " + w.className(cls); })) {
+            return nullptr;
+        }
+        return w.made(w.vm_->NewObjectV(cls, id, values), true);
+    }
+
+    // What all calls have in common: written down, counted, and refused when the method or the object is null.
+    static bool refused(JniWatch &w, jobject object, jmethodID id, char result, va_list values, bool canFail)
+    {
+        w.counts.calls++;
+        if (id == nullptr || object == nullptr) {
+            w.breach("call with a null method or object");
+            return true;
+        }
+        const JniWatch::Method &method = w.method(object, id, result);
+        return w.fails(canFail || w.leavePending ? "java/lang/IllegalStateException" : nullptr,
+                       [&] { return "call " + w.nameOf(object) + " " + method.name + w.arguments(method, values); });
+    }
+
+    static void JNICALL callVoid(JNIEnv *env, jobject object, jmethodID id, va_list values)
+    {
+        JniWatch &w = watch(env);
+        va_list copy;
+        va_copy(copy, values);
+        if (!refused(w, object, id, 'V', copy, false)) {
+            w.vm_->CallVoidMethodV(object, id, values);
+            w.mustNotThrow();
+        }
+        va_end(copy);
+    }
+
+    static jobject JNICALL callObject(JNIEnv *env, jobject object, jmethodID id, va_list values)
+    {
+        JniWatch &w = watch(env);
+        va_list copy;
+        va_copy(copy, values);
+        jobject result = nullptr;
+        if (!refused(w, object, id, 'L', copy, true)) {
+            result = w.made(w.vm_->CallObjectMethodV(object, id, values));
+            w.mustNotThrow();
+        }
+        va_end(copy);
+        return result;
+    }
+
+    template <class T, char Letter, T (JNIEnv::*Call)(jobject, jmethodID, va_list)>
+    static T JNICALL callNumber(JNIEnv *env, jobject object, jmethodID id, va_list values)
+    {
+        JniWatch &w = watch(env);
+        va_list copy;
+        va_copy(copy, values);
+        T result = 0;
+        if (!refused(w, object, id, Letter, copy, false)) {
+            result = (w.vm_->*Call)(object, id, values);
+            w.mustNotThrow();
+        }
+        va_end(copy);
+        return result;
+    }
+
+    static jstring JNICALL newStringUTF(JNIEnv *env, const char *text)
+    {
+        JniWatch &w = watch(env);
+        w.counts.strings++;
+        if (w.fails(OUT_OF_MEMORY, [&] { return "string \"" + escaped(text) + "\""; })) {
+            return nullptr;
+        }
+        return w.made(w.vm_->NewStringUTF(text));
+    }
+
+    static const char *JNICALL getStringUTFChars(JNIEnv *env, jstring string, jboolean *isCopy)
+    {
+        JniWatch &w = watch(env);
+        if (string == nullptr) {
+            w.breach("GetStringUTFChars of null");
+            return nullptr;
+        }
+        if (w.fails(OUT_OF_MEMORY, [&] { return "chars " + w.nameOf(string); })) {
+            return nullptr;
+        }
+        std::string text = w.text(string);
+        char *chars = static_cast<char *>(__real_malloc(text.size() + 1));
+        std::memcpy(chars, text.c_str(), text.size() + 1);
+        if (isCopy != nullptr) {
+            *isCopy = JNI_TRUE;
+        }
+        w.loans_[chars] = {w.vm_->NewGlobalRef(string), "chars"};
+        return chars;
+    }
+
+    // Ends a loan. Returns false, and notes the breach, when there is none.
+    static bool settle(JniWatch &w, jobject from, const void *contents, const std::string &what)
+    {
+        auto loan = w.loans_.find(contents);
+        if (loan == w.loans_.end() || loan->second.what != what
+            || w.vm_->IsSameObject(loan->second.from, from) == JNI_FALSE) {
+            w.breach("given back without having been borrowed: " + what);
+            return false;
+        }
+        w.vm_->DeleteGlobalRef(loan->second.from);
+        w.loans_.erase(loan);
+        return true;
+    }
+
+    static void JNICALL releaseStringUTFChars(JNIEnv *env, jstring string, const char *chars)
+    {
+        JniWatch &w = watch(env);
+        w.step(false, [&] { return "give back " + w.nameOf(string); });
+        if (settle(w, string, chars, "chars")) {
+            __real_free(const_cast<char *>(chars));
+        }
+    }
+
+    template <class Array, Array (JNIEnv::*New)(jsize)>
+    static Array JNICALL newArray(JNIEnv *env, jsize length)
+    {
+        JniWatch &w = watch(env);
+        w.counts.arrays++;
+        if (w.fails(OUT_OF_MEMORY, [&] { return "array " + std::to_string(length); })) {
+            return nullptr;
+        }
+        return w.made((w.vm_->*New)(length));
+    }
+
+    // Elements are lent as a heap block of their exact size, so that one step beyond is seen.
+    template <class T, class Array, void (JNIEnv::*Read)(Array, jsize, jsize, T *)>
+    static T *JNICALL getElements(JNIEnv *env, Array array, jboolean *isCopy)
+    {
+        JniWatch &w = watch(env);
+        if (array == nullptr) {
+            w.breach("elements of a null array");
+            return nullptr;
+        }
+        jsize length = w.vm_->GetArrayLength(array);
+        if (w.fails(OUT_OF_MEMORY, [&] { return "borrow " + std::to_string(length); })) {
+            return nullptr;
+        }
+        T *elements = static_cast<T *>(__real_malloc(std::max<std::size_t>(1, sizeof(T) * unsigned(length))));
+        (w.vm_->*Read)(array, 0, length, elements);
+        if (isCopy != nullptr) {
+            *isCopy = JNI_TRUE;
+        }
+        w.loans_[elements] = {w.vm_->NewGlobalRef(array), "elements"};
+        return elements;
+    }
+
+    template <class T, class Array, void (JNIEnv::*Write)(Array, jsize, jsize, const T *)>
+    static void JNICALL releaseElements(JNIEnv *env, Array array, T *elements, jint mode)
+    {
+        JniWatch &w = watch(env);
+        w.step(false, [&] { return "give back mode " + std::to_string(mode); });
+        if (!settle(w, array, elements, "elements")) {
+            return;
+        }
+        if (mode != JNI_ABORT) {
+            (w.vm_->*Write)(array, 0, w.vm_->GetArrayLength(array), elements);
+        }
+        if (mode == JNI_COMMIT) {
+            w.breach("elements committed and not freed");
+        }
+        __real_free(elements);
+    }
+
+    static jsize JNICALL getArrayLength(JNIEnv *env, jarray array)
+    {
+        JniWatch &w = watch(env);
+        if (array == nullptr) {
+            w.breach("length of a null array");
+            return 0;
+        }
+        w.fails(nullptr, [&] { return std::string("length"); });
+        return w.vm_->GetArrayLength(array);
+    }
+
+    static jobject JNICALL getObjectArrayElement(JNIEnv *env, jobjectArray array, jsize index)
+    {
+        JniWatch &w = watch(env);
+        if (w.fails(OUT_OF_MEMORY, [&] { return "element " + std::to_string(index); })) {
+            return nullptr;
+        }
+        return w.made(w.vm_->GetObjectArrayElement(array, index));
+    }
+
+    static void JNICALL deleteLocalRef(JNIEnv *env, jobject object)
+    {
+        JniWatch &w = watch(env);
+        auto found = std::find_if(w.alive_.begin(), w.alive_.end(), [&](auto &one) { return one.first == object; });
+        if (object == nullptr) {
+            return;
+        }
+        if (found == w.alive_.end()) {
+            w.breach("deleted a local reference that is not the bridge's");
+            return;
+        }
+        w.counts.deleted++;
+        w.createdAlive -= found->second ? 1 : 0;
+        w.alive_.erase(found);
+        w.vm_->DeleteLocalRef(object);
+    }
+
+    static void JNICALL exceptionClear(JNIEnv *env)
+    {
+        JniWatch &w = watch(env);
+        w.setPending(nullptr);
+    }
+
+    static jthrowable JNICALL exceptionOccurred(JNIEnv *env)
+    {
+        JniWatch &w = watch(env);
+        return w.made(static_cast<jthrowable>(w.vm_->NewLocalRef(w.pendingError_)));
+    }
+
+    static jint JNICALL throwError(JNIEnv *env, jthrowable error)
+    {
+        JniWatch &w = watch(env);
+        if (w.lastError_.empty()) {
+            w.breach("an error of the bridge's own was thrown");
+        }
+        w.setPending(error);
+        return 0;
+    }
+
+    static jboolean JNICALL isInstanceOf(JNIEnv *env, jobject object, jclass cls)
+    {
+        return watch(env).vm_->IsInstanceOf(object, cls);
+    }
+
+    static const JNINativeInterface_ *table()
+    {
+        static const JNINativeInterface_ functions = [] {
+            constexpr std::size_t entries = sizeof(JNINativeInterface_) / sizeof(void *);
+            JNINativeInterface_ t = forbiddenTable(std::make_index_sequence<entries>());
+            t.FindClass = findClass;
+            t.GetObjectClass = getObjectClass;
+            t.GetMethodID = getMethodID;
+            t.NewObjectV = newObjectV;
+            t.CallVoidMethodV = callVoid;
+            t.CallObjectMethodV = callObject;
+            t.CallIntMethodV = callNumber<jint, 'I', &JNIEnv::CallIntMethodV>;
+            t.CallShortMethodV = callNumber<jshort, 'S', &JNIEnv::CallShortMethodV>;
+            t.CallByteMethodV = callNumber<jbyte, 'B', &JNIEnv::CallByteMethodV>;
+            t.CallBooleanMethodV = callNumber<jboolean, 'Z', &JNIEnv::CallBooleanMethodV>;
+            t.NewStringUTF = newStringUTF;
+            t.GetStringUTFChars = getStringUTFChars;
+            t.ReleaseStringUTFChars = releaseStringUTFChars;
+            t.NewShortArray = newArray<jshortArray, &JNIEnv::NewShortArray>;
+            t.NewLongArray = newArray<jlongArray, &JNIEnv::NewLongArray>;
+            t.NewByteArray = newArray<jbyteArray, &JNIEnv::NewByteArray>;
+            t.GetShortArrayElements = getElements<jshort, jshortArray, &JNIEnv::GetShortArrayRegion>;
+            t.GetLongArrayElements = getElements<jlong, jlongArray, &JNIEnv::GetLongArrayRegion>;
+            t.GetByteArrayElements = getElements<jbyte, jbyteArray, &JNIEnv::GetByteArrayRegion>;
+            t.ReleaseShortArrayElements = releaseElements<jshort, jshortArray, &JNIEnv::SetShortArrayRegion>;
+            t.ReleaseLongArrayElements = releaseElements<jlong, jlongArray, &JNIEnv::SetLongArrayRegion>;
+            t.ReleaseByteArrayElements = releaseElements<jbyte, jbyteArray, &JNIEnv::SetByteArrayRegion>;
+            t.GetArrayLength = getArrayLength;
+            t.GetObjectArrayElement = getObjectArrayElement;
+            t.DeleteLocalRef = deleteLocalRef;
+            t.ExceptionClear = exceptionClear;
+            t.ExceptionOccurred = exceptionOccurred;
+            t.Throw = throwError;
+            t.IsInstanceOf = isInstanceOf;
+            return t;
+        }();
+        return &functions;
+    }
+};
+
+JniWatch::JniWatch(JNIEnv *vm) : vm_(vm), outer_(currentWatch)
+{
+    lent_.functions = WatchedTable::table();
+    lent_.owner = this;
+    currentWatch = this;
+    vm_->PushLocalFrame(64);
+}
+
+JniWatch::~JniWatch()
+{
+    currentWatch = outer_;
+    setPending(nullptr);
+    for (auto &[object, name] : names_) {
+        vm_->DeleteGlobalRef(object);
+    }
+    for (auto &[id, method] : methods_) {
+        vm_->DeleteGlobalRef(method.owner);
+    }
+    vm_->PopLocalFrame(nullptr);
+}
+
+JniWatch *JniWatch::current()
+{
+    return currentWatch;
+}
+
+bool JniWatch::step(bool canFail, const std::function<std::string()> &text)
+{
+    std::string line;
+    if (recording) {
+        line = text();
+    }
+    bool fail = canFail && (++fallible == failNth || (recording && long(events.size()) == failEvent));
+    if (fail) {
+        failed = true;
+        failedAt = recording ? line : text();
+    }
+    if (recording) {
+        events.push_back(line);
+    }
+    return fail;
+}
+
+// A JNI call, which raises the named error when it fails; one without an error never does. While a Java error is
+// pending none is allowed but those that clear up, and the VM fails all others.
+bool JniWatch::fails(const char *error, const std::function<std::string()> &text)
+{
+    if (pending()) {
+        if (lastError_ == "java/lang/NoSuchMethodError" || lastError_ == "java/lang/NoClassDefFoundError") {
+            breach("called while the error of a failed lookup was pending: " + text());
+        }
+        return true;
+    }
+    if (!step(error != nullptr, text)) {
+        return false;
+    }
+    if (leavePending) {
+        jclass type = vm_->FindClass(error);
+        jobject raised = vm_->NewObject(type, vm_->GetMethodID(type, "<init>", "()V"));
+        setPending(raised);
+        lastError_ = error;
+        vm_->DeleteLocalRef(raised);
+        vm_->DeleteLocalRef(type);
+    }
+    return true;
+}
+
+// The objects of these tests throw nothing of their own.
+void JniWatch::mustNotThrow()
+{
+    if (vm_->ExceptionCheck() == JNI_TRUE) {
+        vm_->ExceptionDescribe();
+        vm_->ExceptionClear();
+        breach("Java code threw");
+    }
+}
+
+void JniWatch::setPending(jobject error)
+{
+    if (pendingError_ != nullptr) {
+        vm_->DeleteGlobalRef(pendingError_);
+    }
+    pendingError_ = error == nullptr ? nullptr : vm_->NewGlobalRef(error);
+}

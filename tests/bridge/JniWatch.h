@@ -1,0 +1,125 @@
+// A JNIEnv of the tests' own, in front of the VM's: the code under test gets its function table, every call is carried
+// out by the real VM, and on the way it is written down, counted, kept on the books and, when a test asks, made to
+// fail. Functions that the bridge has no business with end the program and name their place in the table.
+#pragma once
+
+#include <jni.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+// What one native call did, in figures.
+struct Counts {
+    unsigned lookups = 0, calls = 0, classes = 0, objects = 0, strings = 0, arrays = 0, deleted = 0;
+    unsigned peak = 0; // most local references alive at once
+};
+
+class JniWatch
+{
+public:
+    // While a watch lives, the management library, the heap and the printed lines of its thread report to it.
+    explicit JniWatch(JNIEnv *vm);
+    ~JniWatch();
+    JniWatch(const JniWatch &) = delete;
+    JniWatch &operator=(const JniWatch &) = delete;
+
+    // The watch of this thread, null when there is none.
+    static JniWatch *current();
+
+    JNIEnv *vm() const
+    {
+        return vm_;
+    }
+    // The environment to hand to the code under test.
+    JNIEnv *env()
+    {
+        return &lent_;
+    }
+
+    // Gives an object the name that events call it by: its class, with #2, #3 for the next ones of that class.
+    std::string nameOf(jobject object);
+
+    // The journal: one line per event, in order. Left empty when recording is off.
+    bool recording = true;
+    std::vector<std::string> events;
+    std::string printed;  // everything that the code under test printed
+    std::string breaches; // what no program may do; empty is the only good value
+
+    // Faults: the event with this number (from 0), or the n-th thing that can fail (from 1) fails.
+    static constexpr long NONE = -1;
+    long failEvent = NONE;
+    long failNth = NONE;
+    bool leavePending = false; // the failing JNI call also leaves the error pending that the VM would raise
+    long fallible = 0;         // things that could have failed so far
+    bool failed = false;       // the fault has been met
+    std::string failedAt;      // and where
+
+    Counts counts;
+    long heapBlocks = 0;       // blocks allocated and not freed
+    unsigned createdAlive = 0; // objects created whose local reference has not been deleted
+
+    // A Java error is pending.
+    bool pending() const
+    {
+        return pendingError_ != nullptr;
+    }
+
+    // Contents borrowed and not given back.
+    std::size_t loans() const
+    {
+        return loans_.size();
+    }
+
+    // One event. Returns true when it has to fail.
+    bool step(bool canFail, const std::function<std::string()> &text);
+
+private:
+    struct Lent : JNIEnv_ {
+        JniWatch *owner = nullptr;
+    };
+    struct Method {
+        jclass owner;
+        std::string name, signature;
+    };
+    struct Loan {
+        jobject from;
+        std::string what;
+    };
+
+    friend struct WatchedTable;
+
+    std::string className(jclass cls);
+    std::string text(jobject object);
+    std::string arguments(const Method &method, va_list values);
+    void breach(const std::string &what);
+    // Takes a new local reference into the books.
+    template <class T>
+    T made(T reference, bool created = false)
+    {
+        if (reference != nullptr) {
+            alive_.emplace_back(reference, created);
+            createdAlive += created ? 1 : 0;
+            counts.peak = std::max(counts.peak, unsigned(alive_.size()));
+        }
+        return reference;
+    }
+    bool fails(const char *error, const std::function<std::string()> &text);
+    void setPending(jobject error);
+    void mustNotThrow();
+    const Method &method(jobject object, jmethodID id, char result);
+
+    JNIEnv *vm_;
+    Lent lent_;
+    JniWatch *outer_;
+    std::map<jmethodID, Method> methods_;
+    std::map<const void *, Loan> loans_;
+    std::vector<std::pair<jobject, std::string>> names_;
+    std::map<std::string, int> named_;
+    std::vector<std::pair<jobject, bool>> alive_; // local references, and whether NewObject made them
+    jobject pendingError_ = nullptr;
+    std::string lastError_; // the class of the error that was planted
+};

@@ -1,0 +1,68 @@
+// The heap and the standard output of the code under test, by way of the linker's --wrap. A block comes filled with
+// rubbish, so that nothing can count on zeros.
+#include "JniWatch.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+extern "C" {
+void *__real_malloc(size_t size);
+void __real_free(void *block);
+void *__wrap_malloc(size_t size);
+void __wrap_free(void *block);
+int __wrap_printf(const char *format, ...) __attribute__((format(printf, 1, 2)));
+int __wrap_puts(const char *text);
+int __wrap_putchar(int character);
+}
+
+void *__wrap_malloc(size_t size)
+{
+    JniWatch *watch = JniWatch::current();
+    if (watch == nullptr) {
+        return __real_malloc(size);
+    }
+    if (watch->step(true, [&] { return "malloc " + std::to_string(size); })) {
+        return nullptr;
+    }
+    watch->heapBlocks++;
+    void *block = __real_malloc(size);
+    std::memset(block, 0xa5, size);
+    return block;
+}
+
+void __wrap_free(void *block)
+{
+    JniWatch *watch = JniWatch::current();
+    if (watch != nullptr && block != nullptr) {
+        watch->heapBlocks--;
+    }
+    __real_free(block);
+}
+
+int __wrap_printf(const char *format, ...)
+{
+    va_list values;
+    va_start(values, format);
+    JniWatch *watch = JniWatch::current();
+    int length = 0;
+    if (watch == nullptr) {
+        length = std::vprintf(format, values);
+    } else {
+        char text[1024];
+        length = std::vsnprintf(text, sizeof text, format, values);
+        watch->printed += text;
+    }
+    va_end(values);
+    return length;
+}
+
+int __wrap_puts(const char *text)
+{
+    return __wrap_printf("%s\n", text);
+}
+
+int __wrap_putchar(int character)
+{
+    return __wrap_printf("%c", character);
+}
