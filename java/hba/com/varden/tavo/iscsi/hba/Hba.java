@@ -11,7 +11,7 @@ import picocli.CommandLine.ParseResult;
 public final class Hba {
     private Hba() {}
 
-    public static void main(String[] arguments) {
+    public static void main(String[] arguments) throws ReflectiveOperationException {
         Terminal.start();
         int status = run(arguments);
         if (System.out.checkError() && status == Command.DONE) {

@@ -6,15 +6,15 @@ import java.io.FileDescriptor;
 import java.io.FileOutputStream;
 import java.io.IOException;
 import java.io.PrintStream;
+import java.lang.reflect.Constructor;
 import java.nio.charset.StandardCharsets;
 
 /**
  * Where the tool's words go and come from.
  *
- * The libraries print lines on the C standard output, which must not come between a document's own. The launcher
- * therefore exchanges the standard output and the standard error of the VM and says so with a property: what is written
- * to the VM's standard error reaches the user's standard output, and the libraries' lines reach the user's standard
- * error, beside the tool's messages.
+ * The libraries print lines on the C standard output, which must not come between those of a result. The launcher
+ * therefore gives the VM the user's standard error for both of its standard streams, where the libraries' lines join
+ * the tool's messages, and the user's standard output as one more descriptor, whose number it tells with a property.
  */
 final class Terminal {
     private static final int BUFFER = 8192;
@@ -23,10 +23,17 @@ final class Terminal {
 
     private Terminal() {}
 
-    static void start() {
-        boolean exchanged = Boolean.getBoolean("hba.exchanged");
-        System.setOut(stream(exchanged ? FileDescriptor.err : FileDescriptor.out, false));
-        System.setErr(stream(exchanged ? FileDescriptor.out : FileDescriptor.err, true));
+    static void start() throws ReflectiveOperationException {
+        Integer output = Integer.getInteger("hba.output");
+        System.setOut(stream(output == null ? FileDescriptor.out : descriptor(output), false));
+        System.setErr(stream(FileDescriptor.err, true));
+    }
+
+    // Java names only the first three. A file under /dev/fd would be opened anew, which sockets and permissions forbid.
+    private static FileDescriptor descriptor(int number) throws ReflectiveOperationException {
+        Constructor<FileDescriptor> constructor = FileDescriptor.class.getDeclaredConstructor(int.class);
+        constructor.setAccessible(true);
+        return constructor.newInstance(number);
     }
 
     private static PrintStream stream(FileDescriptor descriptor, boolean autoFlush) {
