@@ -13,7 +13,8 @@ const std::string MODEL = "com/varden/tavo/iscsi/model/";
 
 JavaVM *create()
 {
-    std::string options[] = {"-Djava.class.path=" TAVO_CLASS_PATH, "-Xmx256m", "-XX:+UseSerialGC", "-Xss1m"};
+    std::string options[] = {"-Djava.class.path=" TAVO_CLASS_PATH, "-Xmx96m", "-Xms96m", "-XX:+AlwaysPreTouch",
+                             "-XX:+UseSerialGC"};
     std::vector<JavaVMOption> list;
     for (std::string &option : options) {
         list.push_back({option.data(), nullptr});

@@ -1,7 +1,10 @@
 // The heap and the standard output of the code under test, by way of the linker's --wrap. A block comes filled with
 // rubbish, so that nothing can count on zeros.
+#include "WatchedRuntime.h"
+
 #include "JniWatch.h"
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -14,6 +17,16 @@ void __wrap_free(void *block);
 int __wrap_printf(const char *format, ...) __attribute__((format(printf, 1, 2)));
 int __wrap_puts(const char *text);
 int __wrap_putchar(int character);
+}
+
+namespace
+{
+std::atomic<bool> isQuiet = false;
+}
+
+void quietRuntime(bool quiet)
+{
+    isQuiet = quiet;
 }
 
 void *__wrap_malloc(size_t size)
@@ -47,7 +60,7 @@ int __wrap_printf(const char *format, ...)
     JniWatch *watch = JniWatch::current();
     int length = 0;
     if (watch == nullptr) {
-        length = std::vprintf(format, values);
+        length = isQuiet ? 0 : std::vprintf(format, values);
     } else {
         char text[1024];
         length = std::vsnprintf(text, sizeof text, format, values);

@@ -1,0 +1,189 @@
+// The native methods called from Java, on the VM's own environment: objects that mean no good, and many threads at
+// once. The work is done by the Java classes HostileJava and Storm; here are the library's answers.
+#include "ScriptedLibrary.h"
+#include "Vm.h"
+#include "WatchedRuntime.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <mutex>
+
+#include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
+
+namespace
+{
+std::string lastRecord;
+
+jstring JNICALL takeLastRecord(JNIEnv *env, jclass /*type*/)
+{
+    jstring taken = env->NewStringUTF(lastRecord.c_str());
+    lastRecord.clear();
+    return taken;
+}
+
+// The class Calls with its natives bound to the code under test.
+void bindCalls(JNIEnv *env)
+{
+    std::string object = "(ILjava/lang/Object;)I", two = "(ILjava/lang/Object;Ljava/lang/Object;)I",
+                list = "(I[Ljava/lang/Object;)I";
+#define BOUND(name, signature)                                                                                         \
+    {const_cast<char *>(#name), const_cast<char *>(std::data(signature)),                                              \
+     reinterpret_cast<void *>(&Java_com_varden_tavo_iscsi_jni_ApiWrapper_##name)}
+    JNINativeMethod natives[] = {
+        BOUND(openDevice, "(I)Z"),
+        BOUND(closeDevice, "(I)Z"),
+        BOUND(getiSCSIEntryNum, "(I)I"),
+        BOUND(setDDBData, "(ILjava/lang/Object;I)I"),
+        BOUND(getiSCSIAdapterInfo, object),
+        BOUND(getiSCSIFWInfo, object),
+        BOUND(getiSCSIDriverInfo, object),
+        BOUND(getChipInfo, object),
+        BOUND(getiSCSIHBAState, object),
+        BOUND(getiSCSIHBAData, object),
+        BOUND(getiSCSILunData, object),
+        BOUND(getFWData, object),
+        BOUND(getISCSIFWDefaults, object),
+        BOUND(setFWData, object),
+        BOUND(getScsiReadCapacityData, object),
+        BOUND(getiSCSIStatistics, object),
+        BOUND(getConnectErrorLog, object),
+        BOUND(getARPLog, object),
+        BOUND(getCHAPTableData, object),
+        BOUND(getiSNSDiscoveryConfig, object),
+        BOUND(setiSNSDiscoveryConfig, object),
+        BOUND(getiSNSTargets, object),
+        BOUND(getiSCSITargetData, two),
+        BOUND(getScsiReportLUNsData, two),
+        BOUND(getScsiInquiryData, two),
+        BOUND(setDDBsData, list),
+        BOUND(setCHAPTableData, list),
+        {const_cast<char *>("lastRecord"), const_cast<char *>("()Ljava/lang/String;"),
+         reinterpret_cast<void *>(&takeLastRecord)},
+    };
+#undef BOUND
+    ASSERT_EQ(env->RegisterNatives(env->FindClass("Calls"), natives, jint(std::size(natives))), JNI_OK);
+}
+
+// Calls a static method that returns what went wrong, on a thread that Java made.
+std::string javaSays(const char *type, const char *method, const char *signature, jint first = 0, jint second = 0)
+{
+    JNIEnv *env = vmEnv();
+    env->PushLocalFrame(16);
+    bindCalls(env);
+    jclass tests = env->FindClass(type);
+    auto said = static_cast<jstring>(
+        env->CallStaticObjectMethod(tests, env->GetStaticMethodID(tests, method, signature), first, second));
+    mustBeClear(env, std::string("running ") + method);
+    const char *chars = env->GetStringUTFChars(said, nullptr);
+    std::string out = chars;
+    env->ReleaseStringUTFChars(said, chars);
+    env->PopLocalFrame(nullptr);
+    return out;
+}
+
+constexpr const char *SAYS = "()Ljava/lang/String;";
+
+class HostileJava : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        quietRuntime(true);
+        library().responder = [](const Operation &operation) {
+            std::size_t record = operation.arguments.find('[');
+            if (record != std::string::npos) {
+                lastRecord = operation.arguments.substr(record + 1, operation.arguments.find(']') - record - 1);
+            }
+            Answer answer{0, std::string(operation.outSize, '3'), 2};
+            if (operation.name == "SDSendScsiReportLunsCmdiSCSI") {
+                answer.bytes.replace(0, 4, {0, 0, 0, 16});
+            }
+            return answer;
+        };
+    }
+
+    void TearDown() override
+    {
+        quietRuntime(false);
+        library().responder = nullptr;
+    }
+};
+
+TEST_F(HostileJava, callerGetsItsOwnException)
+{
+    EXPECT_EQ(javaSays("HostileJava", "throwing", SAYS), "");
+}
+
+TEST_F(HostileJava, gettersReturnNull)
+{
+    EXPECT_EQ(javaSays("HostileJava", "returningNull", SAYS), "");
+}
+
+TEST_F(HostileJava, arraysOfEveryLength)
+{
+    EXPECT_EQ(javaSays("HostileJava", "arrayLengths", SAYS), "");
+}
+
+TEST_F(HostileJava, textsOfEveryLength)
+{
+    EXPECT_EQ(javaSays("HostileJava", "textLengths", SAYS), "");
+}
+
+// Resident memory of the process in KiB.
+long residentMemory()
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmRSS:")) {
+            return std::strtol(line.c_str() + std::strlen("VmRSS:"), nullptr, 10);
+        }
+    }
+    return 0;
+}
+
+// What adapter dev's library answers: all bytes alike, by the handle. 0 is the handle of an adapter that is not open.
+Answer adapterAnswer(const Operation &operation)
+{
+    if (operation.name == "SDOpenDeviceiSCSI") {
+        return {0, "", handleOf(jint(operation.index))};
+    }
+    for (jint dev = 0; dev < 32; dev++) {
+        if (operation.handle == handleOf(dev)) {
+            bool another = operation.name == "SDSetDDBEntry" && operation.index != SD_UINT32(dev);
+            return {another ? 0xbadU : 0U, std::string(operation.outSize, char('A' + dev)), 5};
+        }
+    }
+    return {operation.handle == 0 ? ScriptedLibrary::FAULT : 0xbad1U, "", {}};
+}
+
+void storm(jint calls)
+{
+    constexpr jint threads = 8;
+    quietRuntime(true);
+    library().responder = adapterAnswer;
+    EXPECT_EQ(javaSays("Storm", "run", "(II)Ljava/lang/String;", threads, calls / threads / 4), "") << "warming up";
+    long before = residentMemory();
+    EXPECT_EQ(javaSays("Storm", "run", "(II)Ljava/lang/String;", threads, calls / threads), "");
+    long after = residentMemory();
+    std::printf("%d calls from %d threads; resident memory before %ld KiB, after %ld KiB\n", calls, threads, before,
+                after);
+#ifndef __SANITIZE_ADDRESS__ // which keeps freed blocks for a while
+    EXPECT_LT(after - before, 12 * 1024) << "memory grows";
+#endif
+    library().responder = nullptr;
+    quietRuntime(false);
+}
+
+TEST(Storm, quick)
+{
+    storm(40'000);
+}
+
+TEST(StormLong, aMillionCalls)
+{
+    storm(1'000'000);
+}
+} // namespace

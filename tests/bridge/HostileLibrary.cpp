@@ -1,0 +1,224 @@
+// A management library that means no good: counts and lengths of every kind, text without an end, pointers that lead
+// nowhere, statuses of every kind and random bytes. Nothing may be read or written beyond a record (the sanitizers
+// watch), nothing may stay borrowed, and what reaches Java is checked where the contract says what it is.
+#include "Transcript.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <set>
+
+namespace
+{
+using Responder = std::function<std::optional<Answer>(const Operation &)>;
+
+// Calls a method, answered by the responder, and checks what holds for every call.
+Outcome hostile(World &world, const Responder &responder, bool recording = false)
+{
+    transcriptOf(world.method.name).prepare(world);
+    library().responder = responder;
+    Outcome outcome = call(world, [&](JniWatch &watch) { watch.recording = recording; });
+    library().responder = nullptr;
+    EXPECT_EQ(outcome.breaches, "");
+    EXPECT_EQ(outcome.loans, 0U);
+    EXPECT_EQ(outcome.heapBlocks, 0);
+    EXPECT_EQ(outcome.createdAlive, 0U);
+    return outcome;
+}
+
+Answer filled(const Operation &operation, char with, std::optional<SD_UINT32> count = {})
+{
+    return {0, std::string(operation.outSize, with), count};
+}
+
+std::size_t callsOf(const Outcome &outcome, const std::string &method)
+{
+    std::size_t count = 0;
+    for (const std::string &event : outcome.events) {
+        count += event.starts_with("call ") && event.find(" " + method + " ") != std::string::npos ? 1 : 0;
+    }
+    return count;
+}
+
+// Every count, at every border: never more than the buffer holds reaches Java, and all of it up to there.
+TEST(HostileLibrary, countsBeyondTheBuffer)
+{
+    struct Row {
+        const char *method, *adder;
+        SD_UINT32 capacity;
+    };
+    for (const Row &row :
+         {Row{"getCHAPTableData", "addCHAPTableEntry", 128}, Row{"getiSNSTargets", "addiSNSTarget", 512},
+          Row{"getiSCSIHBAData", "addDeviceDataBaseEntry", 512}, Row{"getConnectErrorLog", nullptr, 128},
+          Row{"getARPLog", nullptr, 128}}) {
+        for (SD_UINT32 count : {0U, 1U, row.capacity - 1, row.capacity, row.capacity + 1, 30U, 31U, 0x7fffffffU,
+                                0x80000000U, 0xffffffffU}) {
+            SCOPED_TRACE(std::string(row.method) + " with a count of " + std::to_string(count));
+            World world(nativeMethod(row.method));
+            Outcome outcome = hostile(
+                world,
+                [&](const Operation &operation) {
+                    // Entries that point to themselves, nowhere or backwards: the walk has to come to its end.
+                    return filled(operation, '3', operation.count != nullptr ? std::optional(count) : std::nullopt);
+                },
+                true);
+            SD_UINT32 most = std::min(count, row.capacity);
+            if (row.adder != nullptr) {
+                EXPECT_EQ(callsOf(outcome, row.adder), outcome.result == "0" ? most : 0U);
+            } else if (outcome.result == "0") {
+                bool arp = std::string(row.method) == "getARPLog";
+                std::string log = world.get(arp ? "HBA/getARPLogEntries" : "HBA/getConnectErrorLogEntries");
+                std::size_t values = log == "[]" ? 0 : 1 + std::size_t(std::count(log.begin(), log.end(), ' '));
+                EXPECT_EQ(values, most * (arp ? 26U : 11U));
+            }
+            EXPECT_TRUE(count > row.capacity || outcome.result == "0") << outcome.result;
+        }
+    }
+}
+
+// Array writes at their borders: what is handed over, and what is quietly not.
+TEST(HostileLibrary, arraysAtTheirBorders)
+{
+    struct Row {
+        const char *method, *operation;
+        jsize most;
+    };
+    for (const Row &row : {Row{"setDDBsData", "SDSetDDBEntry", 511}, Row{"setCHAPTableData", "SDSetCHAPTable", 127}}) {
+        for (jsize length : {0, 1, row.most, row.most + 1, 5000}) {
+            SCOPED_TRACE(std::string(row.method) + " with " + std::to_string(length) + " elements");
+            World world(nativeMethod(row.method));
+            world.array =
+                world.env->NewObjectArray(length, world.env->FindClass("java/lang/Object"), world.objects[0].second);
+            SD_UINT32 records = 0;
+            jint calls = 0;
+            Outcome outcome = hostile(world, [&](const Operation &operation) {
+                calls++;
+                records = operation.index;
+                return Answer{};
+            });
+            EXPECT_EQ(outcome.result, "0");
+            EXPECT_EQ(outcome.printed, "");
+            bool written = length >= 1 && length <= row.most;
+            bool table = std::string(row.method) == "setCHAPTableData";
+            EXPECT_EQ(calls, written ? (table ? 1 : length) : 0);
+            EXPECT_EQ(table && written ? records : 0U, table && written ? SD_UINT32(length) + 1 : 0U);
+        }
+    }
+}
+
+// The device database walk with pointers of every kind: which slots are read, in which order.
+TEST(HostileLibrary, pointersOfTheDeviceDatabase)
+{
+    for (SD_UINT32 pointer : {0U, 5U, 0x80000000U, 0xffffffffU, 512U, 511U, 300U}) {
+        World world(nativeMethod("getiSCSIHBAData"));
+        std::vector<SD_UINT32> read, expected;
+        hostile(world, [&](const Operation &operation) -> std::optional<Answer> {
+            if (operation.name == "SDGetDDBEntryNum") {
+                return Answer{0, "", 7};
+            } else if (operation.name != "SDGetDDBEntry") {
+                return {};
+            }
+            read.push_back(operation.index);
+            DEVICEENTRYISCSI entry{};
+            entry.DeviceState = operation.index % 100 == 0 ? 1 : 0;
+            entry.NextValid = pointer;
+            return Answer{0, std::string(reinterpret_cast<char *>(&entry), sizeof entry), {}};
+        });
+        for (SD_UINT32 index = 0; index <= 511; index = pointer > index && pointer <= 511 ? pointer : index + 1) {
+            expected.push_back(index);
+        }
+        EXPECT_EQ(read, expected) << "all entries point to " << pointer;
+    }
+}
+
+// The LUN list: every length from 0 to 2100, the same in both responses and grown from a short one.
+TEST(HostileLibrary, everyLengthOfTheLunList)
+{
+    for (bool grown : {false, true}) {
+        for (SD_UINT32 length = 0; length <= 2100; length++) {
+            World world(nativeMethod("getScsiReportLUNsData"));
+            int commands = 0;
+            Outcome outcome = hostile(world, [&](const Operation &operation) {
+                commands++;
+                SD_UINT32 said = grown && commands == 1 ? 16 : length;
+                EXPECT_EQ(operation.outSize, commands == 1 || grown || length <= 264 ? 264U : 2048U);
+                std::string bytes = {0, 0, char(said >> 8), char(said), 1, 2, 3, 4};
+                for (SD_UINT32 i = 0; bytes.size() < operation.outSize; i++) {
+                    SD_UINT32 lun = 0x4000 + 3 * i;
+                    bytes += {char(lun >> 8), char(lun), 9, 8, 7, 6, 5, 4};
+                }
+                return Answer{0, bytes, {}};
+            });
+            SCOPED_TRACE("length " + std::to_string(length) + (grown ? " grown from 16" : ""));
+            EXPECT_EQ(commands, 2);
+            std::string expected = "[";
+            SD_UINT32 held = grown || length <= 264 ? 32 : 255; // whole entries that the area holds
+            for (SD_UINT32 i = 0; i < held && (8 * i < length) && length <= 2048; i++) {
+                expected += (i > 0 ? ", " : "") + std::to_string(0x4000 + 3 * i);
+            }
+            expected = length == 0 ? "[0]" : expected + "]";
+            EXPECT_EQ(world.get("Target/getLUNs"), expected);
+            EXPECT_EQ(outcome.result, length > 2048 ? "20000075" : "0");
+            if (HasFailure()) {
+                return;
+            }
+        }
+    }
+}
+
+// Statuses of every kind from every operation: a status method hands them on or says what its contract says.
+TEST(HostileLibrary, statusesOfEveryKind)
+{
+    for (const NativeMethod &method : nativeMethods()) {
+        for (SD_UINT32 status :
+             {1U, 0x1001U, 0x2000001cU, 0x2000002dU, 0x20000072U, 0x20000077U, 0x7fffffffU, 0x80000000U, 0xffffffffU}) {
+            World world(method);
+            Outcome outcome = hostile(world, [&](const Operation &operation) {
+                Answer answer = filled(operation, '5');
+                answer.status = status;
+                return answer;
+            });
+            static const std::set<std::string> others{"done", "false", "null", "0", "1003"};
+            EXPECT_TRUE(outcome.result == hex(status) || others.contains(outcome.result) || outcome.result[0] == '"'
+                        || (method.name == std::string("getScsiReportLUNsData") && outcome.result == "20000075"))
+                << method.name << " " << hex(status) << ": " << outcome.result;
+        }
+    }
+}
+
+// Random bytes in every record, random counts and statuses, seeded. TAVO_RANDOM_ROUNDS and TAVO_RANDOM_SEED choose
+// others.
+TEST(HostileLibrary, randomRecords)
+{
+    const char *rounds = std::getenv("TAVO_RANDOM_ROUNDS");
+    const char *given = std::getenv("TAVO_RANDOM_SEED");
+    unsigned seed = given != nullptr ? unsigned(std::strtoul(given, nullptr, 0)) : 20240917U;
+    std::printf("random records: seed %u\n", seed);
+    std::mt19937 random(seed);
+    long calls = 0;
+    for (long round = rounds != nullptr ? std::atol(rounds) : 40; round > 0; round--) {
+        for (const NativeMethod &method : nativeMethods()) {
+            World world(method);
+            hostile(world, [&](const Operation &operation) {
+                Answer answer;
+                answer.status = random() % 8 == 0 ? SD_UINT32(random()) : 0;
+                answer.bytes.resize(operation.outSize);
+                unsigned mask = random() % 2 == 0 ? 0x7fU : 0xffU; // no UTF-8 in half of the records
+                for (char &byte : answer.bytes) {
+                    byte = char(random() & mask);
+                }
+                answer.count = random() % 2 == 0 ? SD_UINT32(random()) : SD_UINT32(random() % 600);
+                return answer;
+            });
+            calls++;
+        }
+        if (HasFailure()) {
+            FAIL() << "seed " << seed << ", round " << round << " from the end";
+        }
+    }
+    EXPECT_GE(calls, 39);
+}
+} // namespace
