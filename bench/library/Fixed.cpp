@@ -1,0 +1,196 @@
+// A management library whose answers are constant and cost next to nothing: what is measured above it is the way from
+// the record to the Java object and back. Values differ from field to field and from entry to entry, so that a peer
+// that mixes two of them up is found out before anything is timed.
+
+#include "Fixed.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+
+namespace
+{
+
+constexpr SDMGT_HANDLE HANDLE = 0x51;
+
+struct Answers {
+    HBAISCSIPORTAL portal{};
+    INITFWISCSI firmware{};
+    HBAPORTSTATISCSI statistics{};
+    CONNERRTABLE log[LOG_CAPACITY]{};
+    DEVICEENTRYISCSI entries[DDB_SLOTS]{};
+    DEVICEENTRYISCSI written[DDB_SLOTS]{};
+    SD_UINT32 entryCount = DDB_SLOTS;
+};
+
+// Fills a record, or an array of records, with bytes of which no short run comes twice soon.
+void fillBytes(void *record, std::size_t size, SD_UINT32 seed)
+{
+    auto *bytes = static_cast<SD_UINT8 *>(record);
+    SD_UINT32 state = seed * 2654435761U + 12345;
+    for (std::size_t i = 0; i < size; i++) {
+        state = state * 1664525U + 1013904223U;
+        bytes[i] = static_cast<SD_UINT8>(state >> 24);
+    }
+}
+
+template <std::size_t N>
+void putText(SD_UINT8 (&field)[N], const char *format, SD_UINT32 number = 0)
+{
+    std::memset(field, 0, N);
+    std::snprintf(reinterpret_cast<char *>(field), N, format, number);
+}
+
+void putAddress(ISCSIIPADDR &address, SD_UINT32 number)
+{
+    address = {};
+    const SD_UINT32 ipv4 = 0x0A010203U + number;
+    for (int i = 0; i < 4; i++) {
+        address.IPAddress[i] = static_cast<SD_UINT8>(ipv4 >> (24 - 8 * i));
+    }
+}
+
+Answers &answers()
+{
+    static Answers all = [] {
+        Answers made;
+        fillBytes(&made.portal, sizeof made.portal, 1);
+        putText(made.portal.SerialNum, "TV%09u", 271828);
+        putText(made.portal.Manufacturer, "Varden Systems");
+        putText(made.portal.Model, "Tavo 4010");
+        putText(made.portal.DriverVersion, "5.01.03.2-fixed");
+        putText(made.portal.FWVersion, "3.00.01.53");
+        putText(made.portal.OptRomVersion, "1.13");
+        fillBytes(&made.firmware, sizeof made.firmware, 2);
+        putAddress(made.firmware.IPAddr, 1);
+        putAddress(made.firmware.Gateway, 2);
+        putAddress(made.firmware.SubnetMask, 3);
+        putAddress(made.firmware.PrimaryDNS.IPAddr, 4);
+        putAddress(made.firmware.SLPDAAddr, 5);
+        putText(made.firmware.DeviceInfo.targetAddr, "10.1.2.200");
+        fillBytes(&made.statistics, sizeof made.statistics, 3);
+        fillBytes(made.log, sizeof made.log, 4);
+        for (SD_UINT32 i = 0; i < DDB_SLOTS; i++) {
+            DEVICEENTRYISCSI &entry = made.entries[i];
+            fillBytes(&entry, sizeof entry, 100 + i);
+            putAddress(entry.EntryInfo.IPAddr, 1000 + i);
+            putText(entry.EntryInfo.iSCSIName, "iqn.2004-08.com.varden:array.lun%03u", i);
+            putText(entry.EntryInfo.Alias, "array %u", i);
+            putText(entry.DeviceInfo.targetAddr, "10.1.6.%u", i % 256);
+            entry.TargetID = i;
+            entry.DeviceState = 4;
+            entry.NextValid = i + 1;
+        }
+        return made;
+    }();
+    return all;
+}
+
+template <typename Record>
+SD_UINT32 answer(SDMGT_HANDLE handle, Record *record, const Record &value)
+{
+    if (handle != HANDLE) {
+        return ERR_INVALID_HANDLE;
+    }
+    *record = value;
+    return 0;
+}
+
+} // namespace
+
+extern "C" {
+
+void fixedSetEntryCount(SD_UINT32 count)
+{
+    answers().entryCount = count;
+}
+
+const DEVICEENTRYISCSI *fixedWritten()
+{
+    return answers().written;
+}
+
+void fixedForgetWritten()
+{
+    std::memset(answers().written, 0, sizeof answers().written);
+}
+
+SD_UINT32 SDOpenDeviceiSCSI(SD_UINT32, SDMGT_HANDLE *handle)
+{
+    *handle = HANDLE;
+    answers();
+    return 0;
+}
+
+SD_UINT32 SDGetHbaDevicePortalPropertyiSCSI(SDMGT_HANDLE handle, SD_UINT32, HBAISCSIPORTAL *portal)
+{
+    return answer(handle, portal, answers().portal);
+}
+
+SD_UINT32 SDGetDDBEntryNum(SDMGT_HANDLE handle, SD_UINT32 *count)
+{
+    return answer(handle, count, answers().entryCount);
+}
+
+SD_UINT32 SDGetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index)
+{
+    return index < answers().entryCount ? answer(handle, entry, answers().entries[index]) : ERR_NO_SUCH_ENTRY;
+}
+
+SD_UINT32 SDSetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index)
+{
+    return index < DDB_SLOTS ? answer(handle, &answers().written[index], *entry) : ERR_NO_SUCH_ENTRY;
+}
+
+SD_UINT32 SDGetInitFW(SDMGT_HANDLE handle, INITFWISCSI *block)
+{
+    return answer(handle, block, answers().firmware);
+}
+
+SD_UINT32 SDGetStatisticsiSCSI(SDMGT_HANDLE handle, HBAPORTSTATISCSI *statistics)
+{
+    return answer(handle, statistics, answers().statistics);
+}
+
+SD_UINT32 SDGetLogs(SDMGT_HANDLE handle, SD_UINT32, SD_UINT32 *count, void *entries)
+{
+    if (handle != HANDLE) {
+        return ERR_INVALID_HANDLE;
+    }
+    std::memcpy(entries, answers().log, sizeof answers().log);
+    *count = LOG_CAPACITY;
+    return 0;
+}
+
+// The operations that nothing here uses; the bridge is bound to all of them when it is loaded.
+// clang-format off
+SD_UINT32 SDCloseDeviceiSCSI(SDMGT_HANDLE) { return 0; }
+SD_UINT32 SDGetVersioniSCSI(char *, SD_UINT32) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDEnableDebugTraceiSCSI(SDMGT_HANDLE *, const char *, SD_UINT32) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetHbaDeviceNodePropertyiSCSI(SDMGT_HANDLE, HBAISCSINODE *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetHbaDeviceDriverPropertyiSCSI(SDMGT_HANDLE, DRIVERINFO *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetHbaDeviceChipPropertyiSCSI(SDMGT_HANDLE, CHIPINFO *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetDefaultDDBEntry(SDMGT_HANDLE, DEVICEENTRYISCSI *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetInitialDDBEntry(SDMGT_HANDLE, DEVICEENTRYISCSI *, SD_UINT32) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDSendiSCSILogout(SDMGT_HANDLE, LOGOUTISCSI *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetDiscPortalPropertyiSCSI(SDMGT_HANDLE, SD_UINT32, SD_UINT32, SD_UINT32, DISCISCSIPORTAL *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetDiscNodePropertyiSCSI(SDMGT_HANDLE, SD_UINT32, SD_UINT32, SD_UINT32, DISCISCSINODE *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDSetInitFW(SDMGT_HANDLE, INITFWISCSI *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetFWDefaults(SDMGT_HANDLE, INITFWISCSI *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDSetFWDefaults(SDMGT_HANDLE, INITFWISCSI *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDUpdateiSCSIFW(SDMGT_HANDLE, const char *, SD_UINT32) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDResetHBA(SDMGT_HANDLE, HBARESET *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDResetStatisticsiSCSI(SDMGT_HANDLE, SD_UINT32) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetCrashRecord(SDMGT_HANDLE, const char *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDDiagPing(SDMGT_HANDLE, PING *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDSendScsiReportLunsCmdiSCSI(SDMGT_HANDLE, TARGETINFORMATION *, void *, SD_UINT32, void *, SD_UINT32) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDSendScsiInquiryCmdiSCSI(SDMGT_HANDLE, TARGETINFORMATION *, void *, SD_UINT32, void *, SD_UINT32) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDSendScsiReadCapacityCmdiSCSI(SDMGT_HANDLE, TARGETINFORMATION *, READ_CAPACITY_DATA *, SD_UINT32, void *, SD_UINT32) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetCHAPEntryNum(SDMGT_HANDLE, SD_UINT32 *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetCHAPTable(SDMGT_HANDLE, CHAPTABLE *, SD_UINT32 *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDSetCHAPTable(SDMGT_HANDLE, CHAPTABLE *, SD_UINT32 *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGet_iSNSDiscoveryConfig(SDMGT_HANDLE, SDM_ISNS_CONFIG *) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDSet_iSNSDiscoveryConfig(SDMGT_HANDLE, SDM_ISNS_CONFIG) { return ERR_NOT_SUPPORTED; }
+SD_UINT32 SDGetAlliSNSDiscoveredTargets(SDMGT_HANDLE, SD_UINT32 *, SDM_ISNS_DISCOVERED_TARGET *, SD_UINT32) { return ERR_NOT_SUPPORTED; }
+// clang-format on
+}
