@@ -85,30 +85,30 @@ constexpr std::array<AdapterModel, 4> MODELS{{
 
 // An entry of the factory's device database.
 struct FactoryTarget {
-    SD_UINT32 index;
+    SD_UINT16 index;
+    SD_UINT16 chapIndex;
     const char *label; // null stands for the longest name
     const char *address;
     const char *alias;
-    SD_UINT16 chapIndex;
 };
 
 constexpr FactoryTarget IPV4_TARGETS[] = {
-    {0, "array1.boot", "10.20.0.11", "boot disk", 0},
-    {1, "array1.data", "10.20.0.11", "data disks", 1},
-    {5, "array2.many", "10.20.0.12", "forty disks", 2},
-    {6, "array2.sparse", "10.20.0.12", "disks with flat addresses", 0},
-    {17, "array2.farm", "10.20.0.12", "three hundred disks", 2},
-    {42, "array3.empty", "10.20.0.13", "nothing behind it", 0},
-    {100, "array4.offline", "10.20.0.14", "switched off", 0},
-    {511, nullptr, "10.20.0.13", "an alias of thirty-two characters", 3},
+    {0, 0, "array1.boot", "10.20.0.11", "boot disk"},
+    {1, 1, "array1.data", "10.20.0.11", "data disks"},
+    {5, 2, "array2.many", "10.20.0.12", "forty disks"},
+    {6, 0, "array2.sparse", "10.20.0.12", "disks with flat addresses"},
+    {17, 2, "array2.farm", "10.20.0.12", "three hundred disks"},
+    {42, 0, "array3.empty", "10.20.0.13", "nothing behind it"},
+    {100, 0, "array4.offline", "10.20.0.14", "switched off"},
+    {511, 3, nullptr, "10.20.0.13", "an alias of thirty-two characters"},
 };
 
 constexpr FactoryTarget IPV6_TARGETS[] = {
-    {2, "array6.boot", "fd00:20::11", "boot disk", 0},
-    {3, "array6.data", "fd00:20::11", "data disks", 1},
-    {64, "array6.worn", "fd00:20::12", "recovered errors", 0},
-    {65, "array6.slow", "fd00:20::12", "a slow disk", 1},
-    {300, "array6.retired", "fd00:20::12", "no longer there", 0},
+    {2, 0, "array6.boot", "fd00:20::11", "boot disk"},
+    {3, 1, "array6.data", "fd00:20::11", "data disks"},
+    {64, 0, "array6.worn", "fd00:20::12", "recovered errors"},
+    {65, 1, "array6.slow", "fd00:20::12", "a slow disk"},
+    {300, 0, "array6.retired", "fd00:20::12", "no longer there"},
 };
 
 ISCSIDEVICE sessionParameters(const AdapterModel &model)
@@ -286,7 +286,7 @@ Activity factoryActivity(const AdapterModel &model)
 {
     Activity activity;
     HBAPORTSTATISCSI &counters = activity.statistics;
-    const SD_UINT64 pdus = 1000 * (model.index + 1);
+    const SD_UINT64 pdus = 1000 * (SD_UINT64{model.index} + 1);
     if (model.index == BARE_ADAPTER) {
         return activity;
     }

@@ -47,7 +47,7 @@ std::string folderOf(const std::string &path)
 
 void say(const std::string &line)
 {
-    std::fprintf(stderr, "libvdsdm: %s\n", line.c_str());
+    (void)std::fprintf(stderr, "libvdsdm: %s\n", line.c_str());
 }
 
 bool sameTime(const timespec &one, const timespec &other)

@@ -32,14 +32,14 @@ SD_UINT32 SDGetAlliSNSDiscoveredTargets(SDMGT_HANDLE handle, SD_UINT32 *count, S
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(count);
-        const SD_UINT32 room = size / sizeof(SDM_ISNS_DISCOVERED_TARGET);
+        const std::size_t room = size / sizeof(SDM_ISNS_DISCOVERED_TARGET);
         require(targets != nullptr || room == 0, ERR_INVALID_PARAMETER);
         require(adapter.model.isnsSupported, ERR_ISNS_NOT_SUPPORTED);
         const SDM_ISNS_CONFIG config = adapter.settings.read()->isns;
         require(config.performiSNSDiscovery != 0, ERR_NOT_SUPPORTED);
         const auto found = queryIsns(adapter, config.ipAddr);
         require(found.has_value(), ERR_UNREACHABLE);
-        std::copy_n(found->begin(), std::min<std::size_t>(room, found->size()), targets);
+        std::copy_n(found->begin(), std::min(room, found->size()), targets);
         *count = static_cast<SD_UINT32>(found->size());
         require(found->size() <= room, ERR_BUFFER_TOO_SMALL);
     });

@@ -10,7 +10,6 @@
 #include <atomic>
 #include <cerrno>
 #include <climits>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -43,7 +42,7 @@ std::string imageVersion(const Bytes &image)
     const std::string_view text(reinterpret_cast<const char *>(image.data()), image.size());
     if (!text.starts_with(mark)) {
         char version[24];
-        std::snprintf(version, sizeof version, "image-%08x", static_cast<unsigned>(checksum(image)));
+        (void)std::snprintf(version, sizeof version, "image-%08x", static_cast<unsigned>(checksum(image)));
         return version;
     }
     const std::string_view version = text.substr(mark.size(), text.find('\n') - mark.size());
@@ -54,21 +53,6 @@ std::string imageVersion(const Bytes &image)
     return std::string(version);
 }
 
-// Lines of text.
-struct Report {
-    std::string text;
-
-    [[gnu::format(printf, 2, 3)]] void line(const char *format, ...)
-    {
-        char buffer[600];
-        va_list arguments;
-        va_start(arguments, format);
-        std::vsnprintf(buffer, sizeof buffer, format, arguments);
-        va_end(arguments);
-        text.append(buffer).append("\n");
-    }
-};
-
 // Names and secrets of the CHAP table do not belong here.
 std::string crashReport(Adapter &adapter)
 {
@@ -78,36 +62,41 @@ std::string crashReport(Adapter &adapter)
     const std::time_t now = std::time(nullptr);
     std::tm clock{};
     gmtime_r(&now, &clock);
-    char when[32];
-    std::strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%SZ", &clock);
 
-    Report report;
-    report.line("Tavo adapter crash record");
-    report.line("written: %s", when);
-    report.line("adapter: %u %s", static_cast<unsigned>(model.index), model.deviceName);
-    report.line("model: %s", model.model);
-    report.line("serial number: %s", model.serialNumber);
-    report.line("firmware: %s", getText(settings->versions.firmware).c_str());
-    report.line("firmware after the next reset: %s", getText(settings->versions.nextFirmware).c_str());
-    report.line("address: %s", toText(settings->block.IPAddr).c_str());
-    report.line("link: %s", model.linkUp ? "up" : "down");
-    report.line("CHAP entries: %zu", settings->chap.size());
-    report.line("commands completed: %llu",
-                static_cast<unsigned long long>(activity->statistics.iSCSICompleteIOsCount));
-    report.line("device database entries: %zu", settings->entries.size());
+    char when[32];
+    (void)std::strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%SZ", &clock);
+
+    std::string report = "Tavo adapter crash record\n";
+    const auto line = [&](std::string_view label, const std::string &value) {
+        report.append(label).append(": ").append(value).append("\n");
+    };
+    line("written", when);
+    line("adapter", std::to_string(model.index) + " " + model.deviceName);
+    line("model", model.model);
+    line("serial number", model.serialNumber);
+    line("firmware", getText(settings->versions.firmware));
+    line("firmware after the next reset", getText(settings->versions.nextFirmware));
+    line("address", toText(settings->block.IPAddr));
+    line("link", model.linkUp ? "up" : "down");
+    line("CHAP entries", std::to_string(settings->chap.size()));
+    line("commands completed", std::to_string(activity->statistics.iSCSICompleteIOsCount));
+    line("device database entries", std::to_string(settings->entries.size()));
     for (const DEVICEENTRYISCSI &entry : settings->entries) {
-        report.line("  %u state %u %s %s", static_cast<unsigned>(entry.TargetID),
-                    static_cast<unsigned>(entry.DeviceState), toText(addressOf(entry).address).c_str(),
-                    getText(entry.EntryInfo.iSCSIName).c_str());
+        line("  " + std::to_string(entry.TargetID), "state " + std::to_string(entry.DeviceState) + " "
+                                                        + toText(addressOf(entry).address) + " "
+                                                        + getText(entry.EntryInfo.iSCSIName));
     }
-    report.line("connection errors: %zu", activity->errors.size());
+    line("connection errors", std::to_string(activity->errors.size()));
     for (const CONNERRTABLE &error : activity->errors) {
-        report.line("  %u.%03u target %u state %u type %u error %u detail 0x%04x again %u",
-                    static_cast<unsigned>(error.timeStamp.seconds), static_cast<unsigned>(error.timeStamp.milliseconds),
-                    error.deviceIndex, error.connState, error.entryType, error.errorType, error.errorDetail,
-                    error.dupErrorCnt);
+        char text[120];
+        (void)std::snprintf(text, sizeof text, "target %u state %u type %u error %u detail 0x%04x again %u",
+                            error.deviceIndex, error.connState, error.entryType, error.errorType, error.errorDetail,
+                            error.dupErrorCnt);
+        line("  " + std::to_string(error.timeStamp.seconds) + " s " + std::to_string(error.timeStamp.milliseconds)
+                 + " ms",
+             text);
     }
-    return report.text;
+    return report;
 }
 
 // Writes a file whole or not at all. What is there and is no ordinary file (a device, a folder) is left alone.

@@ -91,7 +91,7 @@ void trace(const char *operation, SDMGT_HANDLE handle, SD_UINT32 status) noexcep
             writeAll(state.traceFile.number(),
                      {reinterpret_cast<const SD_UINT8 *>(line), static_cast<std::size_t>(length)});
         }
-    } catch (const std::exception &) {
+    } catch (...) {
         // Without its lock the trace loses the line; the operation itself is not concerned.
         return;
     }
@@ -137,7 +137,7 @@ SD_UINT32 SDGetVersioniSCSI(char *versionText, SD_UINT32 size)
     const SD_UINT32 status = statusOf([&] {
         requirePointers(versionText);
         require(size != 0, ERR_INVALID_PARAMETER);
-        std::snprintf(versionText, size, "Tavo software adapter %s", TAVO_VERSION);
+        (void)std::snprintf(versionText, size, "Tavo software adapter %s", TAVO_VERSION);
     });
     trace(__func__, 0, status);
     return status;

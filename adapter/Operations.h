@@ -6,9 +6,7 @@
 #include "Contract.h"
 #include "Failure.h"
 
-#include <exception>
 #include <memory>
-#include <new>
 
 // The adapter behind an open handle. Throws ERR_INVALID_HANDLE.
 std::shared_ptr<Adapter> adapterOf(SDMGT_HANDLE handle);
@@ -18,21 +16,21 @@ void trace(const char *operation, SDMGT_HANDLE handle, SD_UINT32 status) noexcep
 
 // Runs work and turns what it throws into a status.
 template <class Work>
-SD_UINT32 statusOf(Work &&work) noexcept
+SD_UINT32 statusOf(Work &&work)
 {
     try {
         work();
         return 0;
     } catch (const Failure &failure) {
         return failure.status;
-    } catch (const std::exception &) {
+    } catch (...) {
         return ERR_NO_MEMORY; // what the library itself can still meet: no memory, or no lock for want of it
     }
 }
 
 // An operation on an open adapter.
 template <class Work>
-SD_UINT32 operate(const char *operation, SDMGT_HANDLE handle, Work &&work) noexcept
+SD_UINT32 operate(const char *operation, SDMGT_HANDLE handle, Work &&work)
 {
     const SD_UINT32 status = statusOf([&] { work(*adapterOf(handle)); });
     trace(operation, handle, status);

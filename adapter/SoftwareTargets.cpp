@@ -72,7 +72,7 @@ ISCSIIPADDR numberedAddress(const char *prefix, SD_UINT32 disk)
 std::string numberedLabel(const char *prefix, SD_UINT32 disk)
 {
     char label[40];
-    std::snprintf(label, sizeof label, "%s%04u", prefix, static_cast<unsigned>(disk));
+    (void)std::snprintf(label, sizeof label, "%s%04u", prefix, static_cast<unsigned>(disk));
     return label;
 }
 
@@ -228,15 +228,16 @@ CommandResult inquiry(const Unit *unit, const std::string &name, std::span<const
     data[4] = size - 5;                                 // bytes that follow this one
     data[7] = 0x02;                                     // command queuing
     char text[45];
-    std::snprintf(text, sizeof text, "%-8.8s%-16.16s%-4.4s%08X", "VARDEN",
-                  unit == nullptr          ? ""
-                  : unit->blockSize == 512 ? "TAVO DISK 512"
-                                           : "TAVO DISK 4096",
-                  "0104",
-                  unit == nullptr ? 0U
-                                  : static_cast<unsigned>(
-                                      checksum(std::span(reinterpret_cast<const SD_UINT8 *>(name.data()), name.size()))
-                                      + unit->lun));
+    (void)std::snprintf(
+        text, sizeof text, "%-8.8s%-16.16s%-4.4s%08X", "VARDEN",
+        unit == nullptr          ? ""
+        : unit->blockSize == 512 ? "TAVO DISK 512"
+                                 : "TAVO DISK 4096",
+        "0104",
+        unit == nullptr
+            ? 0U
+            : static_cast<unsigned>(checksum(std::span(reinterpret_cast<const SD_UINT8 *>(name.data()), name.size()))
+                                    + unit->lun));
     std::copy_n(text, 36, data.begin() + 8);
     const SD_UINT16 standards[] = {0x00A0, 0x0960, 0x0460, 0x04C0}; // SAM-5, iSCSI, SPC-4, SBC-3
     for (std::size_t standard = 0; standard < std::size(standards); ++standard) {
@@ -401,7 +402,7 @@ ISCSIIPADDR shelfAddress(SD_UINT32 disk)
 ISCSIIPADDR shelfAddress6(SD_UINT32 disk)
 {
     char text[24];
-    std::snprintf(text, sizeof text, "fd00:24::%x", static_cast<unsigned>(disk + 1));
+    (void)std::snprintf(text, sizeof text, "fd00:24::%x", static_cast<unsigned>(disk + 1));
     return makeAddress(text);
 }
 

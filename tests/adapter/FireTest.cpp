@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
@@ -19,7 +20,7 @@ using Fire = AdapterTest;
 int rounds(int usual)
 {
     const char *text = std::getenv("TAVO_ROUNDS");
-    return text == nullptr ? usual : std::atoi(text);
+    return text == nullptr ? usual : std::stoi(text);
 }
 
 // Write number n: an even number replaces the CHAP table, an odd one writes an entry. Everything written follows from
@@ -81,8 +82,11 @@ bool holds(SDMGT_HANDLE handle, SD_UINT32 n)
     std::vector<CHAPTABLE> table(CHAP_CAPACITY);
     count = CHAP_CAPACITY;
     const auto expected = lastTable == 0 ? std::vector<CHAPTABLE>() : tableOf(lastTable);
-    return SDGetCHAPTable(handle, table.data(), &count) == 0 && count == expected.size()
-           && std::memcmp(table.data(), expected.data(), count * sizeof(CHAPTABLE)) == 0;
+    const auto sameRecord = [](const CHAPTABLE &one, const CHAPTABLE &other) {
+        return std::memcmp(&one, &other, sizeof one) == 0;
+    };
+    return SDGetCHAPTable(handle, table.data(), &count) == 0
+           && std::equal(expected.begin(), expected.end(), table.begin(), table.begin() + count, sameRecord);
 }
 
 TEST_F(Fire, KilledWritersLoseNothingButTheWriteUnderWay)
@@ -93,12 +97,12 @@ TEST_F(Fire, KilledWritersLoseNothingButTheWriteUnderWay)
         mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     ASSERT_NE(done, MAP_FAILED);
     std::mt19937 random(20040719);
-    int completed = 0;
     int middle = 0;
     SD_UINT32 reached = 0;
     const SDMGT_HANDLE handle = open(3);
     for (int round = 0; round < kills; ++round) {
         *done = reached;
+        (void)std::fflush(stdout);
         const pid_t writer = fork();
         if (writer == 0) {
             SDMGT_HANDLE own = 0;
@@ -110,9 +114,13 @@ TEST_F(Fire, KilledWritersLoseNothingButTheWriteUnderWay)
                 *done = n;
             }
         }
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 30000));
-        ASSERT_EQ(kill(writer, SIGKILL), 0);
         int status = 0;
+        while (*done == reached) { // the first write of the round is not disturbed, so that every round gets on
+            ASSERT_EQ(waitpid(writer, &status, WNOHANG), 0) << "the writer gave up by itself";
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 20000));
+        ASSERT_EQ(kill(writer, SIGKILL), 0);
         ASSERT_EQ(waitpid(writer, &status, 0), writer);
         ASSERT_TRUE(WIFSIGNALED(status)) << "the writer gave up by itself";
         const SD_UINT32 last = *done;
@@ -120,12 +128,10 @@ TEST_F(Fire, KilledWritersLoseNothingButTheWriteUnderWay)
         ASSERT_TRUE(before || holds(handle, last + 1)) << "after kill " << round << ", write " << last;
         middle += std::filesystem::exists(flash(3).string() + ".new") ? 1 : 0;
         reached = before ? last : last + 1;
-        completed = static_cast<int>(reached);
     }
     ASSERT_EQ(write(handle, reached + 1), 0U);
     EXPECT_TRUE(holds(handle, reached + 1));
-    std::printf("%d writers killed, %d with a file half-way, %d writes, none lost\n", kills, middle, completed);
-    EXPECT_GT(completed, kills) << "too slow to say anything";
+    (void)std::printf("%d writers killed, %d with a file half-way, %u writes, none lost\n", kills, middle, reached);
     munmap(done, 4096);
 }
 
@@ -135,6 +141,7 @@ TEST_F(Fire, EightProcessesLoseNoRecord)
     const auto writes = static_cast<SD_UINT32>(rounds(12));
     ASSERT_LE(writes * processes, DDB_SLOTS);
     std::vector<pid_t> children;
+    (void)std::fflush(stdout);
     for (SD_UINT32 process = 0; process < processes; ++process) {
         children.push_back(fork());
         if (children.back() == 0) {
@@ -164,7 +171,7 @@ TEST_F(Fire, EightProcessesLoseNoRecord)
     }
     // Each write tried to log in without a link: all of these are counted too.
     EXPECT_EQ(statistics(handle).TCPTimerExpiredCount, writes * processes);
-    std::printf("%u processes, %u writes each, none lost\n", processes, writes);
+    (void)std::printf("%u processes, %u writes each, none lost\n", processes, writes);
 }
 
 TEST_F(Fire, EightThreadsKeepTheirRecords)

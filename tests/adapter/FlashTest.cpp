@@ -147,7 +147,7 @@ TEST_F(FlashFileTest, FullDiskLeavesTheOldSettings)
         EXPECT_EQ(entryAt(handle, 33).DeviceState, 0U) << "what could not be written is not shown either";
         EXPECT_FALSE(std::filesystem::exists(flash(0).string() + ".new"));
     }
-    std::signal(SIGXFSZ, handler);
+    EXPECT_NE(std::signal(SIGXFSZ, handler), SIG_ERR);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("cannot write " + flash(0).string()), std::string::npos);
     EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U) << "with room again the write succeeds";
 }

@@ -144,7 +144,8 @@ TEST_F(Operations, TraceNamesEveryOperation)
     };
     for (const auto &[name, values] : calls) {
         ASSERT_TRUE(std::getline(lines, line)) << name;
-        std::snprintf(expected, sizeof expected, " %s handle=%08x status=%08x", name, values.first, values.second);
+        (void)std::snprintf(expected, sizeof expected, " %s handle=%08x status=%08x", name, values.first,
+                            values.second);
         EXPECT_TRUE(line.ends_with(expected)) << line;
     }
     EXPECT_FALSE(std::getline(lines, line)) << line;
