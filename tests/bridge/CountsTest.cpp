@@ -1,4 +1,4 @@
-// What a call costs, exactly: the table golden/counts.txt, and the live local references of tables of every size.
+// What a call costs, exactly: the table golden/counts.table, and the live local references of tables of every size.
 #include "Transcript.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@ namespace
 // METHOD lookups calls classes objects strings arrays deleted peak
 TEST(Counts, areThoseOfTheTable)
 {
-    std::ifstream in(goldenFile("counts.txt"));
+    std::ifstream in(goldenFile("counts.table"));
     std::set<std::string> rows;
     for (std::string line; std::getline(in, line);) {
         std::istringstream words(line);

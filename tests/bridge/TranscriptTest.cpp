@@ -186,7 +186,7 @@ TEST(Transcripts, areComplete)
 //   METHOD dev N nulls MASK => RESULT "TEXT" EVENTS
 TEST(Checks, comeInOrder)
 {
-    std::ifstream in(goldenFile("checks.txt"));
+    std::ifstream in(goldenFile("checks.table"));
     int rows = 0;
     for (std::string line; std::getline(in, line);) {
         std::istringstream words(line);

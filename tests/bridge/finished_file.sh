@@ -13,8 +13,7 @@ fail() {
 # Compares two lists, one word a line, and tells what is missing and what is too much.
 same() {
   local what=$1 expected=$2 actual=$3 difference
-  difference=$(diff <(sort <<<"$expected") <(sort <<<"$actual") | grep '^[<>]' | sed 's/^</missing:/; s/^>/too much:/') ||
-    true
+  difference=$(diff <(sort <<<"$expected") <(sort <<<"$actual") | sed -n 's/^</missing:/p; s/^>/too much:/p') || true
   [ -z "$difference" ] || fail "$what: $(tr '\n' ' ' <<<"$difference")"
 }
 

@@ -4,8 +4,8 @@ import java.util.SplittableRandom;
 import java.util.concurrent.atomic.AtomicReference;
 
 /**
- * Many threads, mixed methods, the same and different adapters, opened and closed meanwhile. The library answers for each
- * adapter with bytes of its own, and with NOT_OPEN for one that is not open.
+ * Many threads, mixed methods, the same and different adapters, opened and closed meanwhile. The library answers for
+ * each adapter with bytes of its own, and with NOT_OPEN for one that is not open.
  */
 final class Storm {
     private static final int NOT_OPEN = 0x20000101;
@@ -95,7 +95,8 @@ final class Storm {
             }
             case 8 -> {
                 status = Calls.getARPLog(dev, hba);
-                right = status != 0 || hba.getARPLogEntries().length == 130 && hba.getARPLogEntries()[129] == 0x41 + dev;
+                long[] log = status != 0 ? null : hba.getARPLogEntries();
+                right = status != 0 || log.length == 130 && log[129] == 0x41 + dev;
             }
             default -> {
                 status = Calls.getiSCSIHBAData(dev, hba);
