@@ -53,5 +53,8 @@ public final class TerminalTest {
         tool.run("export 2 large.json").expect(0);
         String shown = converse(0, "import 2 large.json --yes");
         Check.that(shown, shown.contains("targets written: 32 of 512") && shown.contains("512 of 512"));
+        tool.writeSampleFiles();
+        shown = converse(0, "firmware update 0 image.bin --yes");
+        Check.that(shown, shown.contains("writing the image: 0 s"));
     }
 }

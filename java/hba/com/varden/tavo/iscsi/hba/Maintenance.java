@@ -49,11 +49,10 @@ final class Maintenance {
 
         @Override
         int run(Adapter adapter) throws IOException {
-            // The image travels in one call that tells nothing until it is done.
-            Terminal.progress("images written", 0, 1);
-            adapter.check("the firmware update", adapter.api.iSCSIUpdateFW(
-                adapter.dev, file.getPath(), (short) (type.getValue() == null ? 0 : number(type))));
-            Terminal.progress("images written", 1, 1);
+            short imageType = (short) (type.getValue() == null ? 0 : number(type));
+            boolean written = Terminal.during("writing the image",
+                () -> adapter.api.iSCSIUpdateFW(adapter.dev, file.getPath(), imageType));
+            adapter.check("the firmware update", written);
             done("The firmware image of adapter " + adapter.dev + " was written.");
             return DONE;
         }

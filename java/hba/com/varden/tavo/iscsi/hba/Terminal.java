@@ -8,6 +8,7 @@ import java.io.IOException;
 import java.io.PrintStream;
 import java.lang.reflect.Constructor;
 import java.nio.charset.StandardCharsets;
+import java.util.function.BooleanSupplier;
 
 /**
  * Where the tool's words go and come from.
@@ -29,7 +30,8 @@ final class Terminal {
         System.setErr(stream(FileDescriptor.err, true));
     }
 
-    // Java names only the first three. A file under /dev/fd would be opened anew, which sockets and permissions forbid.
+    // Java names only the first three; the launcher opens java.io for this. A file under /dev/fd would be opened anew,
+    // which sockets and permissions forbid.
     private static FileDescriptor descriptor(int number) throws ReflectiveOperationException {
         Constructor<FileDescriptor> constructor = FileDescriptor.class.getDeclaredConstructor(int.class);
         constructor.setAccessible(true);
@@ -96,6 +98,33 @@ final class Terminal {
             System.err.flush();
             progressShown = done != all;
         }
+    }
+
+    /** Makes one long call, and counts its seconds on a terminal meanwhile. */
+    static boolean during(String what, BooleanSupplier call) {
+        Thread clock = new Thread(() -> {
+            try {
+                for (int seconds = 0;; seconds++) {
+                    System.err.print("\r" + what + ": " + seconds + " s ");
+                    System.err.flush();
+                    Thread.sleep(1000);
+                }
+            } catch (InterruptedException e) {
+                System.err.println();
+            }
+        });
+        clock.setDaemon(true);
+        if (System.console() != null) {
+            clock.start();
+        }
+        boolean result = call.getAsBoolean();
+        clock.interrupt();
+        try {
+            clock.join();
+        } catch (InterruptedException e) {
+            Thread.currentThread().interrupt();
+        }
+        return result;
     }
 
     /** Says something that is not part of the result. */
