@@ -63,6 +63,16 @@ public final class InputTest {
         refused("chap set 0 1 --secret-file=nothing --yes", "nothing", "no such file");
     }
 
+    /** An argument is what it says, and what it says does not steer a terminal. */
+    public void oddText() {
+        tool.run(null, "target", "set", "0", "1", "--alias", "@all.json", "--target-address=").expect(0);
+        tool.run("target show 0 1").expect(0).shows("@all.json");
+        tool.run(null, "target", "set", "0", "1", "--alias=a\u001b[2Jb").expect(0);
+        tool.run("target show 0 1").expect(0).shows("a?[2Jb");
+        Check.equal("the alias", "a\u001b[2Jb", tool.json("target show 0 1").getAsJsonObject()
+            .getAsJsonObject("nodeInfo").get("alias").getAsString());
+    }
+
     /** What destroys or interrupts is not done without a terminal or --yes. */
     public void confirmations() throws IOException {
         tool.writeSampleFiles();

@@ -193,6 +193,11 @@ public final class SettingsTest {
         Check.equal("the documents", tool.readFile("before.json"), tool.readFile("after.json"));
         tool.run("target set 0 300 --alias=more").expect(0);
         tool.run("import 0 before.json --yes").expect(1).shows("targets[targetID 300]: only on the adapter");
+        // What cannot be written back as it is is refused before anything is written.
+        tool.write("link.json", tool.readFile("before.json").replace("\"flags\": 64", "\"flags\": 65"));
+        String before = tool.settings();
+        tool.run("import 0 link.json --yes").expect(2).says("CHAPTable[3].link: 261 cannot be written: 0 to 255");
+        Check.equal("settings", before, tool.settings());
     }
 
     /** With the secrets in the document an adapter that has lost everything gets them back. */

@@ -198,6 +198,7 @@ final class Backup {
             HBA firmware = null;
             List<DevDBEntry> targets = null;
             List<CHAPTableEntry> chap = null;
+            boolean writeChap = false;
             iSNSDiscoveryConfig isns = null;
             if (document.has(FIRMWARE)) {
                 firmware = FirmwareConfiguration.readWithNames(adapter);
@@ -207,14 +208,17 @@ final class Backup {
                 targets = DeviceDatabaseWrites.read(adapter, document.getAsJsonArray(TARGETS), TARGETS);
             }
             if (document.has(CHAP)) {
-                chap = ChapTable.read(document.getAsJsonArray(CHAP), CHAP, ChapTable.readAll(adapter));
+                List<CHAPTableEntry> present = ChapTable.readAll(adapter);
+                chap = ChapTable.read(document.getAsJsonArray(CHAP), CHAP, present);
+                // The table as it is need not be written, and perhaps cannot be.
+                writeChap = !isSet(dryRun) && ChapTable.differs(chap, present, CHAP);
             }
             if (document.has(ISNS)) {
                 isns = IsnsDiscovery.read(adapter);
                 IsnsDiscovery.TABLE.read(document.get(ISNS), isns, ISNS);
             }
             if (!isSet(dryRun)) {
-                write(adapter, firmware, targets, chap, isns);
+                write(adapter, firmware, targets, writeChap ? chap : null, isns);
             }
             List<String> differences = compare(adapter, firmware, targets, chap, isns);
             String name = "adapter " + adapter.dev;
@@ -230,12 +234,7 @@ final class Backup {
                 FirmwareConfiguration.write(adapter, firmware);
             }
             if (chap != null) {
-                // The table as it is need not be written, and perhaps cannot be.
-                List<String> differences = new ArrayList<>();
-                ChapTable.compare(chap, ChapTable.readAll(adapter), CHAP, differences);
-                if (!differences.isEmpty()) {
-                    ChapTable.write(adapter, chap);
-                }
+                ChapTable.write(adapter, chap);
             }
             if (targets != null) {
                 DeviceDatabaseWrites.write(adapter, targets);

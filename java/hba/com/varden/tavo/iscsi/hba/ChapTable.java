@@ -201,8 +201,20 @@ final class ChapTable {
         }
     }
 
+    /** Whether the table has to be written to become this one; refuses what cannot be written. */
+    static boolean differs(List<CHAPTableEntry> wanted, List<CHAPTableEntry> present, String place) {
+        List<String> differences = new ArrayList<>();
+        compare(wanted, present, place, differences);
+        int cut = firstLinkTooLarge(wanted);
+        if (!differences.isEmpty() && cut >= 0) {
+            throw new BadInput(place + "[" + cut + "].link: " + wanted.get(cut).getLink()
+                + " cannot be written: 0 to " + LAST_WRITABLE_LINK);
+        }
+        return !differences.isEmpty();
+    }
+
     /** The first entry whose link would be cut by a write, or -1. */
-    static int firstLinkTooLarge(List<CHAPTableEntry> table) {
+    private static int firstLinkTooLarge(List<CHAPTableEntry> table) {
         for (int i = 0; i < table.size(); i++) {
             if (table.get(i).getLink() > LAST_WRITABLE_LINK) {
                 return i;

@@ -122,6 +122,7 @@ final class Commands {
         addAll(root, "", arguments, 0);
         CommandLine line = new CommandLine(root);
         line.setUsageHelpLongOptionsMaxWidth(30);
+        line.setExpandAtFiles(false);
         return line;
     }
 

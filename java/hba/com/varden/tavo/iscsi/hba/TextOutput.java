@@ -62,6 +62,12 @@ final class TextOutput {
             return "-";
         }
         String text = value.toString().stripTrailing();
+        // What comes from a target or a library does not steer the terminal.
+        for (int i = 0; i < text.length(); i++) {
+            if (Character.isISOControl(text.charAt(i))) {
+                text = text.replace(text.charAt(i), '?');
+            }
+        }
         return text.isEmpty() ? "-" : text;
     }
 
