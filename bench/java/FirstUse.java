@@ -1,0 +1,20 @@
+package com.varden.tavo.iscsi.bench;
+
+import com.varden.tavo.iscsi.model.HBA;
+
+/** One peer's first use in this process, from before its first class is loaded to a whole snapshot. */
+final class FirstUse {
+    private FirstUse() {}
+
+    /** Prints the nanoseconds that the named peer took. */
+    public static void main(String[] arguments) {
+        long start = System.nanoTime();
+        HBA hba = new HBA();
+        int status = Peers.open(arguments[0]).getiSCSIHBAData(Contract.DEV, hba);
+        long time = System.nanoTime() - start;
+        if (status != 0 || hba.getDeviceDataBaseEntries().size() != Records.SLOTS) {
+            throw new IllegalStateException("no full snapshot");
+        }
+        System.out.println(time);
+    }
+}
