@@ -1,6 +1,8 @@
 // What the adapter does on the network: SCSI commands, sessions, pings; what it counts and logs of that.
 #include "AdapterTest.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <numeric>
 #include <optional>
@@ -328,9 +330,10 @@ TEST_F(Network, CrashRecordIsWholeOrNotThere)
     EXPECT_EQ(report.find("initiator-a"), std::string::npos);
     EXPECT_EQ(SDGetCrashRecord(handle, (folder / "none" / "crash").c_str()), ERR_OUTPUT_FILE);
     EXPECT_EQ(SDGetCrashRecord(handle, folder.c_str()), ERR_OUTPUT_FILE);
-    EXPECT_EQ(SDGetCrashRecord(handle, "/dev/null"), ERR_OUTPUT_FILE) << "a device is not replaced by a file";
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(SDGetCrashRecord(handle, (folder / "pipe").c_str()), ERR_OUTPUT_FILE) << "a pipe or device stays one";
     EXPECT_EQ(SDGetCrashRecord(handle, ""), ERR_OUTPUT_FILE);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "nothing half-written stays";
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 2) << "nothing half-written stays";
 }
 
 } // namespace
