@@ -43,14 +43,13 @@ Counts countsFor(const std::string &method, SD_UINT32 count)
     t.prepare(world);
     std::string record = unhex(std::string(size_t(2 * 484), '3'));
     library().responder = [=](const Operation &operation) -> std::optional<Answer> {
-        if (operation.name == "SDGetDDBEntryNum" || operation.name == "SDGetCHAPEntryNum") {
-            return Answer{0, "", count};
-        } else if (operation.name == "SDGetDDBEntry") {
+        if (operation.name == "SDGetDDBEntry") {
             return Answer{0, record, {}};
-        } else if (operation.name == "SDGetCHAPTable" || operation.name == "SDGetAlliSNSDiscoveredTargets") {
-            return Answer{0, "", count};
         }
-        return {};
+        if (operation.name == "SDGetInitFW") {
+            return {};
+        }
+        return Answer{0, "", count};
     };
     if (world.array != nullptr) { // the same element over and over
         world.array =

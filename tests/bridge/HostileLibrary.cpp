@@ -157,9 +157,9 @@ TEST(HostileLibrary, everyLengthOfTheLunList)
             std::string expected = "[";
             SD_UINT32 held = grown || length <= 264 ? 32 : 255; // whole entries that the area holds
             for (SD_UINT32 i = 0; i < held && (8 * i < length) && length <= 2048; i++) {
-                expected += (i > 0 ? ", " : "") + std::to_string(0x4000 + 3 * i);
+                expected.append(i > 0 ? ", " : "").append(std::to_string(0x4000 + 3 * i));
             }
-            expected = length == 0 ? "[0]" : expected + "]";
+            expected += length == 0 ? "0]" : "]"; // no unit reported: unit 0
             EXPECT_EQ(world.get("Target/getLUNs"), expected);
             EXPECT_EQ(outcome.result, length > 2048 ? "20000075" : "0");
             if (HasFailure()) {
@@ -199,7 +199,7 @@ TEST(HostileLibrary, randomRecords)
     std::printf("random records: seed %u\n", seed);
     std::mt19937 random(seed);
     long calls = 0;
-    for (long round = rounds != nullptr ? std::atol(rounds) : 40; round > 0; round--) {
+    for (long round = rounds != nullptr ? std::strtol(rounds, nullptr, 0) : 40; round > 0; round--) {
         for (const NativeMethod &method : nativeMethods()) {
             World world(method);
             hostile(world, [&](const Operation &operation) {

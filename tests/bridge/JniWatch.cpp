@@ -1,8 +1,9 @@
 #include "JniWatch.h"
 
+#include "ScriptedLibrary.h"
+
 #include <algorithm>
 #include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -20,8 +21,7 @@ constexpr const char *OUT_OF_MEMORY = "java/lang/OutOfMemoryError";
 template <std::size_t Slot>
 void forbidden()
 {
-    std::fprintf(stderr, "a JNI function outside the bridge's list was called: entry %zu of the table\n", Slot);
-    std::abort();
+    giveUp("a JNI function outside the bridge's list was called: entry " + std::to_string(Slot) + " of the table");
 }
 
 template <std::size_t... Slots>

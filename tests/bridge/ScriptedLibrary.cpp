@@ -3,8 +3,10 @@
 #include "JniWatch.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <iostream>
+#include <sstream>
 
 ScriptedLibrary &library()
 {
@@ -12,13 +14,20 @@ ScriptedLibrary &library()
     return instance;
 }
 
+void giveUp(const std::string &why)
+{
+    std::cerr << why << std::endl;
+    std::abort();
+}
+
 std::string hex(const void *bytes, std::size_t size)
 {
+    constexpr const char *digits = "0123456789abcdef";
     std::string out;
     for (std::size_t i = 0; i < size; i++) {
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02x", static_cast<const unsigned char *>(bytes)[i]);
-        out += digits;
+        unsigned byte = static_cast<const unsigned char *>(bytes)[i];
+        out += digits[byte >> 4U];
+        out += digits[byte & 15U];
     }
     return out;
 }
@@ -34,9 +43,9 @@ std::string unhex(const std::string &digits)
 
 std::string hex(SD_UINT32 number)
 {
-    char digits[9];
-    std::snprintf(digits, sizeof digits, "%x", number);
-    return digits;
+    std::ostringstream out;
+    out << std::hex << number;
+    return out.str();
 }
 
 SD_UINT32 ScriptedLibrary::run(const Operation &operation)

@@ -48,6 +48,9 @@ public:
 // The one library of the test program.
 ScriptedLibrary &library();
 
+// Ends the program: the test data or the machine is not what a test can work with.
+[[noreturn]] void giveUp(const std::string &why);
+
 // Bytes as hexadecimal digits, and back.
 std::string hex(const void *bytes, std::size_t size);
 std::string unhex(const std::string &digits);

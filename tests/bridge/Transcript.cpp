@@ -3,7 +3,6 @@
 #include <alloca.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -13,8 +12,7 @@ namespace
 {
 [[noreturn]] void refuse(const std::string &file, int line, const std::string &why)
 {
-    std::fprintf(stderr, "%s:%d: %s\n", file.c_str(), line, why.c_str());
-    std::abort();
+    giveUp(file + ":" + std::to_string(line) + ": " + why);
 }
 
 std::string unescaped(const std::string &text)
@@ -154,11 +152,9 @@ const std::vector<Transcript> &transcripts()
             paths.push_back(entry.path());
         }
         std::sort(paths.begin(), paths.end());
-        std::vector<Transcript> read_;
-        for (const auto &path : paths) {
-            read_.push_back(read(path));
-        }
-        return read_;
+        std::vector<Transcript> out(paths.size());
+        std::transform(paths.begin(), paths.end(), out.begin(), read);
+        return out;
     }();
     return all;
 }
@@ -170,8 +166,7 @@ const Transcript &transcriptOf(const std::string &method)
             return t;
         }
     }
-    std::fprintf(stderr, "no transcript of %s\n", method.c_str());
-    std::abort();
+    giveUp("no transcript of " + method);
 }
 
 void Transcript::prepare(World &world) const

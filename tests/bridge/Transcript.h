@@ -1,6 +1,6 @@
 // Transcripts: what a native method has to do, event by event, and what it has to say and answer when one of the events
-// fails. They lie in golden/, one file per method and case; the first word of the file's name, up to a blank or a dot,
-// is the method.
+// fails. They lie in golden/transcripts, one file per method and case; the first word of the file's name, up to a blank
+// or a dot, is the method.
 //
 //   given PATH VALUE        sets a value of a Java object beforehand
 //   nulls MASK  dev N       arguments

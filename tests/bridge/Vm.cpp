@@ -2,18 +2,16 @@
 
 #include "ScriptedLibrary.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 #include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 
 namespace
 {
-const std::string MODEL = "com/varden/tavo/iscsi/model/";
+constexpr const char *MODEL = "com/varden/tavo/iscsi/model/";
 
 JavaVM *create()
 {
-    std::string options[] = {"-Djava.class.path=" TAVO_CLASS_PATH, "-Xmx96m", "-Xms96m", "-XX:+AlwaysPreTouch",
+    std::string classPath = "-Djava.class.path=";
+    std::string options[] = {classPath + TAVO_CLASS_PATH, "-Xmx96m", "-Xms96m", "-XX:+AlwaysPreTouch",
                              "-XX:+UseSerialGC"};
     std::vector<JavaVMOption> list;
     for (std::string &option : options) {
@@ -23,8 +21,7 @@ JavaVM *create()
     JavaVM *vm = nullptr;
     void *env = nullptr;
     if (JNI_CreateJavaVM(&vm, &env, &arguments) != JNI_OK) {
-        std::fprintf(stderr, "the Java VM could not be created\n");
-        std::abort();
+        giveUp("the Java VM could not be created");
     }
     return vm;
 }
@@ -59,8 +56,7 @@ void mustBeClear(JNIEnv *env, const std::string &doing)
 {
     if (env->ExceptionCheck() == JNI_TRUE) {
         env->ExceptionDescribe();
-        std::fprintf(stderr, "while %s\n", doing.c_str());
-        std::abort();
+        giveUp("while " + doing);
     }
 }
 
@@ -76,8 +72,7 @@ const NativeMethod &nativeMethod(const std::string &name)
             return method;
         }
     }
-    std::fprintf(stderr, "no native method %s\n", name.c_str());
-    std::abort();
+    giveUp("no native method " + name);
 }
 
 World::World(const NativeMethod &nativeMethodToCall) : method(nativeMethodToCall), env(vmEnv())
@@ -92,7 +87,7 @@ World::World(const NativeMethod &nativeMethodToCall) : method(nativeMethodToCall
             }
             continue;
         }
-        jclass type = env->FindClass((MODEL + simple).c_str());
+        jclass type = env->FindClass((std::string(MODEL) + simple).c_str());
         mustBeClear(env, "finding class " + simple);
         objects.emplace_back(name, env->NewObject(type, env->GetMethodID(type, "<init>", "()V")));
         mustBeClear(env, "creating " + name);
@@ -118,8 +113,7 @@ jobject World::object(const std::string &name) const
             return object;
         }
     }
-    std::fprintf(stderr, "%s has no object %s\n", method.name, name.c_str());
-    std::abort();
+    giveUp(std::string(method.name) + " has no object " + name);
 }
 
 jobject World::argument(unsigned n, const std::string &name) const

@@ -8,6 +8,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <iostream>
 
 extern "C" {
 void *__real_malloc(size_t size);
@@ -58,15 +59,14 @@ int __wrap_printf(const char *format, ...)
     va_list values;
     va_start(values, format);
     JniWatch *watch = JniWatch::current();
-    int length = 0;
-    if (watch == nullptr) {
-        length = isQuiet ? 0 : std::vprintf(format, values);
-    } else {
-        char text[1024];
-        length = std::vsnprintf(text, sizeof text, format, values);
-        watch->printed += text;
-    }
+    char text[1024];
+    int length = std::vsnprintf(text, sizeof text, format, values);
     va_end(values);
+    if (watch != nullptr) {
+        watch->printed += text;
+    } else if (!isQuiet) {
+        std::cout << text << std::flush;
+    }
     return length;
 }
 

@@ -55,6 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
+    quietRuntime(true);
     Input input(data, size);
     const NativeMethod &method = nativeMethods()[input.byte() % nativeMethods().size()];
     World world(method);
