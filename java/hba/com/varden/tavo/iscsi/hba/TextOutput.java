@@ -155,13 +155,21 @@ final class TextOutput {
             return widest;
         }
 
+        // iSCSI names differ at their ends.
+        private static String cut(String value, int width) {
+            if (value.length() <= width) {
+                return value;
+            }
+            int tail = (width - CUT.length()) / 2;
+            return value.substring(0, width - CUT.length() - tail) + CUT + value.substring(value.length() - tail);
+        }
+
         private static void line(PrintStream out, int[] widths, String[] row) {
             StringBuilder line = new StringBuilder();
             int end = 0;
             for (int i = 0; i < widths.length; i++) {
                 pad(line, end);
-                String value = row[i];
-                line.append(value.length() > widths[i] ? value.substring(0, widths[i] - CUT.length()) + CUT : value);
+                line.append(cut(row[i], widths[i]));
                 end += widths[i] + GAP.length();
             }
             out.println(line);
