@@ -196,14 +196,11 @@ Descriptor FlashFile::lock() const
     return descriptor;
 }
 
-FlashFile::Found FlashFile::replace(const Bytes &contents) const
+FlashFile::Found FlashFile::replace(Bytes bytes) const
 {
     FlashHeader header = header_;
-    header.contentsSize = static_cast<SD_UINT32>(contents.size());
-    Bytes bytes(sizeof header);
-    bytes.reserve(sizeof header + contents.size() + sizeof(SD_UINT32));
+    header.contentsSize = static_cast<SD_UINT32>(bytes.size() - sizeof header);
     std::memcpy(bytes.data(), &header, sizeof header);
-    bytes.insert(bytes.end(), contents.begin(), contents.end());
     const SD_UINT32 sum = checksum(bytes);
     const auto *sumBytes = reinterpret_cast<const SD_UINT8 *>(&sum);
     bytes.insert(bytes.end(), sumBytes, sumBytes + sizeof sum);

@@ -98,8 +98,9 @@ public:
     std::optional<Found> load() const;
     // Keeps all other writers out, in this process and in others, until it goes. Throws ERR_FLASH_WRITE.
     Descriptor lock() const;
-    // Replaces the file under the lock. Throws ERR_FLASH_WRITE; the old file stands then.
-    Found replace(const Bytes &contents) const;
+    // Replaces the file under the lock. The contents come after room for the header. Throws ERR_FLASH_WRITE; the old
+    // file stands then.
+    Found replace(Bytes bytes) const;
     // Says on the standard error why a file is refused, once per file, and throws ERR_FLASH_DAMAGED. Files that are not
     // durable are let go with the line alone.
     void refuse(const char *reason);
@@ -118,7 +119,8 @@ private:
     std::string refused_; // the last line said, so that it is said once
 };
 
-// Writes records one after the other: the size of one, for a list the number too, and the bytes.
+// Writes records one after the other, after room for the header: the size of one, for a list the number too, and the
+// bytes.
 class RecordWriter
 {
 public:
@@ -137,7 +139,7 @@ public:
         number(sizeof(Record));
         append(values.data(), values.size() * sizeof(Record));
     }
-    Bytes bytes;
+    Bytes bytes = Bytes(sizeof(FlashHeader));
 
 private:
     void number(SD_UINT32 value)
@@ -239,7 +241,7 @@ public:
         change(*next);
         RecordWriter writer;
         Contents::transfer(writer, *next);
-        FlashFile::Found written = file_.replace(writer.bytes);
+        FlashFile::Found written = file_.replace(std::move(writer.bytes));
 
         const std::lock_guard cacheGuard(cacheMutex_);
         found_.emplace(std::move(written));
