@@ -1,0 +1,121 @@
+// Converters by themselves, where no native method leads to what they promise: every address selector, null objects
+// that their callers have tested already, a class that cannot be had, and the printing of an address.
+#include "AdapterInformation.h"
+#include "DeviceParameters.h"
+#include "IsnsDiscovery.h"
+#include "JavaAccess.h"
+#include "JniWatch.h"
+#include "NodeInfo.h"
+#include "ScsiPassThrough.h"
+#include "Vm.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace
+{
+
+const ISCSIIPADDR ADDRESS = {{10, 20, 30, 40, 5, 6, 7, 8, 9, 11, 12, 13, 14, 15, 16, 17}, 1, 0};
+
+std::size_t eventOf(const JniWatch &watch, const std::string &part)
+{
+    const auto place = std::find_if(watch.events.begin(), watch.events.end(),
+                                    [&](const std::string &event) { return event.find(part) != std::string::npos; });
+    return static_cast<std::size_t>(place - watch.events.begin());
+}
+
+TEST(Converters, everySelectorChoosesItsSetter)
+{
+    struct Row {
+        int selector;
+        const char *setter, *missing;
+    };
+    constexpr const char *common = "GetMethodID setIPAddress - Obj call failed!\n";
+    for (const Row &row :
+         {Row{0, "setIPAddress", common}, Row{1, "setGateway", common}, Row{2, "setSubnetMask", common},
+          Row{3, "setPrimaryDNS", common}, Row{4, "setSecondaryDNS", common},
+          Row{5, "setSlpDa", "GetMethodID setSlpDa - Obj call failed!\n"}, Row{9, "setIPAddress", common},
+          Row{-1, "setIPAddress", common}}) {
+        SCOPED_TRACE(row.selector);
+        World world(nativeMethod("getFWData"));
+        const std::string owner = world.objects.front().first;
+        std::size_t lookup = 0;
+        {
+            JniWatch watch(world.env);
+            setIPAddr(watch.env(), world.objects.front().second, ADDRESS, row.selector);
+            EXPECT_EQ(watch.printed, "");
+            EXPECT_LT(eventOf(watch, std::string("call HBA ") + row.setter + " "), watch.events.size());
+            lookup = eventOf(watch, std::string("lookup HBA ") + row.setter + " ");
+            ASSERT_LT(lookup, watch.events.size());
+        }
+        JniWatch watch(world.env);
+        watch.failEvent = static_cast<long>(lookup);
+        watch.leavePending = true;
+        setIPAddr(watch.env(), world.objects.front().second, ADDRESS, row.selector);
+        EXPECT_EQ(watch.printed, row.missing);
+        EXPECT_FALSE(watch.pending()) << "the caller carries on";
+        EXPECT_EQ(watch.breaches, "");
+    }
+}
+
+TEST(Converters, nullObjectsAreNamed)
+{
+    JniWatch watch(vmEnv());
+    JNIEnv *env = watch.env();
+    const auto says = [&](const auto &convert) {
+        watch.printed.clear();
+        convert();
+        return watch.printed;
+    };
+    ISCSIIPADDR address = ADDRESS;
+    NODEINFOISCSI node = {};
+    ISCSIDEVICE device = {};
+    TARGETINFORMATION target = {};
+    SDM_ISNS_CONFIG config = {};
+    EXPECT_EQ(says([&] { getIPAddr(env, nullptr, address); }), "NULL jIPObj!\n");
+    EXPECT_EQ(says([&] { setNodeInfo(env, nullptr, node); }), "NULL javaNodeInfoObject!2\n");
+    EXPECT_EQ(says([&] { getNodeInfo(env, nullptr, node); }), "NULL javaNodeInfoObject!3\n");
+    EXPECT_EQ(says([&] { setiSCSIDevEntry(env, nullptr, device); }), "NULL jObj!\n");
+    EXPECT_EQ(says([&] { getiSCSIDevEntry(env, nullptr, device); }), "NULL jObj!\n");
+    EXPECT_EQ(says([&] { setChipInfo(env, nullptr, CHIPINFO{}); }), "NULL javaChipInfoObject!2\n");
+    EXPECT_EQ(says([&] { EXPECT_EQ(getTargetInfo(env, nullptr, target), ERR_JNI_NULL); }),
+              "NULL javaTargetInfoObject!\n");
+    EXPECT_EQ(says([&] { EXPECT_EQ(SDMToJava_iSNSDiscoveryConfig(env, nullptr, config), ERR_INVALID_PARAMETER); }),
+              "NULL iSNSDiscoveryConfig!\n");
+    EXPECT_EQ(says([&] { EXPECT_EQ(JavaToSDM_iSNSDiscoveryConfig(env, nullptr, config), ERR_INVALID_PARAMETER); }), "");
+    EXPECT_TRUE(std::equal(std::begin(address.IPAddress), std::end(address.IPAddress), ADDRESS.IPAddress));
+    EXPECT_TRUE(watch.events.empty()) << "nothing is asked of the VM";
+}
+
+// In the order in which the inputs are tested.
+TEST(Converters, anIsnsTargetNeedsAllItsInputs)
+{
+    World world(nativeMethod("getiSNSTargets"));
+    jobject hba = world.objects.front().second;
+    jclass type = world.env->GetObjectClass(hba);
+    const SDM_ISNS_DISCOVERED_TARGET found = {};
+    JniWatch watch(world.env);
+    const auto says = [&](jclass hbaClass, jclass targetClass, jobject owner,
+                          const SDM_ISNS_DISCOVERED_TARGET *record) {
+        watch.printed.clear();
+        EXPECT_EQ(SDMToJava_iSNSDiscoveredTargets(watch.env(), hbaClass, targetClass, owner, record),
+                  ERR_INVALID_PARAMETER);
+        return watch.printed;
+    };
+    EXPECT_EQ(says(nullptr, nullptr, nullptr, nullptr), "NULL java HBA Class! (hbacls)\n");
+    EXPECT_EQ(says(type, nullptr, nullptr, nullptr), "NULL java iSNSTarget Class! (iSNSTargetcls)\n");
+    EXPECT_EQ(says(type, type, nullptr, &found), "NULL java hba Object! (jHBAObj)\n");
+    EXPECT_EQ(says(type, type, hba, nullptr), "NULL Input Buffer! (discoveredTargetTable)\n");
+    EXPECT_TRUE(watch.events.empty()) << "nothing is made before the inputs are tested";
+    world.env->DeleteLocalRef(type);
+}
+
+TEST(Converters, anAddressIsPrintedWithATrailingPoint)
+{
+    JniWatch watch(vmEnv());
+    printfIPAddr(ISCSIIPADDR{{10, 0, 200, 255}, 0, 0});
+    EXPECT_EQ(watch.printed, "IP Addr 10.0.200.255.\n");
+}
+
+} // namespace
