@@ -11,21 +11,21 @@ set ylabel "microseconds"
 set key top left
 set xrange [0:520]
 set yrange [0:*]
-stats folder."/growth.dat" using 1 nooutput
-plot for [i=0:STATS_blocks-1] folder."/growth.dat" index i using 1:2 with linespoints lw 2 pt 7 title columnhead(1)
+machines = int(system("grep -c Java ".folder."/growth.dat"))
+plot for [i=0:machines-1] folder."/growth.dat" index i using 1:2 with linespoints lw 2 pt 7 title columnhead(1)
 
 set output folder."/peers.svg"
 unset xlabel
 set xrange [*:*]
-set yrange [0.003:100]
+set yrange [0.003:300]
 set logscale y
 set ylabel "bridge's time / peer's time"
 set style data histogram
 set style histogram clustered gap 1
 set style fill solid 0.8 border -1
 set boxwidth 0.9
-set key outside right top
-set xtics font ",10"
+set key below
+set xtics font ",11"
 files = system("ls ".folder."/peers-*.dat")
 set terminal svg size 1000,1150 dynamic enhanced font "sans-serif,13" background "white"
 set multiplot layout words(files),1

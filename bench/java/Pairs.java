@@ -1,11 +1,13 @@
 package com.varden.tavo.iscsi.bench;
 
+import java.util.Arrays;
 import java.util.function.IntSupplier;
 
 /** Times two operations in turn, in one VM and on the same objects: A B, B A, A B, ... */
 final class Pairs {
     private static final long WARM_UP = 1_000_000_000;
     private static final long SAMPLE = 100_000;
+    private static final long LONGEST = 12_000_000_000L;
 
     private final Runnable between;
     private final int pairs;
@@ -13,7 +15,7 @@ final class Pairs {
     /**
      * Prepares the timing.
      *
-     * @param pairs number of pairs
+     * @param pairs most pairs; fewer, but not less than a tenth, when they would take longer than twelve seconds
      * @param between run before every sample, outside its time
      */
     Pairs(int pairs, Runnable between) {
@@ -25,12 +27,15 @@ final class Pairs {
     Figure ratio(IntSupplier a, IntSupplier b, int mostCalls) {
         int calls = Math.min(mostCalls, warmUp(a, b));
         double[] ratios = new double[pairs];
-        for (int i = 0; i < pairs; i++) {
+        long start = System.nanoTime();
+        int done = 0;
+        for (int i = 0; i < pairs && (i < pairs / 10 || System.nanoTime() - start < LONGEST); i++) {
             long first = time(i % 2 == 0 ? a : b, calls);
             long second = time(i % 2 == 0 ? b : a, calls);
             ratios[i] = i % 2 == 0 ? (double) first / second : (double) second / first;
+            done++;
         }
-        return Figure.of(ratios);
+        return Figure.of(Arrays.copyOf(ratios, done));
     }
 
     // Runs both until they are compiled; returns the number of calls that make a sample long enough to be timed.

@@ -101,7 +101,7 @@ final class Report {
             }
             text.append('\n').append(title.getValue()).append('\n');
             for (Line line : section) {
-                text.append(String.format(Locale.ROOT, "  %-15s %-45s %-35s %8.3f  (%.3f to %.3f)  %s", line.vm,
+                text.append(String.format(Locale.ROOT, "  %-14s  %-42s  %-35s %8.3f  (%.3f to %.3f)  %s", line.vm,
                     line.subject, line.other, line.figure.median(), line.figure.low(), line.figure.high(),
                     line.words()).stripTrailing());
                 if (!line.mark.isEmpty()) {
