@@ -1,5 +1,5 @@
-// Converters by themselves, where no native method leads to what they promise: every address selector, null objects
-// that their callers have tested already, a class that cannot be had, and the printing of an address.
+// What the transcripts do not lead to: every address selector, null objects that the converters' callers have tested
+// already, the largest number of targets that Java may hold, and the printing of an address.
 #include "AdapterInformation.h"
 #include "DeviceParameters.h"
 #include "IsnsDiscovery.h"
@@ -7,6 +7,7 @@
 #include "JniWatch.h"
 #include "NodeInfo.h"
 #include "ScsiPassThrough.h"
+#include "Transcript.h"
 #include "Vm.h"
 
 #include <gtest/gtest.h>
@@ -109,6 +110,85 @@ TEST(Converters, anIsnsTargetNeedsAllItsInputs)
     EXPECT_EQ(says(type, type, hba, nullptr), "NULL Input Buffer! (discoveredTargetTable)\n");
     EXPECT_TRUE(watch.events.empty()) << "nothing is made before the inputs are tested";
     world.env->DeleteLocalRef(type);
+}
+
+// 512 targets are accepted, whatever comes of the query then; 513 end the call before the library is asked.
+TEST(Converters, javaHoldsAtMost512Targets)
+{
+    World world(nativeMethod("getiSCSITargetData"));
+    JNIEnv *env = world.env;
+    jobject hba = world.object("HBA");
+    jclass hbaClass = env->GetObjectClass(hba);
+    jclass entryClass = env->FindClass(DEV_DB_ENTRY_CLASS);
+    jmethodID add = env->GetMethodID(hbaClass, "addDeviceDataBaseEntry", TAKES_DEV_DB_ENTRY);
+    const auto addEntries = [&](int count) {
+        for (int i = 0; i < count; i++) {
+            jobject entry = newObject(env, entryClass);
+            env->CallVoidMethod(hba, add, entry);
+            env->DeleteLocalRef(entry);
+        }
+    };
+    addEntries(512);
+    Outcome outcome = call(world);
+    EXPECT_EQ(outcome.printed.find("Too many"), std::string::npos);
+    EXPECT_TRUE(std::any_of(outcome.events.begin(), outcome.events.end(),
+                            [](const std::string &event) { return event.starts_with("SDGetDiscPortal"); }));
+    addEntries(1);
+    outcome = call(world);
+    EXPECT_EQ(outcome.printed, "Too many targets from Java!\n");
+    EXPECT_EQ(outcome.result, "20000064");
+    EXPECT_TRUE(std::none_of(outcome.events.begin(), outcome.events.end(),
+                             [](const std::string &event) { return event.starts_with("SD"); }));
+    env->DeleteLocalRef(entryClass);
+    env->DeleteLocalRef(hbaClass);
+}
+
+// Calls work() while one function of the VM answers null.
+template <class Function, class Work>
+void without(Function JNINativeInterface_::*function, Function stub, const Work &work)
+{
+    JNIEnv *env = vmEnv();
+    const JNINativeInterface_ *real = env->functions;
+    JNINativeInterface_ functions = *real;
+    functions.*function = stub;
+    env->functions = &functions;
+    work(env);
+    env->functions = real;
+}
+
+TEST(Converters, aClassThatCannotBeHadEndsTheConversion)
+{
+    World world(nativeMethod("getiSNSDiscoveryConfig"));
+    jobject object = world.objects.front().second;
+    SDM_ISNS_CONFIG config = {};
+    JniWatch watch(world.env);
+    const auto noClass = [](JNIEnv *, jobject) -> jclass {
+        return nullptr;
+    };
+    without<jclass(JNICALL *)(JNIEnv *, jobject)>(&JNINativeInterface_::GetObjectClass, noClass, [&](JNIEnv *env) {
+        EXPECT_EQ(SDMToJava_iSNSDiscoveryConfig(env, object, config), ERR_JNI_CLASS);
+        EXPECT_EQ(watch.printed, "Find class call failed!\n");
+        watch.printed.clear();
+        EXPECT_EQ(JavaToSDM_iSNSDiscoveryConfig(env, object, config), ERR_JNI_CLASS);
+        EXPECT_EQ(watch.printed, "Find iSNSDiscoveryConfig class call failed!\n");
+    });
+}
+
+// An error whose kind cannot be found out is not the bridge's to forget.
+TEST(Converters, anErrorOfUnknownKindStays)
+{
+    JNIEnv *vm = vmEnv();
+    jclass error = vm->FindClass("java/lang/NoSuchMethodError");
+    vm->ThrowNew(error, "planted");
+    const auto noClass = [](JNIEnv *, const char *) -> jclass {
+        return nullptr;
+    };
+    without<jclass(JNICALL *)(JNIEnv *, const char *)>(&JNINativeInterface_::FindClass, noClass,
+                                                       [](JNIEnv *env) { forgetOwnError(env); });
+    EXPECT_EQ(vm->ExceptionCheck(), JNI_TRUE);
+    forgetOwnError(vm);
+    EXPECT_EQ(vm->ExceptionCheck(), JNI_FALSE);
+    vm->DeleteLocalRef(error);
 }
 
 TEST(Converters, anAddressIsPrintedWithATrailingPoint)

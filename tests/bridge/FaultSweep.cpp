@@ -90,6 +90,7 @@ TEST(FaultSweep, leavesNothingBehind)
                 EXPECT_EQ(outcome.breaches, "");
                 EXPECT_EQ(outcome.loans, 0U) << "borrowed and not given back";
                 EXPECT_EQ(outcome.heapBlocks, 0) << "heap blocks left";
+                EXPECT_TRUE(t.method != "setCHAPTableData" || outcome.unwiped == 0) << "secrets left in freed memory";
                 EXPECT_EQ(outcome.createdAlive, 0U) << "local references of created objects left";
                 EXPECT_TRUE(documented.results[t.method].contains(outcome.result)) << outcome.result;
                 EXPECT_EQ(undocumented(documented, outcome.printed), "");

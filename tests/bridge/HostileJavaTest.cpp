@@ -168,13 +168,13 @@ void storm(jint calls)
     long before = residentMemory();
     EXPECT_EQ(javaSays("Storm", "run", "(II)Ljava/lang/String;", threads, calls / threads), "");
     long after = residentMemory();
+    library().responder = nullptr;
+    quietRuntime(false);
     std::printf("%d calls from %d threads; resident memory before %ld KiB, after %ld KiB\n", calls, threads, before,
                 after);
 #ifndef __SANITIZE_ADDRESS__ // which keeps freed blocks for a while
     EXPECT_LT(after - before, 12 * 1024) << "memory grows";
 #endif
-    library().responder = nullptr;
-    quietRuntime(false);
 }
 
 TEST(Storm, quick)

@@ -59,7 +59,10 @@ public:
     std::string failedAt;      // and where
 
     Counts counts;
-    long heapBlocks = 0;       // blocks allocated and not freed
+    long heapBlocks = 0;             // blocks allocated and not freed
+    const void *lastBlock = nullptr; // the block allocated last, and its size
+    std::size_t lastSize = 0;
+    unsigned unwiped = 0;      // blocks that were not all zero when they were freed
     unsigned createdAlive = 0; // objects created whose local reference has not been deleted
 
     // A Java error is pending.

@@ -223,6 +223,7 @@ Outcome call(World &world, const std::function<void(JniWatch &)> &arrange)
     out.pending = watch.pending();
     out.loans = watch.loans();
     out.heapBlocks = watch.heapBlocks;
+    out.unwiped = watch.unwiped;
     out.createdAlive = watch.createdAlive;
     out.failed = watch.failed;
     out.counts = watch.counts;

@@ -79,6 +79,7 @@ struct Outcome {
     bool pending = false;
     std::size_t loans = 0;
     long heapBlocks = 0;
+    unsigned unwiped = 0;
     unsigned createdAlive = 0;
     bool failed = false;
     Counts counts;

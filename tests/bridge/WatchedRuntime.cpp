@@ -4,6 +4,7 @@
 
 #include "JniWatch.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -42,6 +43,8 @@ void *__wrap_malloc(size_t size)
     watch->heapBlocks++;
     void *block = __real_malloc(size);
     std::memset(block, 0xa5, size);
+    watch->lastBlock = block;
+    watch->lastSize = size;
     return block;
 }
 
@@ -50,6 +53,9 @@ void __wrap_free(void *block)
     JniWatch *watch = JniWatch::current();
     if (watch != nullptr && block != nullptr) {
         watch->heapBlocks--;
+        const auto *bytes = static_cast<const unsigned char *>(block);
+        bool known = block == watch->lastBlock;
+        watch->unwiped += known && std::any_of(bytes, bytes + watch->lastSize, [](auto b) { return b != 0; }) ? 1 : 0;
     }
     __real_free(block);
 }
