@@ -5,7 +5,6 @@ import java.io.IOException;
 import java.io.InputStreamReader;
 import java.io.PrintWriter;
 import java.nio.charset.StandardCharsets;
-import java.util.ArrayList;
 import java.util.LinkedHashMap;
 import java.util.LinkedHashSet;
 import java.util.List;
@@ -26,7 +25,7 @@ final class Report {
     static {
         TITLES.put("control", "Controls: the bridge against the same source built a second time (valid within 2 %)");
         TITLES.put("ratio", "The bridge's time divided by the other's");
-        TITLES.put("first-use", "First use in a fresh process: load and one snapshot of 512 entries, the bridge / the other");
+        TITLES.put("first-use", "First use in a fresh process: load and one snapshot of 512 entries");
         TITLES.put("growth", "Growth of the snapshot; what 0 entries take is subtracted");
         TITLES.put("threads", "Two threads");
         TITLES.put("start", "The tool's start");
@@ -119,8 +118,8 @@ final class Report {
     }
 
     private String json(String machine, boolean valid) {
-        String figures = lines.stream().map(line -> String.format(Locale.ROOT, "    {\"vm\": \"%s\", \"section\": \"%s\", "
-            + "\"subject\": \"%s\", \"other\": \"%s\", \"median\": %.6g, \"quartiles\": [%.6g, %.6g], \"count\": %d, "
+        String figures = lines.stream().map(line -> String.format(Locale.ROOT,
+            "    {\"vm\": \"%s\", \"section\": \"%s\", \"subject\": \"%s\", \"other\": \"%s\", \"median\": %.6g, \"quartiles\": [%.6g, %.6g], \"count\": %d, "
             + "\"mark\": \"%s\", \"verdict\": \"%s\"}", line.vm, line.section, line.subject, line.other,
             line.figure.median(), line.figure.low(), line.figure.high(), line.figure.count(), line.mark,
             line.verdict())).collect(Collectors.joining(",\n"));
@@ -156,7 +155,7 @@ final class Report {
     }
 
     private List<Line> section(String name) {
-        return lines.stream().filter(line -> line.section.equals(name)).collect(Collectors.toCollection(ArrayList::new));
+        return lines.stream().filter(line -> line.section.equals(name)).collect(Collectors.toList());
     }
 
     private static Set<String> distinct(List<Line> lines, java.util.function.Function<Line, String> part) {
