@@ -120,6 +120,33 @@ SD_UINT32 scsi(const char *name, SDMGT_HANDLE handle, const TARGETINFORMATION *t
 }
 } // namespace
 
+// A type cannot stand in parentheses. NOLINTBEGIN(bugprone-macro-parentheses)
+// The operations that fill one record, and those that are handed one, and take nothing else.
+#define FILLS(name, Record)                                                                                            \
+    SD_UINT32 name(SDMGT_HANDLE handle, Record *out)                                                                   \
+    {                                                                                                                  \
+        return read(#name, handle, out);                                                                               \
+    }
+#define TAKES(name, Record)                                                                                            \
+    SD_UINT32 name(SDMGT_HANDLE handle, Record *in)                                                                    \
+    {                                                                                                                  \
+        return write(#name, handle, in);                                                                               \
+    }
+FILLS(SDGetHbaDeviceNodePropertyiSCSI, HBAISCSINODE)
+FILLS(SDGetHbaDeviceDriverPropertyiSCSI, DRIVERINFO)
+FILLS(SDGetHbaDeviceChipPropertyiSCSI, CHIPINFO)
+FILLS(SDGetDefaultDDBEntry, DEVICEENTRYISCSI)
+TAKES(SDSendiSCSILogout, LOGOUTISCSI)
+FILLS(SDGetInitFW, INITFWISCSI)
+TAKES(SDSetInitFW, INITFWISCSI)
+FILLS(SDGetFWDefaults, INITFWISCSI)
+FILLS(SDSetFWDefaults, INITFWISCSI)
+TAKES(SDResetHBA, HBARESET)
+TAKES(SDDiagPing, PING)
+FILLS(SDGetStatisticsiSCSI, HBAPORTSTATISCSI)
+FILLS(SDGet_iSNSDiscoveryConfig, SDM_ISNS_CONFIG)
+// NOLINTEND(bugprone-macro-parentheses)
+
 SD_UINT32 SDOpenDeviceiSCSI(SD_UINT32 adapterIndex, SDMGT_HANDLE *handle)
 {
     return library().run({"SDOpenDeviceiSCSI", adapterIndex, "", nullptr, 0, handle, adapterIndex});
@@ -140,24 +167,9 @@ SD_UINT32 SDEnableDebugTraceiSCSI(SDMGT_HANDLE *handle, const char *fileName, SD
     return library().run({"SDEnableDebugTraceiSCSI", *handle, " \"" + std::string(fileName) + "\"" + words(mask)});
 }
 
-SD_UINT32 SDGetHbaDeviceNodePropertyiSCSI(SDMGT_HANDLE handle, HBAISCSINODE *node)
-{
-    return read("SDGetHbaDeviceNodePropertyiSCSI", handle, node);
-}
-
 SD_UINT32 SDGetHbaDevicePortalPropertyiSCSI(SDMGT_HANDLE handle, SD_UINT32 port, HBAISCSIPORTAL *portal)
 {
     return read("SDGetHbaDevicePortalPropertyiSCSI", handle, portal, words(port));
-}
-
-SD_UINT32 SDGetHbaDeviceDriverPropertyiSCSI(SDMGT_HANDLE handle, DRIVERINFO *driver)
-{
-    return read("SDGetHbaDeviceDriverPropertyiSCSI", handle, driver);
-}
-
-SD_UINT32 SDGetHbaDeviceChipPropertyiSCSI(SDMGT_HANDLE handle, CHIPINFO *chip)
-{
-    return read("SDGetHbaDeviceChipPropertyiSCSI", handle, chip);
 }
 
 SD_UINT32 SDGetDDBEntryNum(SDMGT_HANDLE handle, SD_UINT32 *count)
@@ -170,11 +182,6 @@ SD_UINT32 SDGetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 
     return read("SDGetDDBEntry", handle, entry, words(index), index);
 }
 
-SD_UINT32 SDGetDefaultDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry)
-{
-    return read("SDGetDefaultDDBEntry", handle, entry);
-}
-
 SD_UINT32 SDGetInitialDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index)
 {
     return read("SDGetInitialDDBEntry", handle, entry, words(index), index);
@@ -183,11 +190,6 @@ SD_UINT32 SDGetInitialDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_
 SD_UINT32 SDSetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index)
 {
     return write("SDSetDDBEntry", handle, entry, words(index), index);
-}
-
-SD_UINT32 SDSendiSCSILogout(SDMGT_HANDLE handle, LOGOUTISCSI *logout)
-{
-    return write("SDSendiSCSILogout", handle, logout);
 }
 
 SD_UINT32 SDGetDiscPortalPropertyiSCSI(SDMGT_HANDLE handle, SD_UINT32 port, SD_UINT32 target, SD_UINT32 reserved,
@@ -202,34 +204,9 @@ SD_UINT32 SDGetDiscNodePropertyiSCSI(SDMGT_HANDLE handle, SD_UINT32 bus, SD_UINT
     return read("SDGetDiscNodePropertyiSCSI", handle, node, words(bus, targetId, reserved), targetId, false);
 }
 
-SD_UINT32 SDGetInitFW(SDMGT_HANDLE handle, INITFWISCSI *block)
-{
-    return read("SDGetInitFW", handle, block);
-}
-
-SD_UINT32 SDSetInitFW(SDMGT_HANDLE handle, INITFWISCSI *block)
-{
-    return write("SDSetInitFW", handle, block);
-}
-
-SD_UINT32 SDGetFWDefaults(SDMGT_HANDLE handle, INITFWISCSI *block)
-{
-    return read("SDGetFWDefaults", handle, block);
-}
-
-SD_UINT32 SDSetFWDefaults(SDMGT_HANDLE handle, INITFWISCSI *block)
-{
-    return read("SDSetFWDefaults", handle, block);
-}
-
 SD_UINT32 SDUpdateiSCSIFW(SDMGT_HANDLE handle, const char *fileName, SD_UINT32 imageType)
 {
     return library().run({"SDUpdateiSCSIFW", handle, " \"" + std::string(fileName) + "\"" + words(imageType)});
-}
-
-SD_UINT32 SDResetHBA(SDMGT_HANDLE handle, HBARESET *request)
-{
-    return write("SDResetHBA", handle, request);
 }
 
 SD_UINT32 SDResetStatisticsiSCSI(SDMGT_HANDLE handle, SD_UINT32 port)
@@ -240,11 +217,6 @@ SD_UINT32 SDResetStatisticsiSCSI(SDMGT_HANDLE handle, SD_UINT32 port)
 SD_UINT32 SDGetCrashRecord(SDMGT_HANDLE handle, const char *fileName)
 {
     return library().run({"SDGetCrashRecord", handle, " \"" + std::string(fileName) + "\""});
-}
-
-SD_UINT32 SDDiagPing(SDMGT_HANDLE handle, PING *request)
-{
-    return write("SDDiagPing", handle, request);
 }
 
 SD_UINT32 SDSendScsiReportLunsCmdiSCSI(SDMGT_HANDLE handle, TARGETINFORMATION *target, void *response,
@@ -263,11 +235,6 @@ SD_UINT32 SDSendScsiReadCapacityCmdiSCSI(SDMGT_HANDLE handle, TARGETINFORMATION 
                                          SD_UINT32 responseSize, void *sense, SD_UINT32 senseSize)
 {
     return scsi("SDSendScsiReadCapacityCmdiSCSI", handle, target, response, responseSize, sense, senseSize);
-}
-
-SD_UINT32 SDGetStatisticsiSCSI(SDMGT_HANDLE handle, HBAPORTSTATISCSI *statistics)
-{
-    return read("SDGetStatisticsiSCSI", handle, statistics);
 }
 
 SD_UINT32 SDGetLogs(SDMGT_HANDLE handle, SD_UINT32 logType, SD_UINT32 *count, void *entries)
@@ -290,11 +257,6 @@ SD_UINT32 SDSetCHAPTable(SDMGT_HANDLE handle, CHAPTABLE *table, SD_UINT32 *count
 {
     return library().run(
         {"SDSetCHAPTable", handle, record(table, *count * sizeof *table) + words(*count), nullptr, 0, nullptr, *count});
-}
-
-SD_UINT32 SDGet_iSNSDiscoveryConfig(SDMGT_HANDLE handle, SDM_ISNS_CONFIG *config)
-{
-    return read("SDGet_iSNSDiscoveryConfig", handle, config);
 }
 
 SD_UINT32 SDSet_iSNSDiscoveryConfig(SDMGT_HANDLE handle, SDM_ISNS_CONFIG config)
