@@ -118,10 +118,11 @@ final class Report {
     }
 
     private String json(String machine, boolean valid) {
-        String figures = lines.stream().map(line -> String.format(Locale.ROOT,
-            "    {\"vm\": \"%s\", \"section\": \"%s\", \"subject\": \"%s\", \"other\": \"%s\", "
+        String form = "    {\"vm\": \"%s\", \"section\": \"%s\", \"subject\": \"%s\", \"other\": \"%s\", "
             + "\"median\": %.6g, \"quartiles\": [%.6g, %.6g], \"count\": %d, "
-            + "\"mark\": \"%s\", \"verdict\": \"%s\"}", line.vm, line.section, line.subject, line.other, line.figure.median(), line.figure.low(), line.figure.high(),
+            + "\"mark\": \"%s\", \"verdict\": \"%s\"}";
+        String figures = lines.stream().map(line -> String.format(Locale.ROOT, form, line.vm, line.section,
+            line.subject, line.other, line.figure.median(), line.figure.low(), line.figure.high(),
             line.figure.count(), line.mark, line.verdict())).collect(Collectors.joining(",\n"));
         return "{\n  \"machine\": \"" + machine.replace("\"", "'") + "\",\n  \"valid\": " + valid
             + ",\n  \"figures\": [\n" + figures + "\n  ]\n}\n";
