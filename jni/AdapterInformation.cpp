@@ -61,17 +61,10 @@ SD_UINT32 readChipInfo(JNIEnv *env, SDMGT_HANDLE handle, jobject jHba)
 
 void setChipInfo(JNIEnv *env, jobject jObj, const CHIPINFO &chip)
 {
-    if (jObj == nullptr) {
-        nullObject("NULL javaChipInfoObject!2\n");
-        return;
-    }
-    const SD_UINT32 status = withClassOf(env, jObj, [&](JavaObject &hba) {
+    convertAndCarryOn(env, jObj, "NULL javaChipInfoObject!2\n", [&](JavaObject &hba) {
         return setText(hba, "setBoardType", chip.BoardType, anonymous, "NULL Board Type !\n")
                && setInt(hba, "setChipVersion", chip.ChipVersion, namedObj);
     });
-    if (status != 0) {
-        forgetOwnError(env);
-    }
 }
 
 SD_UINT32 readHBAState(JNIEnv *env, SDMGT_HANDLE handle, jobject jHBA)

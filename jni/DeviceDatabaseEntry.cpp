@@ -21,14 +21,6 @@ SD_UINT32 setiSCSIDevDDBEntry(JNIEnv *env, jobject javaDevDBEntryObject, const D
             return setInt(entry, "setTargetID", pDDB.TargetID, namedObj)
                    && setInt(entry, "setState", pDDB.DeviceState, namedObj);
         };
-        const auto fillNodeInfo = [&](jobject nodeInfo) {
-            setNodeInfo(env, nodeInfo, pDDB.EntryInfo);
-            return SD_UINT32{0};
-        };
-        const auto fillParameters = [&](jobject devEntry) {
-            setiSCSIDevEntry(env, devEntry, pDDB.DeviceInfo);
-            return SD_UINT32{0};
-        };
         static_cast<void>(setShorts(entry, "setInitiatorSessionID", pDDB.InitiatorSessID, named)
                           && (paramsOnly || setTarget()) && setInt(entry, "setIndex", index, namedObj)
                           && setInt(entry, "setMaxTxDataSegmentLen", pDDB.MaxTxDataSegmentLen, namedObj)
@@ -41,10 +33,11 @@ SD_UINT32 setiSCSIDevDDBEntry(JNIEnv *env, jobject javaDevDBEntryObject, const D
                           && setInt(entry, "setTargetSessionID", pDDB.TargetSessID, namedObj)
                           && setInt(entry, "setTargetPortalGroupID", pDDB.TargetPortalGroupID, namedObj)
                           && withFetched(entry, "getNodeInfo", GIVES_NODE_INFO, twoBlanks,
-                                         "NULL javaNodeInfoObject!1\n", fillNodeInfo)
+                                         "NULL javaNodeInfoObject!1\n",
+                                         [&](jobject nodeInfo) { setNodeInfo(env, nodeInfo, pDDB.EntryInfo); })
                           && withFetched(entry, "getDeviceEntry", GIVES_DEV_ENTRY,
                                          "GetMethodID  DevEntry call failed!\n", "NULL javaDevEntryObject!\n",
-                                         fillParameters));
+                                         [&](jobject devEntry) { setiSCSIDevEntry(env, devEntry, pDDB.DeviceInfo); }));
         return entry.status;
     });
 }
@@ -53,16 +46,8 @@ SD_UINT32 setiSCSIDevDDBEntry(JNIEnv *env, jobject javaDevDBEntryObject, const D
 static SD_UINT32 getiSCSIDevDDBEntry(JNIEnv *env, jobject jDDB, DEVICEENTRYISCSI &ddb)
 {
     return withClassOf(env, jDDB, [&](JavaObject &entry) {
-        const auto readNodeInfo = [&](jobject nodeInfo) {
-            getNodeInfo(env, nodeInfo, ddb.EntryInfo);
-            return SD_UINT32{0};
-        };
-        const auto readParameters = [&](jobject devEntry) {
-            getiSCSIDevEntry(env, devEntry, ddb.DeviceInfo);
-            return SD_UINT32{0};
-        };
         return withFetched(entry, "getNodeInfo", GIVES_NODE_INFO, twoBlanks, "NULL javaNodeInfoObject!6\n",
-                           readNodeInfo)
+                           [&](jobject nodeInfo) { getNodeInfo(env, nodeInfo, ddb.EntryInfo); })
                && getInt(entry, "getState", ddb.DeviceState, named) && getInt(entry, "getTargetID", ddb.TargetID, named)
                && getByte(entry, "getOptions", ddb.Options, named) && getInt(entry, "getExeCount", ddb.exeCount, named)
                && getByte(entry, "getControl", ddb.Control, named)
@@ -74,7 +59,7 @@ static SD_UINT32 getiSCSIDevDDBEntry(JNIEnv *env, jobject jDDB, DEVICEENTRYISCSI
                && getInt(entry, "getDDBLink", ddb.DDBLink, named)
                && getInt(entry, "getChapIndex", ddb.CHAPTableIndex, named)
                && withFetched(entry, "getDeviceEntry", GIVES_DEV_ENTRY, twoBlanks, "NULL javaDevEntryObject!\n",
-                              readParameters);
+                              [&](jobject devEntry) { getiSCSIDevEntry(env, devEntry, ddb.DeviceInfo); });
     });
 }
 

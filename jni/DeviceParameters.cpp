@@ -4,11 +4,7 @@
 
 void setiSCSIDevEntry(JNIEnv *env, jobject jObj, const ISCSIDEVICE &piSCSIDevice)
 {
-    if (jObj == nullptr) {
-        nullObject("NULL jObj!\n");
-        return;
-    }
-    const SD_UINT32 status = withClassOf(env, jObj, [&](JavaObject &entry) {
+    convertAndCarryOn(env, jObj, "NULL jObj!\n", [&](JavaObject &entry) {
         return setShort(entry, "setiSCSIOptions", piSCSIDevice.iSCSIOptions, named)
                && setShort(entry, "setTaskManagementTimeout", piSCSIDevice.taskMngmntTimeout, named)
                && setShort(entry, "setRetryCount", piSCSIDevice.retryCount, named)
@@ -27,19 +23,12 @@ void setiSCSIDevEntry(JNIEnv *env, jobject jObj, const ISCSIDEVICE &piSCSIDevice
                && setText(entry, "setTargetAddress", piSCSIDevice.targetAddr, named, "NULL target Addr!\n")
                && setInt(entry, "setPortNumber", piSCSIDevice.portNumber, named);
     });
-    if (status != 0) {
-        forgetOwnError(env);
-    }
 }
 
 // The order is not that of the setters: getMaxBurstSize comes third here.
 void getiSCSIDevEntry(JNIEnv *env, jobject jObj, ISCSIDEVICE &piSCSIDevice)
 {
-    if (jObj == nullptr) {
-        nullObject("NULL jObj!\n");
-        return;
-    }
-    const SD_UINT32 status = withClassOf(env, jObj, [&](JavaObject &entry) {
+    convertAndCarryOn(env, jObj, "NULL jObj!\n", [&](JavaObject &entry) {
         return getShort(entry, "getiSCSIOptions", piSCSIDevice.iSCSIOptions, named)
                && getShort(entry, "getTaskManagementTimeout", piSCSIDevice.taskMngmntTimeout, named)
                && getShort(entry, "getMaxBurstSize", piSCSIDevice.maxBurstSize, named)
@@ -58,7 +47,4 @@ void getiSCSIDevEntry(JNIEnv *env, jobject jObj, ISCSIDEVICE &piSCSIDevice)
                && getText(entry, "getTargetAddress", piSCSIDevice.targetAddr, named)
                && getInt(entry, "getPortNumber", piSCSIDevice.portNumber, named);
     });
-    if (status != 0) {
-        forgetOwnError(env);
-    }
 }

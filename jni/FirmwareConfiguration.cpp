@@ -10,16 +10,12 @@
 SD_UINT32 getInitFW(JNIEnv *env, jobject javaInitFWObject, const INITFWISCSI &block)
 {
     return withClassOf(env, javaInitFWObject, [&](JavaObject &initFW) {
-        const auto fillParameters = [&](jobject devEntry) {
-            setiSCSIDevEntry(env, devEntry, block.DeviceInfo);
-            return SD_UINT32{0};
-        };
         return setShort(initFW, "setFWOptions", block.FWOptions, namedObj)
                && setShort(initFW, "setAddFWOptions", block.addFWOptions, namedObj)
                && setByte(initFW, "setReserved1", block.Reserved1, namedObj)
                && setShort(initFW, "setWakeupThreshold", block.wakeupThreshold, namedObj)
                && withFetched(initFW, "getDevEntry", GIVES_DEV_ENTRY, twoBlanks, "NULL javaDevEntryObject!\n",
-                              fillParameters);
+                              [&](jobject devEntry) { setiSCSIDevEntry(env, devEntry, block.DeviceInfo); });
     });
 }
 
@@ -56,10 +52,8 @@ SD_UINT32 readFWDefaults(JNIEnv *env, SDMGT_HANDLE handle, jobject jInitFW)
 // One address of the HBA object: fetched and copied over the field's 16 address bytes.
 static bool getAddress(JavaObject &hba, const char *getter, Message message, ISCSIIPADDR &field)
 {
-    return withFetched(hba, getter, GIVES_IP_ADDR, message, "NULL javaIPObject!\n", [&](jobject address) {
-        getIPAddr(hba.env, address, field);
-        return SD_UINT32{0};
-    });
+    return withFetched(hba, getter, GIVES_IP_ADDR, message, "NULL javaIPObject!\n",
+                       [&](jobject address) { getIPAddr(hba.env, address, field); });
 }
 
 static SD_UINT32 getNames(JNIEnv *env, jobject javaNodeInfoObject, INITFWISCSI &block)
@@ -74,14 +68,10 @@ static SD_UINT32 getNames(JNIEnv *env, jobject javaNodeInfoObject, INITFWISCSI &
 static SD_UINT32 getOptions(JNIEnv *env, jobject javaInitFWObject, INITFWISCSI &block)
 {
     return withClassOf(env, javaInitFWObject, [&](JavaObject &initFW) {
-        const auto readParameters = [&](jobject devEntry) {
-            getiSCSIDevEntry(env, devEntry, block.DeviceInfo);
-            return SD_UINT32{0};
-        };
         return getShort(initFW, "getFWOptions", block.FWOptions, namedObj)
                && getShort(initFW, "getAddFWOptions", block.addFWOptions, namedObj)
                && withFetched(initFW, "getDevEntry", GIVES_DEV_ENTRY, twoBlanks, "NULL javaDevEntryObject!\n",
-                              readParameters);
+                              [&](jobject devEntry) { getiSCSIDevEntry(env, devEntry, block.DeviceInfo); });
     });
 }
 

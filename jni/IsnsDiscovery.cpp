@@ -30,15 +30,11 @@ SD_UINT32 JavaToSDM_iSNSDiscoveryConfig(JNIEnv *env, jobject jiSNSDiscoveryConfi
     if (jiSNSDiscoveryConfig == nullptr) {
         return ERR_INVALID_PARAMETER;
     }
-    const auto readAddress = [&](jobject address) {
-        getIPAddr(env, address, config.ipAddr);
-        return SD_UINT32{0};
-    };
     const auto convert = [&](JavaObject &object) {
         return getFlag(object, "getEnableiSNSDiscoveryFlag", config.performiSNSDiscovery, namedObj)
                && getFlag(object, "getAutomaticDiscoveryFlag", config.AutomaticiSNSDiscovery, silent)
                && withFetched(object, "getServerIPAddress", GIVES_IP_ADDR, "GetMethodID  getIPAddr call failed!\n",
-                              "NULL javaIPObject!\n", readAddress)
+                              "NULL javaIPObject!\n", [&](jobject address) { getIPAddr(env, address, config.ipAddr); })
                && getText(object, "getHBAiSCSIName", config.initiatorName, anonymous);
     };
     return withClassOf(env, jiSNSDiscoveryConfig, convert, "Find iSNSDiscoveryConfig class call failed!\n");

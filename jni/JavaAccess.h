@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <jni.h>
+#include <type_traits>
 
 #include "vdsdm/Status.h"
 #include "vdsdm/Types.h"
@@ -101,6 +102,18 @@ SD_UINT32 withClassOf(JNIEnv *env, jobject object, Work work, const char *noClas
         }
         return owner.status;
     });
+}
+
+// The frame of a converter that returns nothing and whose caller carries on: a null object prints its line, and the
+// error of a failed row is forgotten.
+template <typename Work>
+void convertAndCarryOn(JNIEnv *env, jobject object, const char *nullLine, Work work)
+{
+    if (object == nullptr) {
+        nullObject(nullLine);
+    } else if (withClassOf(env, object, work) != 0) {
+        forgetOwnError(env);
+    }
 }
 
 // Finds a class by name: work(jclass), which returns a status. Not found: prints the line and returns ERR_JNI_CLASS.
@@ -257,8 +270,8 @@ bool getShorts(JavaObject &owner, const char *name, SD_UINT8 (&field)[N], Messag
     return getShortsOf(owner, name, field, N, message);
 }
 
-// Fetches an object from its owner's getter and lends it to work(jobject), which returns a status. The getter missing:
-// its message and ERR_JNI_METHOD; a null object: its line and ERR_JNI_NULL.
+// Fetches an object from its owner's getter and lends it to work(jobject), which returns a status, or nothing when its
+// failures do not count. The getter missing: its message and ERR_JNI_METHOD; a null object: its line and ERR_JNI_NULL.
 template <typename Work>
 bool withFetched(JavaObject &owner, const char *name, const char *signature, Message message, const char *nullLine,
                  Work work)
@@ -267,7 +280,16 @@ bool withFetched(JavaObject &owner, const char *name, const char *signature, Mes
     if (method == nullptr) {
         return false;
     }
-    owner.status = withLocal(owner.env, owner.env->CallObjectMethod(owner.object, method),
-                             [&](jobject object) { return object == nullptr ? nullObject(nullLine) : work(object); });
+    owner.status = withLocal(owner.env, owner.env->CallObjectMethod(owner.object, method), [&](jobject object) {
+        if (object == nullptr) {
+            return nullObject(nullLine);
+        }
+        if constexpr (std::is_void_v<decltype(work(object))>) {
+            work(object);
+            return SD_UINT32{0};
+        } else {
+            return work(object);
+        }
+    });
     return owner.status == 0;
 }

@@ -43,11 +43,7 @@ void setIPAddr(JNIEnv *env, jobject jObj, const ISCSIIPADDR &addr, int type)
 
 void getIPAddr(JNIEnv *env, jobject jIPObj, ISCSIIPADDR &addr)
 {
-    if (jIPObj == nullptr) {
-        nullObject("NULL jIPObj!\n");
-        return;
-    }
-    const SD_UINT32 status = withClassOf(env, jIPObj, [&](JavaObject &address) {
+    convertAndCarryOn(env, jIPObj, "NULL jIPObj!\n", [&](JavaObject &address) {
         jmethodID getAddressElement =
             lookUp(address, "getAddressElement", "(S)S", "GetMethodID  getAddress call failed!\n");
         if (getAddressElement == nullptr) {
@@ -59,18 +55,11 @@ void getIPAddr(JNIEnv *env, jobject jIPObj, ISCSIIPADDR &addr)
             i++;
         }
     });
-    if (status != 0) {
-        forgetOwnError(env);
-    }
 }
 
 void setNodeInfo(JNIEnv *env, jobject jObj, const NODEINFOISCSI &node)
 {
-    if (jObj == nullptr) {
-        nullObject("NULL javaNodeInfoObject!2\n");
-        return;
-    }
-    const SD_UINT32 status = withClassOf(env, jObj, [&](JavaObject &object) {
+    convertAndCarryOn(env, jObj, "NULL javaNodeInfoObject!2\n", [&](JavaObject &object) {
         if (!setText(object, "setiSCSIName", node.iSCSIName, anonymous, handNullOver)
             || !setText(object, "setAlias", node.Alias, anonymous, handNullOver)) {
             return;
@@ -78,31 +67,17 @@ void setNodeInfo(JNIEnv *env, jobject jObj, const NODEINFOISCSI &node)
         setIPAddr(env, jObj, node.IPAddr, ADDRESS_OWN);
         setInt(object, "setPortalCount", node.PortalCount, named);
     });
-    if (status != 0) {
-        forgetOwnError(env);
-    }
 }
 
 void getNodeInfo(JNIEnv *env, jobject javaNodeInfoObject, NODEINFOISCSI &node)
 {
-    if (javaNodeInfoObject == nullptr) {
-        nullObject("NULL javaNodeInfoObject!3\n");
-        return;
-    }
-    const SD_UINT32 status = withClassOf(env, javaNodeInfoObject, [&](JavaObject &object) {
-        const auto fillAddress = [&](jobject address) {
-            getIPAddr(env, address, node.IPAddr);
-            return SD_UINT32{0};
-        };
+    convertAndCarryOn(env, javaNodeInfoObject, "NULL javaNodeInfoObject!3\n", [&](JavaObject &object) {
         return getText(object, "getiSCSIName", node.iSCSIName, twoBlanks)
                && getText(object, "getAlias", node.Alias, twoBlanks)
                && withFetched(object, "getIPAddress", GIVES_IP_ADDR, "GetMethodID  getIPAddr call failed!\n",
-                              "NULL javaIPObject!\n", fillAddress)
+                              "NULL javaIPObject!\n", [&](jobject address) { getIPAddr(env, address, node.IPAddr); })
                && getInt(object, "getPortalCount", node.PortalCount, named);
     });
-    if (status != 0) {
-        forgetOwnError(env);
-    }
 }
 
 void printfIPAddr(const ISCSIIPADDR &ipAddr)

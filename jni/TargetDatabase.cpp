@@ -64,15 +64,11 @@ static bool setDiscPortal(JavaObject &target, const DISCISCSIPORTAL &portal)
 
 static bool setDiscNode(JavaObject &target, const DISCISCSINODE &node)
 {
-    const auto fillNodeInfo = [&](jobject nodeInfo) {
-        setNodeInfo(target.env, nodeInfo, node.NodeInfo);
-        return SD_UINT32{0};
-    };
     return setInt(target, "setSessionID", node.SessionID, namedObj)
            && setInt(target, "setConnectionID", node.ConnectionID, namedObj)
            && setInt(target, "setPortalGroup", node.PortalGroupID, namedObj)
            && withFetched(target, "getNodeInfo", GIVES_NODE_INFO, twoBlanks, "NULL javaNodeInfoObject!5\n",
-                          fillNodeInfo);
+                          [&](jobject nodeInfo) { setNodeInfo(target.env, nodeInfo, node.NodeInfo); });
 }
 
 static SD_UINT32 setTargetInfo(JNIEnv *env, jobject javaTargetInfoObject, const TARGETINFORMATION &address)
