@@ -7,7 +7,7 @@ import java.util.function.IntSupplier;
 
 /** How the bridge's snapshot grows with the entries, and what a second thread gains: {@code Growth ROUNDS}. */
 final class Growth {
-    private static final int[] SIZES = {0, 1, 64, 128, 256, 384, 512};
+    private static final int[] SIZES = {0, 1, 2, 64, 128, 256, 384, 512};
     private static final int WARM_UP_ROUNDS = 30;
     private static final int SNAPSHOTS = 10;
     private static final int SPINS = 20_000_000;
@@ -42,13 +42,20 @@ final class Growth {
         if (!print) {
             return;
         }
+        // A snapshot with entries looks their class up once, which one without does not: what is fixed shows in the
+        // difference between one entry and two.
         double[] perEntry = new double[rounds];
+        double[] beyondNone = new double[rounds];
         int last = SIZES.length - 1;
         for (int round = 0; round < rounds; round++) {
-            double one = times[1][round] - times[0][round];
-            perEntry[round] = (times[last][round] - times[0][round]) / SIZES[last] / one;
+            double one = times[2][round] - times[1][round];
+            double fixed = times[1][round] - one;
+            perEntry[round] = (times[last][round] - fixed) / SIZES[last] / one;
+            double none = times[0][round];
+            beyondNone[round] = (times[last][round] - none) / SIZES[last] / (times[1][round] - none);
         }
         Figure.of(perEntry).print("growth", "time per entry at 512 entries", "at 1 entry", "0.95..1.05");
+        Figure.of(beyondNone).print("growth", "the same beyond a snapshot of 0", "the same at 1 entry", "");
         for (int k = 0; k < SIZES.length; k++) {
             Figure.of(times[k]).print("curve", "snapshot, nanoseconds", Integer.toString(SIZES[k]), "");
         }

@@ -7,7 +7,7 @@ import java.util.function.IntSupplier;
 final class Pairs {
     private static final long WARM_UP = 1_000_000_000;
     private static final long SAMPLE = 100_000;
-    private static final long LONGEST = 12_000_000_000L;
+    private static final long LONGEST = 8_000_000_000L;
 
     private final Runnable between;
     private final int pairs;
@@ -15,7 +15,7 @@ final class Pairs {
     /**
      * Prepares the timing.
      *
-     * @param pairs most pairs; fewer, but not less than a tenth, when they would take longer than twelve seconds
+     * @param pairs most pairs; fewer, but not less than a tenth, when they would take longer than eight seconds
      * @param between run before every sample, outside its time
      */
     Pairs(int pairs, Runnable between) {

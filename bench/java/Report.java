@@ -26,7 +26,7 @@ final class Report {
         TITLES.put("control", "Controls: the bridge against the same source built a second time (valid within 2 %)");
         TITLES.put("ratio", "The bridge's time divided by the other's");
         TITLES.put("first-use", "First use in a fresh process: load and one snapshot of 512 entries");
-        TITLES.put("growth", "Growth of the snapshot; what 0 entries take is subtracted");
+        TITLES.put("growth", "Growth of the snapshot, without what does not grow");
         TITLES.put("threads", "Two threads");
         TITLES.put("start", "The tool's start");
         TITLES.put("adapter", "The software adapter");
