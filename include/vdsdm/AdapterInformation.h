@@ -9,9 +9,9 @@ inline constexpr SD_UINT32 VERSION_TEXT_SIZE = 31;
 
 // The adapter's portal properties. Text that fills its field has no terminator.
 struct HBAISCSIPORTAL {
-    ISCSIIPADDR IPAddr;      // the portal's address
-    SD_UINT8 SerialNum[16];  // serial number, text
-    SD_UINT8 MacAddr[6];     // MAC address
+    ISCSIIPADDR IPAddr;     // the portal's address
+    SD_UINT8 SerialNum[16]; // serial number, text
+    SD_UINT8 MacAddr[6];    // MAC address
     SD_UINT8 Manufacturer[128];
     SD_UINT8 Model[128];
     SD_UINT8 DriverVersion[128];
@@ -87,10 +87,10 @@ static_assert(offsetof(DRIVERINFO, Reserved) == 168);
 
 // The adapter's chip.
 struct CHIPINFO {
-    SD_UINT16 VendorID;    // PCI vendor ID
-    SD_UINT16 DeviceID;    // PCI device ID
-    SD_UINT16 SubVendorID; // PCI subsystem vendor ID
-    SD_UINT16 SubSystemID; // PCI subsystem ID
+    SD_UINT16 VendorID;     // PCI vendor ID
+    SD_UINT16 DeviceID;     // PCI device ID
+    SD_UINT16 SubVendorID;  // PCI subsystem vendor ID
+    SD_UINT16 SubSystemID;  // PCI subsystem ID
     SD_UINT8 BoardType[64]; // text
     SD_UINT16 ChipVersion;
     SD_UINT16 Reserved[24];

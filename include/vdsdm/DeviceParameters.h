@@ -8,8 +8,8 @@ struct ISCSIDEVICE {
     SD_UINT16 deviceType;
     SD_UINT16 exeThrottle; // commands outstanding at once
     SD_UINT16 Reserved;
-    SD_UINT8 retryCount;   // retries, 0 to 255
-    SD_UINT8 retryDelay;   // seconds between retries, 0 to 255
+    SD_UINT8 retryCount;    // retries, 0 to 255
+    SD_UINT8 retryDelay;    // seconds between retries, 0 to 255
     SD_UINT16 iSCSIOptions; // option bits
     SD_UINT16 TCPOptions;   // option bits
     SD_UINT16 IPOptions;    // option bits

@@ -35,11 +35,11 @@ static_assert(offsetof(SDM_DISCOVERED_TARGET_PORTAL, reserved) == 22);
 
 // One target that iSNS discovery found.
 struct SDM_ISNS_DISCOVERED_TARGET {
-    SD_UINT32 numPortals;                         // number of valid portals, 0 to 4
+    SD_UINT32 numPortals; // number of valid portals, 0 to 4
     SDM_DISCOVERED_TARGET_PORTAL targetPortal[4];
-    SD_UINT32 DDID;            // discovery domain identifier
-    SD_UINT8 targetName[256];  // iSCSI name, text
-    SD_UINT8 targetAlias[32];  // alias, text
+    SD_UINT32 DDID;           // discovery domain identifier
+    SD_UINT8 targetName[256]; // iSCSI name, text
+    SD_UINT8 targetAlias[32]; // alias, text
 };
 static_assert(sizeof(SDM_ISNS_DISCOVERED_TARGET) == 392);
 static_assert(offsetof(SDM_ISNS_DISCOVERED_TARGET, targetPortal) == 4);

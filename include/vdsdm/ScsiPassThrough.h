@@ -3,10 +3,10 @@
 
 #include "Types.h"
 
-inline constexpr SD_UINT32 SENSE_SIZE = 256;            // bytes of the sense area handed to every command
-inline constexpr SD_UINT32 REPORT_LUNS_SMALL_SIZE = 264; // bytes: the 8-byte header and 32 entries
+inline constexpr SD_UINT32 SENSE_SIZE = 256;              // bytes of the sense area handed to every command
+inline constexpr SD_UINT32 REPORT_LUNS_SMALL_SIZE = 264;  // bytes: the 8-byte header and 32 entries
 inline constexpr SD_UINT32 REPORT_LUNS_LARGE_SIZE = 2048; // bytes: the 8-byte header and 255 entries
-inline constexpr SD_UINT32 INQUIRY_SIZE = 36;            // bytes asked for: the standard inquiry data
+inline constexpr SD_UINT32 INQUIRY_SIZE = 36;             // bytes asked for: the standard inquiry data
 
 // INQUIRY data with the vendor-specific bytes after the standard 36.
 struct SCSI_INQUIRY_DATA_INFO {

@@ -21,14 +21,14 @@ inline constexpr SD_UINT32 ERR_SCSI_TOLERATED = 0x20000077;     // Report LUNs d
 
 // Codes of the software adapter. Another management library may answer with others: treat every unknown value as a
 // failure and show it in hexadecimal.
-inline constexpr SD_UINT32 ERR_INVALID_HANDLE = 0x20000101;      // the handle names no open adapter
-inline constexpr SD_UINT32 ERR_NO_SUCH_ADAPTER = 0x20000102;     // no adapter has this index
-inline constexpr SD_UINT32 ERR_NO_SUCH_ENTRY = 0x20000103;       // the device database or table has no such entry
-inline constexpr SD_UINT32 ERR_NO_SUCH_TARGET = 0x20000104;      // no target answers under this ID
+inline constexpr SD_UINT32 ERR_INVALID_HANDLE = 0x20000101;       // the handle names no open adapter
+inline constexpr SD_UINT32 ERR_NO_SUCH_ADAPTER = 0x20000102;      // no adapter has this index
+inline constexpr SD_UINT32 ERR_NO_SUCH_ENTRY = 0x20000103;        // the device database or table has no such entry
+inline constexpr SD_UINT32 ERR_NO_SUCH_TARGET = 0x20000104;       // no target answers under this ID
 inline constexpr SD_UINT32 ERR_SCSI_CHECK_CONDITION = 0x20000105; // the unit refused the command: see the sense data
-inline constexpr SD_UINT32 ERR_FLASH_DAMAGED = 0x20000106;       // the flash file is damaged, truncated or foreign
-inline constexpr SD_UINT32 ERR_FLASH_READ = 0x20000107;          // the flash file cannot be read
-inline constexpr SD_UINT32 ERR_FLASH_WRITE = 0x20000108;         // the flash file cannot be written; the old one stands
-inline constexpr SD_UINT32 ERR_IMAGE_FILE = 0x20000109;          // the firmware image is missing, empty or unreadable
-inline constexpr SD_UINT32 ERR_OUTPUT_FILE = 0x2000010a;         // the crash record or trace file cannot be written
-inline constexpr SD_UINT32 ERR_UNREACHABLE = 0x2000010b;         // nothing answers at this address
+inline constexpr SD_UINT32 ERR_FLASH_DAMAGED = 0x20000106;        // the flash file is damaged, truncated or foreign
+inline constexpr SD_UINT32 ERR_FLASH_READ = 0x20000107;           // the flash file cannot be read
+inline constexpr SD_UINT32 ERR_FLASH_WRITE = 0x20000108; // the flash file cannot be written; the old one stands
+inline constexpr SD_UINT32 ERR_IMAGE_FILE = 0x20000109;  // the firmware image is missing, empty or unreadable
+inline constexpr SD_UINT32 ERR_OUTPUT_FILE = 0x2000010a; // the crash record or trace file cannot be written
+inline constexpr SD_UINT32 ERR_UNREACHABLE = 0x2000010b; // nothing answers at this address
