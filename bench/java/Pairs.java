@@ -5,9 +5,10 @@ import java.util.function.IntSupplier;
 
 /** Times two operations in turn, in one VM and on the same objects: A B, B A, A B, ... */
 final class Pairs {
-    private static final long WARM_UP = 1_000_000_000;
+    private static final long WARM_UP = 400_000_000;
+    private static final int FEWEST = 20;
     private static final long SAMPLE = 100_000;
-    private static final long LONGEST = 8_000_000_000L;
+    private static final long LONGEST = 1_600_000_000L;
 
     private final Runnable between;
     private final int pairs;
@@ -15,7 +16,7 @@ final class Pairs {
     /**
      * Prepares the timing.
      *
-     * @param pairs most pairs; fewer, but not less than a tenth, when they would take longer than eight seconds
+     * @param pairs most pairs; fewer, but not less than a tenth, when they would take longer than 1.6 seconds
      * @param between run before every sample, outside its time
      */
     Pairs(int pairs, Runnable between) {
@@ -43,7 +44,7 @@ final class Pairs {
         long calls = 0;
         long spent = 0;
         long start = System.nanoTime();
-        while (System.nanoTime() - start < WARM_UP || calls < pairs / 4) {
+        while (System.nanoTime() - start < WARM_UP || calls < FEWEST) {
             spent += time(a, 1);
             time(b, 1);
             calls++;

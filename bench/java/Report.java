@@ -11,6 +11,8 @@ import java.util.List;
 import java.util.Locale;
 import java.util.Map;
 import java.util.Set;
+import java.util.function.Function;
+import java.util.function.ToDoubleFunction;
 import java.util.stream.Collectors;
 
 /**
@@ -38,6 +40,22 @@ final class Report {
             String[] part = text.split("\t", -1);
             return new Line(part[0], part[1], part[2], part[3], new Figure(Double.parseDouble(part[4]),
                 Double.parseDouble(part[5]), Double.parseDouble(part[6]), Integer.parseInt(part[7])), part[8]);
+        }
+
+        String key() {
+            return String.join("\t", vm, section, subject, other);
+        }
+
+        // The same figure from several starts of the VM: the median of each of its numbers.
+        static Line merge(List<Line> starts) {
+            Line first = starts.get(0);
+            return new Line(first.vm, first.section, first.subject, first.other, new Figure(
+                middle(starts, Figure::median), middle(starts, Figure::low), middle(starts, Figure::high),
+                starts.stream().mapToInt(line -> line.figure.count()).sum()), first.mark);
+        }
+
+        private static double middle(List<Line> starts, ToDoubleFunction<Figure> number) {
+            return Figure.of(starts.stream().map(Line::figure).mapToDouble(number).toArray()).median();
         }
 
         String verdict() {
@@ -82,7 +100,9 @@ final class Report {
 
     public static void main(String[] arguments) throws IOException {
         try (BufferedReader input = new BufferedReader(new InputStreamReader(System.in, StandardCharsets.UTF_8))) {
-            Report report = new Report(input.lines().map(Line::parse).collect(Collectors.toList()));
+            Map<String, List<Line>> starts = input.lines().map(Line::parse)
+                .collect(Collectors.groupingBy(Line::key, LinkedHashMap::new, Collectors.toList()));
+            Report report = new Report(starts.values().stream().map(Line::merge).collect(Collectors.toList()));
             boolean valid = report.lines.stream().noneMatch(line -> line.verdict().equals("INVALID"));
             System.out.print(arguments[0].equals("json") ? report.json(arguments[2], valid)
                 : report.table(arguments[2], valid));
@@ -159,7 +179,7 @@ final class Report {
         return lines.stream().filter(line -> line.section.equals(name)).collect(Collectors.toList());
     }
 
-    private static Set<String> distinct(List<Line> lines, java.util.function.Function<Line, String> part) {
+    private static Set<String> distinct(List<Line> lines, Function<Line, String> part) {
         return lines.stream().map(part).collect(Collectors.toCollection(LinkedHashSet::new));
     }
 }
