@@ -56,7 +56,9 @@ final class Backup {
         } catch (IOException e) {
             throw new BadInput(name + " cannot be read: " + Terminal.reason(e));
         } catch (JsonParseException e) {
-            throw new BadInput(name + " is not a JSON document: " + e.getMessage());
+            // Gson's own message would name the Java class of the cause.
+            Throwable cause = e.getCause() != null ? e.getCause() : e;
+            throw new BadInput(name + " is not a JSON document: " + cause.getMessage());
         }
     }
 
