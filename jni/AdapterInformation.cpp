@@ -85,7 +85,8 @@ SD_UINT32 readHBAState(JNIEnv *env, SDMGT_HANDLE handle, jobject jHBA)
 static bool setPortal(JavaObject &hba, const HBAISCSIPORTAL &portal)
 {
     return setInt(hba, "setNumberDiskTargets", portal.DiscTargetCount, anonymous)
-           && setShorts(hba, "setMACAddress", portal.MacAddr, named) && setInt(hba, "setState", portal.State, anonymous)
+           && setShorts(hba, "setMACAddress", portal.MacAddr, named) //
+           && setInt(hba, "setState", portal.State, anonymous)
            && setInt(hba, "setDhcpState", portal.dhcpState, anonymous)
            && setInt(hba, "setLinkStatus", portal.linkStatus, anonymous)
            && setInt(hba, "setType", portal.Type, anonymous)

@@ -29,7 +29,8 @@ SD_UINT32 getiSCSICHAPEntry(JNIEnv *env, jobject entryObject, CHAPTABLE &record)
         JavaObject entry{env, entryObject, type, 0};
         // Only 8 bits of the link cross in this direction, whatever the field's width.
         SD_UINT8 link = 0;
-        static_cast<void>(getInt(entry, "getFlags", record.Flags, namedObj) && getInt(entry, "getLink", link, namedObj)
+        static_cast<void>(getInt(entry, "getFlags", record.Flags, namedObj) //
+                          && getInt(entry, "getLink", link, namedObj)
                           && getInt(entry, "getChapSecretLength", record.ChapSecretLength, namedObj)
                           && getShorts(entry, "getChapSecret", record.ChapSecret, named)
                           && getText(entry, "getChapSecretStr", record.ChapSecret, anonymous)

@@ -21,8 +21,9 @@ SD_UINT32 setiSCSIDevDDBEntry(JNIEnv *env, jobject javaDevDBEntryObject, const D
             return setInt(entry, "setTargetID", pDDB.TargetID, namedObj)
                    && setInt(entry, "setState", pDDB.DeviceState, namedObj);
         };
-        static_cast<void>(setShorts(entry, "setInitiatorSessionID", pDDB.InitiatorSessID, named)
-                          && (paramsOnly || setTarget()) && setInt(entry, "setIndex", index, namedObj)
+        static_cast<void>(setShorts(entry, "setInitiatorSessionID", pDDB.InitiatorSessID, named) //
+                          && (paramsOnly || setTarget())                                         //
+                          && setInt(entry, "setIndex", index, namedObj)
                           && setInt(entry, "setMaxTxDataSegmentLen", pDDB.MaxTxDataSegmentLen, namedObj)
                           && setInt(entry, "setDDBLink", pDDB.DDBLink, namedObj)
                           && setInt(entry, "setChapIndex", pDDB.CHAPTableIndex, namedObj)
@@ -48,8 +49,10 @@ static SD_UINT32 getiSCSIDevDDBEntry(JNIEnv *env, jobject jDDB, DEVICEENTRYISCSI
     return withClassOf(env, jDDB, [&](JavaObject &entry) {
         return withFetched(entry, "getNodeInfo", GIVES_NODE_INFO, twoBlanks, "NULL javaNodeInfoObject!6\n",
                            [&](jobject nodeInfo) { getNodeInfo(env, nodeInfo, ddb.EntryInfo); })
-               && getInt(entry, "getState", ddb.DeviceState, named) && getInt(entry, "getTargetID", ddb.TargetID, named)
-               && getByte(entry, "getOptions", ddb.Options, named) && getInt(entry, "getExeCount", ddb.exeCount, named)
+               && getInt(entry, "getState", ddb.DeviceState, named) //
+               && getInt(entry, "getTargetID", ddb.TargetID, named)
+               && getByte(entry, "getOptions", ddb.Options, named)  //
+               && getInt(entry, "getExeCount", ddb.exeCount, named) //
                && getByte(entry, "getControl", ddb.Control, named)
                && getInt(entry, "getTargetSessionID", ddb.TargetSessID, named)
                && getInt(entry, "getTargetPortalGroupID", ddb.TargetPortalGroupID, named)

@@ -31,7 +31,8 @@ SD_UINT32 getTargetInfo(JNIEnv *env, jobject javaTargetInfoObject, TARGETINFORMA
         return nullObject("NULL javaTargetInfoObject!\n");
     }
     return withClassOf(env, javaTargetInfoObject, [&](JavaObject &info) {
-        return getInt(info, "getBus", address.BusNumber, named) && getInt(info, "getLUN", address.LUN, named)
+        return getInt(info, "getBus", address.BusNumber, named) //
+               && getInt(info, "getLUN", address.LUN, named)    //
                && getInt(info, "getTargetID", address.TargetID, named);
     });
 }

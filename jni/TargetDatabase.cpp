@@ -74,7 +74,8 @@ static bool setDiscNode(JavaObject &target, const DISCISCSINODE &node)
 static SD_UINT32 setTargetInfo(JNIEnv *env, jobject javaTargetInfoObject, const TARGETINFORMATION &address)
 {
     return withClassOf(env, javaTargetInfoObject, [&](JavaObject &info) {
-        return setInt(info, "setBus", address.BusNumber, namedObj) && setInt(info, "setLUN", address.LUN, namedObj)
+        return setInt(info, "setBus", address.BusNumber, namedObj) //
+               && setInt(info, "setLUN", address.LUN, namedObj)
                && setInt(info, "setTargetID", address.TargetID, namedObj);
     });
 }
