@@ -92,7 +92,8 @@ final class LaunchTest extends ToolTest {
 
     private static Set<String> commands() throws IOException {
         Set<String> commands = new TreeSet<>(Tool.methods().values());
-        commands.addAll(List.of("export 0 x.json", "import 0 all.json --yes", "target show 0 1", "chap clear 0 1 --yes"));
+        commands.addAll(
+            List.of("export 0 x.json", "import 0 all.json --yes", "target show 0 1", "chap clear 0 1 --yes"));
         return commands;
     }
 

@@ -84,8 +84,9 @@ final class ShowTest extends ToolTest {
         assertEquals(Tool.document("""
             {iSCSIName: 'iqn.2004-07.com.varden.adapter:TV2040A000117', alias: 'tavo adapter a', IPAddress: '10.20.0.5',
              portalCount: 1, model: 'Tavo 2040 iSCSI host adapter, copper', iSCSIVersion: '1.0', firmwareVersion:
-             '3.0.1.27', firmwareAttribute: 263, optRomVersion: '1.14', driverVersion: '2.6.4-tavo', driverAttribute: 31,
-             boardType: '2040-C', chipVersion: 259, state: 1, dhcpState: 0, linkStatus: 1}"""), tool.json("info 0"));
+             '3.0.1.27', firmwareAttribute: 263, optRomVersion: '1.14', driverVersion: '2.6.4-tavo',
+             driverAttribute: 31, boardType: '2040-C', chipVersion: 259, state: 1, dhcpState: 0, linkStatus: 1}"""),
+            tool.json("info 0"));
         JsonArray adapters = tool.json("adapters").getAsJsonArray();
         assertEquals(4, adapters.size());
         assertEquals(Tool.document("""
