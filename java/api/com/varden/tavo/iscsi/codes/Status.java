@@ -21,14 +21,19 @@ public enum Status {
     ERR_INVALID_HANDLE(0x20000101, "the adapter is not open"),
     ERR_NO_SUCH_ADAPTER(0x20000102, "no adapter has this index"),
     ERR_NO_SUCH_ENTRY(0x20000103, "the table has no such entry"),
-    ERR_NO_SUCH_TARGET(0x20000104, "no target answers under this ID"),
+    ERR_NO_SUCH_TARGET(0x20000104, "no target answers under this ID or name"),
     ERR_SCSI_CHECK_CONDITION(0x20000105, "the unit refused the command"),
-    ERR_FLASH_DAMAGED(0x20000106, "the adapter's flash file is damaged"),
-    ERR_FLASH_READ(0x20000107, "the adapter's flash file cannot be read"),
-    ERR_FLASH_WRITE(0x20000108, "the adapter's flash file cannot be written; the old contents stand"),
+    ERR_FLASH_DAMAGED(0x20000106, "the stored settings are damaged, or not of this adapter"),
+    ERR_FLASH_READ(0x20000107, "the stored settings cannot be read"),
+    ERR_FLASH_WRITE(0x20000108, "the settings cannot be written; the old ones stand"),
     ERR_IMAGE_FILE(0x20000109, "the firmware image is missing, empty or unreadable"),
     ERR_OUTPUT_FILE(0x2000010a, "the file cannot be written"),
-    ERR_UNREACHABLE(0x2000010b, "nothing answers at this address");
+    ERR_UNREACHABLE(0x2000010b, "nothing answers at this address"),
+    ERR_TIMEOUT(0x2000010c, "the target was reached but did not answer in time"),
+    ERR_AUTHENTICATION(0x2000010d, "CHAP failed: the target or the adapter did not accept the other's credentials"),
+    ERR_LOGIN_REFUSED(0x2000010e, "the target refused the login"),
+    ERR_BUSY(0x2000010f, "another program is writing the settings"),
+    ERR_DATABASE_FULL(0x20000110, "the device database has no free slot");
 
     private final int code;
     private final String meaning;
