@@ -1,35 +1,23 @@
-// The front door: the table of adapter handles and the 39 native methods.
+// The front door: the 39 native methods. It is entered from Java only.
 //
 // A native method is its entry frame (null checks, adapter index, handle) in the order that the contract gives it,
 // followed by one call into its family. What its caller sees first when several things are wrong is read here.
-
-#include "ApiWrapper.h"
-
-#include <cstdio>
-#include <iterator>
 
 #include "AdapterInformation.h"
 #include "ChapTable.h"
 #include "DeviceDatabaseEntry.h"
 #include "FirmwareConfiguration.h"
+#include "Handles.h"
 #include "IsnsDiscovery.h"
 #include "JavaAccess.h"
 #include "Logs.h"
-#include "Records.h"
+#include "RecordMemory.h"
 #include "ScsiPassThrough.h"
 #include "Statistics.h"
 #include "TargetDatabase.h"
 #include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
-
-// The handle of each open adapter by its index; 0 where none is stored. The bridge's only state.
-static SDMGT_HANDLE hbaHandles[32];
-
-bool isAdapterIndex(jint dev)
-{
-    return dev >= 0 && static_cast<std::size_t>(dev) < std::size(hbaHandles);
-}
 
 // The failure value of status methods for an index outside the table.
 static constexpr auto INVALID_INDEX = static_cast<jint>(ERR_INVALID_PARAMETER);
@@ -57,9 +45,7 @@ extern "C" {
 
 JNIEXPORT void JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_initJNINative(JNIEnv *, jobject)
 {
-    for (SDMGT_HANDLE &handle : hbaHandles) {
-        handle = 0;
-    }
+    clearHandles();
 }
 
 // An index outside the table names no adapter: the library is not asked, here and in closeDevice.
@@ -71,7 +57,7 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_openDevice(
     SDMGT_HANDLE handle = 0;
     const SD_UINT32 status = SDOpenDeviceiSCSI(static_cast<SD_UINT32>(dev), &handle);
     if (status == 0) {
-        hbaHandles[dev] = handle;
+        storeHandle(dev, handle);
     }
     return succeeded(status);
 }
@@ -81,9 +67,9 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_closeDevice
     if (!isAdapterIndex(dev)) {
         return JNI_FALSE;
     }
-    const SD_UINT32 status = SDCloseDeviceiSCSI(hbaHandles[dev]);
+    const SD_UINT32 status = SDCloseDeviceiSCSI(hbaHandle(dev));
     if (status == 0) {
-        hbaHandles[dev] = 0;
+        storeHandle(dev, 0);
     }
     return succeeded(status);
 }
@@ -93,26 +79,25 @@ JNIEXPORT jstring JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getVersioniS
     SD_UINT8 versionString[VERSION_TEXT_SIZE];
     clear(versionString);
     SDGetVersioniSCSI(reinterpret_cast<char *>(versionString), VERSION_TEXT_SIZE);
-    return newText(env, versionString, sizeof versionString);
+    return newText(env, versionString).release();
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_enableSdmTrace(JNIEnv *env, jobject, jint dev,
                                                                                 jstring fileName)
 {
-    SD_UINT32 traced = 0;
-    const jint status = withUtfChars(env, fileName, [&](const char *characters) {
-        if (!isAdapterIndex(dev)) {
-            return INVALID_INDEX;
-        }
-        SDMGT_HANDLE handle = hbaHandles[dev];
+    auto characters = utfChars(env, fileName);
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    if (characters == nullptr) {
         // Without a name there is nothing to switch on, which is no failure.
-        if (characters != nullptr) {
-            traced = SDEnableDebugTraceiSCSI(&handle, characters, 0xFFFFFFFF);
-        }
-        return toJava(traced);
-    });
-    failed(traced, "JNI: SDEnableDebugTraceiSCSI: %x \n");
-    return status;
+        return 0;
+    }
+    SDMGT_HANDLE handle = hbaHandle(dev);
+    const SD_UINT32 status = SDEnableDebugTraceiSCSI(&handle, characters.get(), 0xFFFFFFFF);
+    characters.reset();
+    report(status, "JNI: SDEnableDebugTraceiSCSI: %x \n");
+    return toJava(status);
 }
 
 // ---- Adapter information ----
@@ -126,7 +111,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIAdapter
     if (jObj == nullptr) {
         return nullArgument("NULL javaHBAObject!\n");
     }
-    return toJava(readAdapterInfo(env, hbaHandles[dev], jObj));
+    return toJava(readAdapterInfo(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIFWInfo(JNIEnv *env, jobject, jint dev,
@@ -138,7 +123,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIFWInfo(
     if (jObj == nullptr) {
         return nullArgument("NULL Java Obj!\n");
     }
-    return toJava(readFWInfo(env, hbaHandles[dev], jObj));
+    return toJava(readFWInfo(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIDriverInfo(JNIEnv *env, jobject, jint dev,
@@ -150,7 +135,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIDriverI
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(readDriverInfo(env, hbaHandles[dev], jObj));
+    return toJava(readDriverInfo(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getChipInfo(JNIEnv *env, jobject, jint dev,
@@ -162,7 +147,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getChipInfo(JNI
     if (jHba == nullptr) {
         return nullArgument("NULL javaHBAObject!\n");
     }
-    return toJava(readChipInfo(env, hbaHandles[dev], jHba));
+    return toJava(readChipInfo(env, hbaHandle(dev), jHba));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAState(JNIEnv *env, jobject, jint dev,
@@ -174,10 +159,10 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAStat
     if (jHBA == nullptr) {
         return nullArgument("NULL jHBA!\n");
     }
-    return toJava(readHBAState(env, hbaHandles[dev], jHBA));
+    return toJava(readHBAState(env, hbaHandle(dev), jHBA));
 }
 
-JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData(JNIEnv *env, jobject self, jint dev,
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData(JNIEnv *env, jobject, jint dev,
                                                                                  jobject jObj)
 {
     if (!isAdapterIndex(dev)) {
@@ -186,7 +171,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData
     if (jObj == nullptr) {
         return nullArgument("NULL Java Obj!\n");
     }
-    return toJava(readHBAData(env, self, dev, hbaHandles[dev], jObj));
+    return toJava(readHBAData(env, dev, jObj));
 }
 
 // ---- Device database ----
@@ -196,7 +181,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIEntryNu
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(readEntryNum(hbaHandles[dev]));
+    return toJava(readEntryNum(hbaHandle(dev)));
 }
 
 JNIEXPORT jobject JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getDefaultDDBEntry(JNIEnv *env, jobject, jint dev)
@@ -204,7 +189,7 @@ JNIEXPORT jobject JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getDefaultDD
     if (!isAdapterIndex(dev)) {
         return nullptr;
     }
-    return readDefaultDDB(env, hbaHandles[dev]);
+    return readDefaultDDB(env, hbaHandle(dev));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getInitialDDBEntry(JNIEnv *env, jobject, jint dev,
@@ -216,7 +201,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getInitialDDBEn
     if (JDDB == nullptr) {
         return nullArgument("NULL JDDB!\n");
     }
-    return toJava(readInitialDDB(env, hbaHandles[dev], JDDB, jIndex));
+    return toJava(readInitialDDB(env, hbaHandle(dev), JDDB, jIndex));
 }
 
 // The entry written is the one that jDDB's target ID names; the index is not used.
@@ -229,17 +214,17 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBData(JNIE
     if (jDDB == nullptr) {
         return nullArgument("NULL javaDDBObject!\n");
     }
-    return toJava(writeDDB(env, hbaHandles[dev], jDDB));
+    return toJava(writeDDB(env, hbaHandle(dev), jDDB));
 }
 
 // The adapter index is checked once the first element is there.
-JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBsData(JNIEnv *env, jobject self, jint dev,
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBsData(JNIEnv *env, jobject, jint dev,
                                                                              jobjectArray jArray)
 {
     if (jArray == nullptr) {
         return nullArgument("NULL jArray!\n");
     }
-    return toJava(writeDDBs(env, self, dev, jArray));
+    return toJava(writeDDBs(env, dev, jArray));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_logoutDDB(JNIEnv *, jobject, jint dev, jint index,
@@ -248,7 +233,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_logoutDDB(JNIEn
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(sendLogout(hbaHandles[dev], index, options, newIndex));
+    return toJava(sendLogout(hbaHandle(dev), index, options, newIndex));
 }
 
 // ---- Discovered targets and LUNs ----
@@ -265,17 +250,17 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSITargetD
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(readTargetData(env, hbaHandles[dev], jHba, jTarget));
+    return toJava(readTargetData(env, hbaHandle(dev), jHba, jTarget));
 }
 
-// The two natives that it calls check the adapter index.
-JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSILunData(JNIEnv *env, jobject self, jint dev,
+// The adapter index is checked once the LUN object's own objects are there.
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSILunData(JNIEnv *env, jobject, jint dev,
                                                                                  jobject jLun)
 {
     if (jLun == nullptr) {
         return nullArgument("NULL jLun!\n");
     }
-    return toJava(readLunData(env, self, dev, jLun));
+    return toJava(readLunData(env, dev, jLun));
 }
 
 // ---- Firmware configuration and adapter maintenance ----
@@ -288,7 +273,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getFWData(JNIEn
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(readFWData(env, hbaHandles[dev], jObj));
+    return toJava(readFWData(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getISCSIFWDefaults(JNIEnv *env, jobject, jint dev,
@@ -300,7 +285,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getISCSIFWDefau
     if (jInitFW == nullptr) {
         return nullArgument("NULL jInitFW!\n");
     }
-    return toJava(readFWDefaults(env, hbaHandles[dev], jInitFW));
+    return toJava(readFWDefaults(env, hbaHandle(dev), jInitFW));
 }
 
 // The HBA object is tested for null only after the block was read.
@@ -309,7 +294,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setFWData(JNIEn
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(writeFWData(env, hbaHandles[dev], jHba));
+    return toJava(writeFWData(env, hbaHandle(dev), jHba));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setISCSIDefaults(JNIEnv *, jobject, jint dev)
@@ -317,22 +302,20 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setISCSIDef
     if (!isAdapterIndex(dev)) {
         return JNI_FALSE;
     }
-    return succeeded(restoreFWDefaults(hbaHandles[dev]));
+    return succeeded(restoreFWDefaults(hbaHandle(dev)));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_iSCSIUpdateFW(JNIEnv *env, jobject, jint dev,
                                                                                    jstring fName, jshort type)
 {
-    return withUtfChars(env, fName, [&](const char *characters) {
-        if (characters == nullptr) {
-            nullObject("NULL fName!\n");
-            return static_cast<jboolean>(JNI_FALSE);
-        }
-        if (!isAdapterIndex(dev)) {
-            return static_cast<jboolean>(JNI_FALSE);
-        }
-        return succeeded(updateFW(hbaHandles[dev], characters, type));
-    });
+    const auto characters = utfChars(env, fName);
+    if (characters == nullptr) {
+        return succeeded(nullObject("NULL fName!\n"));
+    }
+    if (!isAdapterIndex(dev)) {
+        return JNI_FALSE;
+    }
+    return succeeded(updateFW(hbaHandle(dev), characters.get(), type));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSIHBA(JNIEnv *, jobject, jint dev)
@@ -340,7 +323,7 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSIH
     if (!isAdapterIndex(dev)) {
         return JNI_FALSE;
     }
-    return succeeded(resetHBA(hbaHandles[dev]));
+    return succeeded(resetHBA(hbaHandle(dev)));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSICounters(JNIEnv *, jobject, jint dev,
@@ -349,25 +332,23 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSIC
     if (!isAdapterIndex(dev)) {
         return JNI_FALSE;
     }
-    return succeeded(resetCounters(hbaHandles[dev], portNum));
+    return succeeded(resetCounters(hbaHandle(dev), portNum));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_retrieveCrashRecord(JNIEnv *env, jobject, jint dev,
                                                                                      jstring fileName)
 {
-    SD_UINT32 written = 0;
-    const jint status = withUtfChars(env, fileName, [&](const char *characters) {
-        if (characters == nullptr) {
-            return nullArgument("NULL fileName!\n");
-        }
-        if (!isAdapterIndex(dev)) {
-            return INVALID_INDEX;
-        }
-        written = SDGetCrashRecord(hbaHandles[dev], characters);
-        return toJava(written);
-    });
-    failed(written, "JNI: SDGetCrashRecord failed! %x\n");
-    return status;
+    auto characters = utfChars(env, fileName);
+    if (characters == nullptr) {
+        return nullArgument("NULL fileName!\n");
+    }
+    if (!isAdapterIndex(dev)) {
+        return INVALID_INDEX;
+    }
+    const SD_UINT32 status = SDGetCrashRecord(hbaHandle(dev), characters.get());
+    characters.reset();
+    report(status, "JNI: SDGetCrashRecord failed! %x\n");
+    return toJava(status);
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_ping(JNIEnv *env, jobject, jint dev, jobject ipAddr,
@@ -376,7 +357,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_ping(JNIEnv *en
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(sendPing(env, hbaHandles[dev], ipAddr, count));
+    return toJava(sendPing(env, hbaHandle(dev), ipAddr, count));
 }
 
 // ---- SCSI commands to targets ----
@@ -393,7 +374,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReportLU
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(sendReportLUNs(env, hbaHandles[dev], jTarget));
+    return toJava(sendReportLUNs(env, hbaHandle(dev), jTarget));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiInquiryData(JNIEnv *env, jobject, jint dev,
@@ -409,7 +390,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiInquiryD
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(sendInquiry(env, hbaHandles[dev], targetInfoObj, inqObj));
+    return toJava(sendInquiry(env, hbaHandle(dev), targetInfoObj, inqObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReadCapacityData(JNIEnv *env, jobject, jint dev,
@@ -421,7 +402,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReadCapa
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(sendReadCapacity(env, hbaHandles[dev], jLun));
+    return toJava(sendReadCapacity(env, hbaHandle(dev), jLun));
 }
 
 // ---- Statistics and logs ----
@@ -435,7 +416,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIStatist
     if (jStats == nullptr) {
         return nullArgument("NULL jStats!\n");
     }
-    return toJava(readStatistics(env, hbaHandles[dev], jStats));
+    return toJava(readStatistics(env, hbaHandle(dev), jStats));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getConnectErrorLog(JNIEnv *env, jobject, jint dev,
@@ -447,7 +428,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getConnectError
     if (jObj == nullptr) {
         return nullArgument("NULL Java Obj!\n");
     }
-    return toJava(readConnectErrorLog(env, hbaHandles[dev], jObj));
+    return toJava(readConnectErrorLog(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getARPLog(JNIEnv *env, jobject, jint dev, jobject jObj)
@@ -458,7 +439,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getARPLog(JNIEn
     if (jObj == nullptr) {
         return nullArgument("NULL Java Obj!\n");
     }
-    return toJava(readARPLog(env, hbaHandles[dev], jObj));
+    return toJava(readARPLog(env, hbaHandle(dev), jObj));
 }
 
 // ---- CHAP table ----
@@ -472,7 +453,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getCHAPTableDat
     if (jHBA == nullptr) {
         return nullArgument("NULL jHBA!\n");
     }
-    return toJava(readCHAPTable(env, hbaHandles[dev], jHBA));
+    return toJava(readCHAPTable(env, hbaHandle(dev), jHBA));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setCHAPTableData(JNIEnv *env, jobject, jint dev,
@@ -484,7 +465,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setCHAPTableDat
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
     }
-    return toJava(writeCHAPTable(env, hbaHandles[dev], jArray));
+    return toJava(writeCHAPTable(env, hbaHandle(dev), jArray));
 }
 
 // ---- iSNS discovery ----
@@ -498,7 +479,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSNSDiscover
     if (jiSNSDiscoveryConfig == nullptr) {
         return nullArgument("NULL java iSNSDiscoveryConfig Object!\n");
     }
-    return toJava(readiSNSDiscoveryConfig(env, hbaHandles[dev], jiSNSDiscoveryConfig));
+    return toJava(readiSNSDiscoveryConfig(env, hbaHandle(dev), jiSNSDiscoveryConfig));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setiSNSDiscoveryConfig(JNIEnv *env, jobject, jint dev,
@@ -510,7 +491,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setiSNSDiscover
     if (jiSNSDiscoveryConfig == nullptr) {
         return nullArgument("NULL java iSNSDiscoveryConfig Object!\n");
     }
-    return toJava(writeiSNSDiscoveryConfig(env, hbaHandles[dev], jiSNSDiscoveryConfig));
+    return toJava(writeiSNSDiscoveryConfig(env, hbaHandle(dev), jiSNSDiscoveryConfig));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSNSTargets(JNIEnv *env, jobject, jint dev,
@@ -522,6 +503,6 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSNSTargets(
     if (jHBAobj == nullptr) {
         return nullArgument("NULL java HBA Object!\n");
     }
-    return toJava(readiSNSTargets(env, hbaHandles[dev], jHBAobj));
+    return toJava(readiSNSTargets(env, hbaHandle(dev), jHBAobj));
 }
 }

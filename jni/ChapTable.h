@@ -1,10 +1,10 @@
 // The adapter's CHAP credentials, both ways. Secrets are neither printed nor kept: every buffer that held one is wiped.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/ChapTable.h"
 #include "vdsdm/Types.h"
+
+#include <jni.h>
 
 // Copies a record into a CHAPTableEntry object; the secret crosses as a short[100] and as a String.
 SD_UINT32 setiSCSICHAPEntry(JNIEnv *env, jobject entryObject, const CHAPTABLE &record);

@@ -2,10 +2,10 @@
 // the bridge's own (ERR_JNI_...) or the management library's, unchanged.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/DeviceDatabaseEntry.h"
 #include "vdsdm/Types.h"
+
+#include <jni.h>
 
 // Copies an entry into a DevDBEntry object, which receives `index` as its index. With paramsOnly the object keeps the
 // target ID and state that it has. Failures inside the node info and the session parameters do not change the status.
@@ -24,9 +24,9 @@ SD_UINT32 readInitialDDB(JNIEnv *env, SDMGT_HANDLE handle, jobject JDDB, jint jI
 // Writes a DevDBEntry object to the entry that its target ID names. Nothing is written unless every field was read.
 SD_UINT32 writeDDB(JNIEnv *env, SDMGT_HANDLE handle, jobject jDDB);
 
-// Writes 1 to 511 DevDBEntry objects with the native setDDBData, in their order; an element that fails is reported by
-// its own lines and the next one follows. Other lengths write nothing and return 0.
-SD_UINT32 writeDDBs(JNIEnv *env, jobject self, jint dev, jobjectArray jArray);
+// Writes 1 to 511 DevDBEntry objects, in their order, after checking the adapter index; an element that fails is
+// reported by its own lines and the next one follows. Other lengths write nothing and return 0.
+SD_UINT32 writeDDBs(JNIEnv *env, jint dev, jobjectArray jArray);
 
 // Logs out of a target; each argument is cut to 16 bits. Nothing is printed.
 SD_UINT32 sendLogout(SDMGT_HANDLE handle, jint index, jint options, jint newIndex);

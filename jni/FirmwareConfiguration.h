@@ -2,10 +2,10 @@
 // the management library's, unchanged.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/FirmwareConfiguration.h"
 #include "vdsdm/Types.h"
+
+#include <jni.h>
 
 // Copies option words and session parameters of a block into an InitFW object. In spite of its name, which it shares
 // with the HBA object's Java method, it goes from record to Java.

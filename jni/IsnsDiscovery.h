@@ -2,10 +2,10 @@
 // or the management library's, unchanged.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/IsnsDiscovery.h"
 #include "vdsdm/Types.h"
+
+#include <jni.h>
 
 // Copies the settings into the configuration object. The initiator name does not cross; the host name is always " ".
 SD_UINT32 SDMToJava_iSNSDiscoveryConfig(JNIEnv *env, jobject jiSNSDiscoveryConfig, const SDM_ISNS_CONFIG &config);

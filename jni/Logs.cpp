@@ -1,13 +1,13 @@
 #include "Logs.h"
 
-#include <algorithm>
-#include <cstdio>
-
 #include "JavaAccess.h"
-#include "Records.h"
+#include "RecordMemory.h"
 #include "vdsdm/Logs.h"
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
+
+#include <algorithm>
+#include <span>
 
 // Values per entry.
 static constexpr jsize CONNECT_ERROR_STRIDE = 11;
@@ -45,29 +45,27 @@ static void pack(const ARPTABLE &entry, jlong *values)
 
 // Packs the entries into a new long[] and hands it to the setter, which is looked up while the elements are borrowed.
 template <typename Entry>
-static void setEntries(JavaObject &hba, const char *setter, Message message, const Entry *entries, jsize count,
+static void setEntries(JavaObject &hba, const char *setter, Message message, std::span<const Entry> entries,
                        jsize stride)
 {
     JNIEnv *env = hba.env;
-    hba.status = withLocal(env, env->NewLongArray(stride * count), [&](jlongArray array) {
-        jboolean copied = JNI_FALSE;
-        jlong *values = array == nullptr ? nullptr : env->GetLongArrayElements(array, &copied);
-        if (values == nullptr) {
-            std::printf("NULL array for %s!\n", setter);
-            return ERR_JNI_NULL;
-        }
-        jlong *group = values;
-        for (jsize i = 0; i < count; i++) {
-            pack(entries[i], group);
-            group += stride;
-        }
-        jmethodID method = lookUp(hba, setter, "([J)V", message);
-        env->ReleaseLongArrayElements(array, values, 0);
-        if (method != nullptr) {
-            env->CallVoidMethod(hba.object, method, array);
-        }
-        return hba.status;
-    });
+    const auto array = local(env, env->NewLongArray(stride * static_cast<jsize>(entries.size())));
+    jboolean copied = JNI_FALSE;
+    jlong *values = array == nullptr ? nullptr : env->GetLongArrayElements(array.get(), &copied);
+    if (values == nullptr) {
+        noValue(hba, noArray, setter);
+        return;
+    }
+    jlong *group = values;
+    for (const Entry &entry : entries) {
+        pack(entry, group);
+        group += stride;
+    }
+    jmethodID method = lookUp(hba, setter, "([J)V", message);
+    env->ReleaseLongArrayElements(array.get(), values, 0);
+    if (method != nullptr) {
+        env->CallVoidMethod(hba.object, method, array.get());
+    }
 }
 
 // Reads the log of one type. Of a count above the buffer's capacity only what the buffer holds is handed over.
@@ -82,9 +80,12 @@ static SD_UINT32 readLog(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj, SD_UINT
     if (failed(status, failure)) {
         return status;
     }
-    return withClassOf(env, jObj, [&](JavaObject &hba) {
-        setEntries(hba, setter, message, entries, static_cast<jsize>(std::min(count, LOG_CAPACITY)), stride);
-    });
+    JavaObject hba = objectOf(env, jObj);
+    if (hba.status == 0) {
+        const std::span<const Entry> held(entries, std::min(count, LOG_CAPACITY));
+        setEntries(hba, setter, message, held, stride);
+    }
+    return hba.status;
 }
 
 SD_UINT32 readConnectErrorLog(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj)

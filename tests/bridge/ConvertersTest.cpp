@@ -123,7 +123,7 @@ TEST(Converters, javaHoldsAtMost512Targets)
     jmethodID add = env->GetMethodID(hbaClass, "addDeviceDataBaseEntry", TAKES_DEV_DB_ENTRY);
     const auto addEntries = [&](int count) {
         for (int i = 0; i < count; i++) {
-            jobject entry = newObject(env, entryClass);
+            jobject entry = newObject(env, entryClass, "").release();
             env->CallVoidMethod(hba, add, entry);
             env->DeleteLocalRef(entry);
         }
