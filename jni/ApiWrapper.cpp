@@ -91,6 +91,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_enableSdmTrace(
     }
     if (characters == nullptr) {
         // Without a name there is nothing to switch on, which is no failure.
+        forgetOwnError(env);
         return 0;
     }
     SDMGT_HANDLE handle = hbaHandle(dev);
@@ -178,18 +179,12 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIEntryNum(JNIEnv *, jobject, jint dev)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(readEntryNum(hbaHandle(dev)));
+    return toJava(isAdapterIndex(dev) ? readEntryNum(hbaHandle(dev)) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jobject JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getDefaultDDBEntry(JNIEnv *env, jobject, jint dev)
 {
-    if (!isAdapterIndex(dev)) {
-        return nullptr;
-    }
-    return readDefaultDDB(env, hbaHandle(dev));
+    return isAdapterIndex(dev) ? readDefaultDDB(env, hbaHandle(dev)) : nullptr;
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getInitialDDBEntry(JNIEnv *env, jobject, jint dev,
@@ -230,10 +225,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBsData(JNI
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_logoutDDB(JNIEnv *, jobject, jint dev, jint index,
                                                                            jint options, jint newIndex)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(sendLogout(hbaHandle(dev), index, options, newIndex));
+    return toJava(isAdapterIndex(dev) ? sendLogout(hbaHandle(dev), index, options, newIndex) : ERR_INVALID_PARAMETER);
 }
 
 // ---- Discovered targets and LUNs ----
@@ -291,26 +283,23 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getISCSIFWDefau
 // The HBA object is tested for null only after the block was read.
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setFWData(JNIEnv *env, jobject, jint dev, jobject jHba)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(writeFWData(env, hbaHandle(dev), jHba));
+    return toJava(isAdapterIndex(dev) ? writeFWData(env, hbaHandle(dev), jHba) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setISCSIDefaults(JNIEnv *, jobject, jint dev)
 {
-    if (!isAdapterIndex(dev)) {
-        return JNI_FALSE;
-    }
-    return succeeded(restoreFWDefaults(hbaHandle(dev)));
+    return succeeded(isAdapterIndex(dev) ? restoreFWDefaults(hbaHandle(dev)) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_iSCSIUpdateFW(JNIEnv *env, jobject, jint dev,
                                                                                    jstring fName, jshort type)
 {
+    if (fName == nullptr) {
+        return succeeded(nullObject("NULL fName!\n"));
+    }
     const auto characters = utfChars(env, fName);
     if (characters == nullptr) {
-        return succeeded(nullObject("NULL fName!\n"));
+        return succeeded(nullObject("NULL characters of fName!\n"));
     }
     if (!isAdapterIndex(dev)) {
         return JNI_FALSE;
@@ -320,27 +309,24 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_iSCSIUpdate
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSIHBA(JNIEnv *, jobject, jint dev)
 {
-    if (!isAdapterIndex(dev)) {
-        return JNI_FALSE;
-    }
-    return succeeded(resetHBA(hbaHandle(dev)));
+    return succeeded(isAdapterIndex(dev) ? resetHBA(hbaHandle(dev)) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSICounters(JNIEnv *, jobject, jint dev,
                                                                                         jint portNum)
 {
-    if (!isAdapterIndex(dev)) {
-        return JNI_FALSE;
-    }
-    return succeeded(resetCounters(hbaHandle(dev), portNum));
+    return succeeded(isAdapterIndex(dev) ? resetCounters(hbaHandle(dev), portNum) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_retrieveCrashRecord(JNIEnv *env, jobject, jint dev,
                                                                                      jstring fileName)
 {
+    if (fileName == nullptr) {
+        return nullArgument("NULL fileName!\n");
+    }
     auto characters = utfChars(env, fileName);
     if (characters == nullptr) {
-        return nullArgument("NULL fileName!\n");
+        return nullArgument("NULL characters of fileName!\n");
     }
     if (!isAdapterIndex(dev)) {
         return INVALID_INDEX;
@@ -354,10 +340,7 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_retrieveCrashRe
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_ping(JNIEnv *env, jobject, jint dev, jobject ipAddr,
                                                                       jint count)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(sendPing(env, hbaHandle(dev), ipAddr, count));
+    return toJava(isAdapterIndex(dev) ? sendPing(env, hbaHandle(dev), ipAddr, count) : ERR_INVALID_PARAMETER);
 }
 
 // ---- SCSI commands to targets ----
