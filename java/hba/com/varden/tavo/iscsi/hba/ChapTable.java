@@ -124,6 +124,21 @@ final class ChapTable {
         return differs;
     }
 
+    /** What the adapter holds when this table was written: an empty entry 0, links of 8 bits. */
+    static List<CHAPTableEntry> asWritten(List<CHAPTableEntry> table) {
+        List<CHAPTableEntry> written = new ArrayList<>();
+        for (CHAPTableEntry entry : table) {
+            CHAPTableEntry copy = new CHAPTableEntry();
+            if (!written.isEmpty()) {
+                TABLE.copy(entry, copy);
+                copy.setLink(entry.getLink() & LAST_WRITABLE_LINK);
+                ChapSecret.of(entry).moveTo(copy);
+            }
+            written.add(copy);
+        }
+        return written;
+    }
+
     /** The first entry whose link would be cut by a write, or -1. */
     static int firstLinkTooLarge(List<CHAPTableEntry> table) {
         for (int i = 0; i < table.size(); i++) {

@@ -6,7 +6,6 @@ import com.google.gson.JsonObject;
 import com.google.gson.JsonParseException;
 import com.google.gson.JsonParser;
 import java.io.IOException;
-import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 
 /** JSON documents that the user gives. What is wrong in one is a BadInput that names the place. */
@@ -18,7 +17,7 @@ final class JsonDocument {
         try {
             byte[] bytes = name.equals("-") ? System.in.readAllBytes()
                                             : Files.readAllBytes(UserInput.file(name).toPath());
-            return JsonParser.parseString(new String(bytes, StandardCharsets.UTF_8));
+            return JsonParser.parseString(UserInput.text(bytes, name));
         } catch (IOException e) {
             throw new BadInput(name + " cannot be read: " + UserInput.reason(e));
         } catch (JsonParseException e) {
