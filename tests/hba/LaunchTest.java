@@ -92,7 +92,8 @@ final class LaunchTest extends ToolTest {
 
     private static Set<String> commands() throws IOException {
         Set<String> commands = new TreeSet<>(Tool.methods().values());
-        commands.addAll(List.of("export 0 x.json", "import 0 all.json --yes", "target show 0 1", "chap clear 0 1 --yes"));
+        commands.addAll(
+            List.of("export 0 x.json", "import 0 all.json --yes", "target show 0 1", "chap clear 0 1 --yes"));
         return commands;
     }
 
@@ -145,7 +146,7 @@ final class LaunchTest extends ToolTest {
     @Test
     void flashDamaged() throws IOException {
         for (int dev = 0; dev < 2; dev++) {
-            tool.run("target set " + dev + " 1 --alias=x").expect(0);
+            tool.run("target set " + dev + " 1 --alias=x --force").expect(0);
             Path file = tool.flash.resolve("adapter" + dev + ".flash");
             byte[] bytes = Files.readAllBytes(file);
             bytes[bytes.length / 2] ^= 1;

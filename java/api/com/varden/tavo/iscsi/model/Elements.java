@@ -22,7 +22,7 @@ final class Elements {
             return new short[length];
         }
         if (source.length > length) {
-            throw new IllegalArgumentException(name + " has " + source.length + " elements, expected at most " + length);
+            throw new IllegalArgumentException(name + " has " + source.length + " elements, expected up to " + length);
         }
         return Arrays.copyOf(source, length);
     }

@@ -138,6 +138,13 @@ final class DeviceDatabaseChanges {
         return losses;
     }
 
+    /** Writes a single entry. */
+    void writeOne(Adapter adapter) {
+        DevDBEntry entry = wanted.get(0);
+        adapter.check("writing target " + entry.getTargetID(),
+            adapter.api.setDDBData(adapter.dev, entry, entry.getTargetID()));
+    }
+
     /** Writes the entries in order, and stops at a signal. Whether each was taken only reading them back can tell. */
     void write(Adapter adapter) {
         for (int done = 0; done < wanted.size();) {

@@ -1,8 +1,12 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
+import java.io.IOException;
+import java.util.HashSet;
 import java.util.List;
+import java.util.Set;
 import java.util.StringJoiner;
 
 /** The configured targets, that is the entries of the device database. */
@@ -10,6 +14,13 @@ final class DeviceDatabaseEntry {
     /** Slots run from 0 to this. */
     static final int LAST_SLOT = 511;
     static final NumberField TARGET_ID = new NumberField("targetID", 32, "Target ID").max(LAST_SLOT);
+    /** The session's own once there is one: whatever was written, a login sets it anew. */
+    private static final NumberField SESSION_HANDLE = new NumberField("targetSessionID", 16, "Target session ID") {
+        @Override
+        boolean isSame(Long wanted, Long found) {
+            return true;
+        }
+    };
     static final BytesField SESSION_ID =
         new BytesField("initiatorSessionID", DevDBEntry.SESSION_ID_LENGTH, "Initiator session ID");
     static final NumberField CHAP_INDEX = new NumberField("chapIndex", 16, "CHAP entry");
@@ -21,7 +32,7 @@ final class DeviceDatabaseEntry {
         new BitsField("options", 8, "Options"),
         new BitsField("control", 8, "Control"),
         new NumberField("exeCount", 16, "Execution count"),
-        new NumberField("targetSessionID", 16, "Target session ID"),
+        SESSION_HANDLE,
         SESSION_ID,
         new BitsField("reservedFlags", 32, "Reserved flags"),
         new NumberField("DDBLink", 16, "Link"),
@@ -70,6 +81,23 @@ final class DeviceDatabaseEntry {
         DevDBEntry copy = new DevDBEntry();
         TABLE.copy(entry, copy);
         return copy;
+    }
+
+    /** Writes the entries so that they can be read again. */
+    static void writeBack(JsonWriter json, List<DevDBEntry> entries, String place, List<String> leftOut)
+        throws IOException {
+        Set<Integer> seen = new HashSet<>();
+        json.beginArray();
+        for (DevDBEntry entry : entries) {
+            String entryPlace = place + "[targetID " + entry.getTargetIDUnsigned() + "]";
+            if (entry.getTargetIDUnsigned() > LAST_SLOT || !seen.add(entry.getTargetID())) {
+                leftOut.add(entryPlace + ": " + entry.getNodeInfo().getiSCSIName()
+                    + " cannot be written back (another target has this ID, or it is not " + TARGET_ID.range() + ")");
+            } else {
+                TABLE.writeBack(json, entry, entryPlace, leftOut);
+            }
+        }
+        json.endArray();
     }
 
     /** "target 5 (iqn...)". */

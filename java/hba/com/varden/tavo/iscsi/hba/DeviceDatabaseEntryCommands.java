@@ -96,6 +96,8 @@ final class DeviceDatabaseEntryCommands {
 
         abstract DeviceDatabaseChanges changes(Adapter adapter);
 
+        abstract void send(Adapter adapter, DeviceDatabaseChanges changes);
+
         /** Whether each change of a target in session is asked for, or only one of what leads to the target. */
         abstract boolean asksForEveryChange();
 
@@ -115,8 +117,7 @@ final class DeviceDatabaseEntryCommands {
         @Override
         void write(Adapter adapter) {
             written = checked(adapter);
-            Interruption.watch();
-            written.write(adapter);
+            send(adapter, written);
             differences = new Differences("written");
             written.compare(adapter, "targets", differences);
         }
@@ -162,6 +163,11 @@ final class DeviceDatabaseEntryCommands {
         }
 
         @Override
+        void send(Adapter adapter, DeviceDatabaseChanges changes) {
+            changes.writeOne(adapter);
+        }
+
+        @Override
         boolean asksForEveryChange() {
             return false;
         }
@@ -189,6 +195,12 @@ final class DeviceDatabaseEntryCommands {
         @Override
         DeviceDatabaseChanges changes(Adapter adapter) {
             return new DeviceDatabaseChanges(adapter, document, "targets");
+        }
+
+        @Override
+        void send(Adapter adapter, DeviceDatabaseChanges changes) {
+            Interruption.watch();
+            changes.write(adapter);
         }
 
         @Override

@@ -78,7 +78,7 @@ final class FirmwareConfiguration {
         List<String> losses = new ArrayList<>();
         for (AddressField field : List.of(ADDRESS, SUBNET_MASK, GATEWAY)) {
             if (!field.get(present).equals(field.get(wanted))) {
-                losses.add("changes the adapter's own " + field.label + " from " + field.show(present) + " to "
+                losses.add("changes the adapter's own " + inSentence(field.label) + " from " + field.show(present) + " to "
                     + field.show(wanted) + ", which ends its sessions");
             }
         }
@@ -88,6 +88,11 @@ final class FirmwareConfiguration {
                 + NodeInfo.NAME.show(wanted) + ", under which targets may not let it in");
         }
         return losses;
+    }
+
+    // "IP address" and "subnet mask".
+    private static String inSentence(String label) {
+        return Character.isUpperCase(label.charAt(1)) ? label : Character.toLowerCase(label.charAt(0)) + label.substring(1);
     }
 
     /** hba firmware set. */

@@ -11,6 +11,7 @@ import java.nio.CharBuffer;
 import java.nio.charset.CharacterCodingException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.AccessDeniedException;
+import java.nio.file.FileSystemException;
 import java.nio.file.Files;
 import java.nio.file.NoSuchFileException;
 import java.nio.file.Path;
@@ -34,20 +35,16 @@ final class UserInput {
         return (file.isAbsolute() || directory == null ? file : new File(directory, name)).getAbsoluteFile();
     }
 
-    /** The text of bytes in UTF-8; what is no UTF-8 is refused and not replaced. */
-    static String text(byte[] bytes, String name) {
-        try {
-            return StandardCharsets.UTF_8.newDecoder().decode(ByteBuffer.wrap(bytes)).toString();
-        } catch (CharacterCodingException e) {
-            throw new BadInput(name + " is not text in UTF-8");
-        }
-    }
-
     /** Refuses arguments that the VM could not decode: it has put replacement characters into them. */
     static void requireText(String[] arguments) throws IOException {
         for (String argument : arguments) {
             if (argument.indexOf(REPLACEMENT) >= 0) {
-                text(Files.readAllBytes(Path.of("/proc/self/cmdline")), "the argument '" + argument + "'");
+                byte[] bytes = Files.readAllBytes(Path.of("/proc/self/cmdline"));
+                try {
+                    StandardCharsets.UTF_8.newDecoder().decode(ByteBuffer.wrap(bytes));
+                } catch (CharacterCodingException e) {
+                    throw new BadInput("the argument '" + argument + "' is not text in UTF-8");
+                }
             }
         }
     }
@@ -137,6 +134,9 @@ final class UserInput {
         }
         if (e instanceof AccessDeniedException) {
             return "permission denied";
+        }
+        if (e instanceof FileSystemException failure && failure.getReason() != null) {
+            return failure.getReason();
         }
         return e.getMessage();
     }
