@@ -1,6 +1,9 @@
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
@@ -55,7 +58,7 @@ final class InputTest extends ToolTest {
 
     @ParameterizedTest
     @CsvSource(delimiter = '|', quoteCharacter = '`', textBlock = """
-        [{                                              | x.json is not a JSON document
+        [{                                              | x.json is not a JSON document & line 1 column
         {}                                              | an array is needed
         [5]                                             | targets[0]: an object is needed
         [{}]                                            | targets[0]: targetID is missing
@@ -79,6 +82,9 @@ final class InputTest extends ToolTest {
     @ParameterizedTest
     @CsvSource(delimiter = '|', quoteCharacter = '`', textBlock = """
         []                                              | the document: an object is needed
+        {"format": 'hba settings'}                      | x.json is not a JSON document & line 1 column
+        {F, "iSNS": {}} {}                              | x.json is not a JSON document & line 1 column
+        {F, "iSNS": {}, "iSNS": {}}                     | duplicate name iSNS
         {}                                              | format & hba settings
         {F, "target": []}                               | target: there is no such section
         {F, "firmware": {"initFW": {"FWOptions": -1}}}  | firmware.initFW.FWOptions & 0 to 65535
@@ -90,6 +96,21 @@ final class InputTest extends ToolTest {
     void documents(String document, String says) throws IOException {
         tool.write("x.json", document.replace("F,", "\"format\": \"hba settings\","));
         tool.refused("import 0 x.json --yes", says.split(SEPARATOR));
+    }
+
+    /** Files that are no documents are described in one short sentence. */
+    @Test
+    void noDocuments() throws IOException {
+        Path file = tool.write("x.json", "[".repeat(100_000));
+        tool.refused("target load 0 x.json", "x.json is nested too deeply");
+        tool.write("x.json", "");
+        tool.refused("target load 0 x.json", "x.json is not a JSON document: it is empty");
+        Files.write(file, new byte[] {'[', '"', (byte) 0xE4, '"', ']'});
+        tool.refused("target load 0 x.json", "it is not text in UTF-8");
+        tool.write("x.json", "\u0001\u0002[}");
+        String err = tool.run("import 0 x.json --yes").expect(2).err();
+        assertTrue(err.length() < 100 && !err.contains("Reader"), err);
+        tool.refused("target load 0 /dev/zero", "/dev/zero is too long");
     }
 
     /** Text is measured in the bytes that reach the adapter. */

@@ -6,14 +6,9 @@ import com.varden.tavo.iscsi.model.CHAPTableEntry;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
-import java.io.File;
 import java.io.IOException;
 import java.io.OutputStream;
-import java.nio.file.Files;
-import java.nio.file.Path;
-import java.nio.file.StandardCopyOption;
-import java.nio.file.attribute.PosixFilePermission;
-import java.util.EnumSet;
+import java.util.ArrayList;
 import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
@@ -33,65 +28,73 @@ final class Backup {
 
     private Backup() {}
 
-    private static void write(JsonWriter json, Adapter adapter, boolean reveal) throws IOException {
-        HBA hba = FirmwareConfiguration.readWithNames(adapter);
-        List<DevDBEntry> targets = DeviceDatabaseEntry.readAll(adapter);
-        List<CHAPTableEntry> chap = ChapTable.readAll(adapter);
-        iSNSDiscoveryConfig isns = IsnsDiscovery.readIfSupported(adapter);
-        json.beginObject().name("format").value(FORMAT);
-        json.name(FIRMWARE);
-        FirmwareConfiguration.TABLE.write(json, hba, true);
-        json.name(TARGETS);
-        DeviceDatabaseEntry.TABLE.writeList(json, targets, true);
-        json.name(CHAP);
-        ChapTable.write(json, chap, reveal);
-        if (isns != null) {
-            json.name(ISNS);
-            IsnsDiscovery.TABLE.write(json, isns, true);
+    /** All settings, read before the first of them is written; no iSNS settings where iSNS is not supported. */
+    private record Settings(
+        HBA firmware, List<DevDBEntry> targets, List<CHAPTableEntry> chap, iSNSDiscoveryConfig isns) {
+        static Settings read(Adapter adapter) {
+            return new Settings(FirmwareConfiguration.readWithNames(adapter), DeviceDatabaseEntry.readAll(adapter),
+                ChapTable.readAll(adapter), IsnsDiscovery.readIfSupported(adapter));
         }
-        json.endObject();
+
+        /** Writes the document; notes what an import could not write back and what therefore is not in it. */
+        void write(OutputStream out, boolean reveal, List<String> leftOut) throws IOException {
+            JsonWriter json = Command.jsonWriter(out);
+            json.beginObject().name("format").value(FORMAT);
+            json.name(FIRMWARE);
+            FirmwareConfiguration.TABLE.writeBack(json, firmware, FIRMWARE, leftOut);
+            json.name(TARGETS);
+            DeviceDatabaseEntry.writeBack(json, targets, TARGETS, leftOut);
+            json.name(CHAP);
+            ChapTable.writeBack(json, chap, reveal, CHAP, leftOut);
+            if (isns != null) {
+                json.name(ISNS);
+                IsnsDiscovery.TABLE.writeBack(json, isns, ISNS, leftOut);
+            }
+            json.endObject();
+            json.flush();
+            out.write('\n');
+        }
     }
 
     /** hba export. */
     static final class Export extends DeviceCommand {
         private final PositionalParamSpec file =
-            parameter("FILE", "0..1", "The file to write, an old one is replaced; the standard output without it.");
-        private final OptionSpec reveal = flag("--reveal", "Write the CHAP secrets too.");
+            parameter("FILE", "0..1", "The file to write; the standard output without it, or for -.");
+        private final OptionSpec reveal =
+            flag("--reveal", "Write the CHAP secrets too; only the owner can then read the file.");
+        private OutputFile output;
 
         Export() {
             super("Writes everything that can be written back: firmware settings, targets, CHAP table, iSNS settings. "
                 + "CHAP secrets are written as " + ChapSecret.HIDDEN + ", and an import then keeps those of the "
-                + "adapter; with --reveal they are in the document.");
+                + "adapter; with --reveal they are in the document. An existing file is replaced after a question.");
+            needsConfirmation();
+        }
+
+        @Override
+        void prepare() {
+            String name = file.getValue();
+            if (name != null && !name.equals("-")) {
+                output = new OutputFile(name);
+                if (output.exists()) {
+                    confirm("replaces " + output.path());
+                }
+            }
         }
 
         @Override
         int run(Adapter adapter) throws IOException {
-            if (file.getValue() == null) {
-                JsonWriter json = jsonWriter();
-                write(json, adapter, isSet(reveal));
-                finish(json);
-                return DONE;
+            Settings settings = Settings.read(adapter);
+            List<String> leftOut = new ArrayList<>();
+            if (output == null) {
+                settings.write(System.out, isSet(reveal), leftOut);
+            } else {
+                output.replace(isSet(reveal), out -> settings.write(out, isSet(reveal), leftOut));
+                done("The settings of adapter " + adapter.dev + " were written to " + output.path() + ".");
             }
-            File target = UserInput.file(file.getValue());
-            // Never half a document in the place of a whole one, and for the owner's eyes alone.
-            Path draft = Files.createTempFile(target.getParentFile().toPath(), ".hba", null);
-            try {
-                try (OutputStream out = Files.newOutputStream(draft)) {
-                    JsonWriter json = jsonWriter(out);
-                    write(json, adapter, isSet(reveal));
-                    json.flush();
-                    out.write('\n');
-                }
-                if (!isSet(reveal)) {
-                    Files.setPosixFilePermissions(draft, EnumSet.of(PosixFilePermission.OWNER_READ,
-                        PosixFilePermission.OWNER_WRITE, PosixFilePermission.GROUP_READ,
-                        PosixFilePermission.OTHERS_READ));
-                }
-                Files.move(draft, target.toPath(), StandardCopyOption.REPLACE_EXISTING);
-            } finally {
-                Files.deleteIfExists(draft);
+            for (String line : leftOut) {
+                Terminal.message(line + "; it is left out, and an import leaves the adapter's as it is");
             }
-            done("The settings of adapter " + adapter.dev + " were written to " + target + ".");
             return DONE;
         }
     }

@@ -106,7 +106,7 @@ abstract class Command implements Callable<Integer> {
     final void show(RecordTable table, Object owner) throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            table.write(writer, owner, false);
+            table.write(writer, owner);
             finish(writer);
         } else {
             TextOutput.record(System.out, table, owner, 0);
@@ -118,7 +118,7 @@ abstract class Command implements Callable<Integer> {
         throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            table.writeList(writer, owners, false);
+            table.writeList(writer, owners);
             finish(writer);
         } else if (owners.isEmpty()) {
             System.out.println(none);

@@ -3,8 +3,10 @@ package com.varden.tavo.iscsi.hba;
 import com.google.gson.JsonArray;
 import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
+import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
+import java.io.IOException;
 import java.util.ArrayList;
 import java.util.HashSet;
 import java.util.List;
@@ -84,6 +86,23 @@ final class DeviceDatabaseEntry {
             entries.add(entry);
         }
         return entries;
+    }
+
+    /** Writes the entries so that they can be read again. */
+    static void writeBack(JsonWriter json, List<DevDBEntry> entries, String place, List<String> leftOut)
+        throws IOException {
+        Set<Integer> seen = new HashSet<>();
+        json.beginArray();
+        for (DevDBEntry entry : entries) {
+            String entryPlace = place + "[targetID " + entry.getTargetIDUnsigned() + "]";
+            if (entry.getTargetIDUnsigned() > LAST_SLOT || !seen.add(entry.getTargetID())) {
+                leftOut.add(entryPlace + ": " + entry.getNodeInfo().getiSCSIName()
+                    + " cannot be written back (another target has this ID, or it is not " + TARGET_ID.range() + ")");
+            } else {
+                TABLE.writeBack(json, entry, entryPlace, leftOut);
+            }
+        }
+        json.endArray();
     }
 
     /** Checks a document without the adapter. */

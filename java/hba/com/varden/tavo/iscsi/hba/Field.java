@@ -5,6 +5,7 @@ import com.google.gson.stream.JsonWriter;
 import java.io.IOException;
 import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
+import java.util.List;
 
 /**
  * One property of a model class: its name, which is also its name in JSON, and a label for people. Values are read and
@@ -32,8 +33,16 @@ abstract class Field {
         return readOnly;
     }
 
-    /** Writes the value to a document; for writing back, without what the adapter does not take. */
-    abstract void write(JsonWriter json, Object owner, boolean writableOnly) throws IOException;
+    /** Writes the value to a document. */
+    abstract void write(JsonWriter json, Object owner) throws IOException;
+
+    /**
+     * Writes name and value to a document that is to be read again. What a reader would refuse stays out of it and is
+     * noted.
+     */
+    void writeBack(JsonWriter json, Object owner, String place, List<String> leftOut) throws IOException {
+        throw new IllegalStateException(name + " cannot be set");
+    }
 
     /**
      * Sets the value from a document.

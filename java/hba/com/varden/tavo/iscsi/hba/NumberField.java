@@ -63,7 +63,7 @@ class NumberField extends SettingField<Long> {
     }
 
     @Override
-    final Long get(Object owner) {
+    Long get(Object owner) {
         return ((Number) getProperty(owner)).longValue() & (1L << width) - 1;
     }
 

@@ -25,7 +25,7 @@ abstract class ScalarField<T> extends Field {
     }
 
     @Override
-    final void write(JsonWriter json, Object owner, boolean writableOnly) throws IOException {
+    final void write(JsonWriter json, Object owner) throws IOException {
         T value = get(owner);
         if (value == null) {
             json.nullValue();

@@ -2,6 +2,9 @@ package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.JsonElement;
 import com.google.gson.JsonPrimitive;
+import com.google.gson.stream.JsonWriter;
+import java.io.IOException;
+import java.util.List;
 import picocli.CommandLine.ITypeConverter;
 import picocli.CommandLine.TypeConversionException;
 
@@ -55,6 +58,24 @@ abstract class SettingField<T> extends ScalarField<T> implements ITypeConverter<
             return parse(text);
         } catch (IllegalArgumentException e) {
             throw new TypeConversionException(e.getMessage());
+        }
+    }
+
+    @Override
+    final void writeBack(JsonWriter json, Object owner, String place, List<String> leftOut) throws IOException {
+        if (isPermitted(get(owner))) {
+            json.name(name);
+            write(json, owner);
+        } else {
+            leftOut.add(place + ": " + show(owner) + " cannot be written back (" + range() + ")");
+        }
+    }
+
+    private boolean isPermitted(T value) {
+        try {
+            return value == null || value.equals(parse(value.toString()));
+        } catch (IllegalArgumentException e) {
+            return false;
         }
     }
 

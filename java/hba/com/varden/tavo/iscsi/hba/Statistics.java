@@ -103,7 +103,7 @@ final class Statistics {
         private void show(PortStatistics now, PortStatistics before) throws IOException {
             if (wantsJson()) {
                 JsonWriter json = jsonWriter();
-                TABLE.write(json, now, false);
+                TABLE.write(json, now);
                 finish(json);
                 return;
             }

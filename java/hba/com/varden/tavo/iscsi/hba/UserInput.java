@@ -10,6 +10,7 @@ import java.nio.ByteBuffer;
 import java.nio.CharBuffer;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.AccessDeniedException;
+import java.nio.file.FileSystemException;
 import java.nio.file.NoSuchFileException;
 import java.util.Arrays;
 
@@ -104,6 +105,9 @@ final class UserInput {
         }
         if (e instanceof AccessDeniedException) {
             return "permission denied";
+        }
+        if (e instanceof FileSystemException failure && failure.getReason() != null) {
+            return failure.getReason();
         }
         return e.getMessage();
     }
