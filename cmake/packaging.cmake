@@ -31,7 +31,7 @@ The 32-bit Java runtime that hba needs is fetched by hba-fetch-runtime, once,
 after the package is installed.")
 else()
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE amd64)
-  list(APPEND needed_packages "default-jre-headless (>= 2:1.17) | java17-runtime-headless")
+  list(APPEND needed_packages "default-jre-headless (>= 2:1.17)")
 endif()
 if(TARGET vdsdm_host)
   list(APPEND needed_packages "libiscsi7 (>= 1.19)")
