@@ -30,7 +30,7 @@ final class DurableWrite {
         DurableWrite writes = new DurableWrite();
         writes.open(SMALL_ADAPTER, 1, SMALL_TABLE);
         writes.open(LARGE_ADAPTER, LARGE_TABLE, Fixture.ENTRIES);
-        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), () -> {});
+        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), System::nanoTime, () -> {});
         try (FileChannel file = FileChannel.open(Path.of(arguments[1], "beside"), StandardOpenOption.CREATE,
             StandardOpenOption.WRITE)) {
             timing.ratio(() -> writes.write(SMALL_ADAPTER), () -> sync(file))

@@ -23,4 +23,7 @@ final class Fixture {
 
     /** The 512 records as they were written since the last call. */
     static native byte[] takeWritten();
+
+    /** Nanoseconds of processor time that all threads of this process have taken. */
+    static native long processorTime();
 }

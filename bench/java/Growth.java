@@ -9,7 +9,7 @@ import java.util.function.IntSupplier;
 
 /** How the bridge's snapshot grows with the entries, and what a second thread gains: {@code Growth ROUNDS}. */
 final class Growth {
-    private static final int[] SIZES = {1, 2, 64, 512};
+    private static final int[] SIZES = {1, 64, 512};
     private static final int WARM_UP_ROUNDS = 60;
     private static final int SNAPSHOTS = 10;
     private static final int SPINS = 20_000_000;
@@ -23,40 +23,31 @@ final class Growth {
     public static void main(String[] arguments) throws InterruptedException {
         int rounds = Integer.parseInt(arguments[0]);
         Growth growth = new Growth();
-        growth.times(WARM_UP_ROUNDS);
-        growth.perEntry(rounds);
+        growth.furtherEntries(WARM_UP_ROUNDS);
+        Figure.of(growth.furtherEntries(rounds)).print("Does it grow straight? Time for each further entry",
+            "from 64 to 512 / from 1 to 64", "0.95..1.05");
         growth.threads(rounds / 5);
     }
 
-    // Every round takes all sizes in turn, each as often as it needs to convert 512 entries; nanoseconds per snapshot.
-    private double[][] times(int rounds) {
+    // Every round takes all sizes in turn, each as often as it needs to convert 512 entries. Sizes that lie far apart are
+    // compared, since the difference of two times that are nearly the same is mostly chance.
+    private double[] furtherEntries(int rounds) {
         HBA hba = new HBA();
-        Pairs timing = new Pairs(rounds, hba::clearDeviceDataBaseEntries);
+        Pairs timing = new Pairs(rounds, Fixture::processorTime, hba::clearDeviceDataBaseEntries);
         IntSupplier snapshot = () -> bridge.snapshot().applyAsInt(hba);
-        double[][] times = new double[rounds][SIZES.length];
-        for (double[] round : times) {
+        double[] ratios = new double[rounds];
+        for (int i = 0; i < rounds; i++) {
+            double[] times = new double[SIZES.length];
             for (int k = 0; k < SIZES.length; k++) {
                 Fixture.setEntryCount(SIZES[k]);
                 int calls = Fixture.ENTRIES / SIZES[k];
-                round[k] = (double) timing.time(snapshot, calls) / calls;
+                times[k] = (double) timing.time(snapshot, calls) / calls;
             }
+            double few = (times[1] - times[0]) / (SIZES[1] - SIZES[0]);
+            double many = (times[2] - times[1]) / (SIZES[2] - SIZES[1]);
+            ratios[i] = many / few;
         }
-        return times;
-    }
-
-    // What a snapshot takes whatever its entries shows in the difference between one entry and two.
-    private void perEntry(int rounds) {
-        double[][] times = times(rounds);
-        for (int k = 2; k < SIZES.length; k++) {
-            double[] ratios = new double[rounds];
-            for (int i = 0; i < rounds; i++) {
-                double one = times[i][1] - times[i][0];
-                double fixed = times[i][0] - one;
-                ratios[i] = (times[i][k] - fixed) / SIZES[k] / one;
-            }
-            Figure.of(ratios).print("Does it grow straight? Time per entry, without what does not grow",
-                "each of " + SIZES[k] + " / one", "0.95..1.05");
-        }
+        return ratios;
     }
 
     // The same work on one thread and on two at once; the spin tells what this machine grants a second thread.

@@ -21,7 +21,8 @@ final class Ratios {
 
     public static void main(String[] arguments) {
         Ratios ratios = new Ratios();
-        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), ratios.hba::clearDeviceDataBaseEntries);
+        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), Fixture::processorTime,
+            ratios.hba::clearDeviceDataBaseEntries);
         for (String name : Arrays.asList(arguments).subList(1, arguments.length)) {
             ratios.compare(timing, name);
         }

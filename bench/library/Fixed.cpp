@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <jni.h>
 
 #include "com_varden_tavo_iscsi_bench_Fixture.h"
@@ -185,5 +186,13 @@ JNIEXPORT jbyteArray JNICALL Java_com_varden_tavo_iscsi_bench_Fixture_takeWritte
         std::memset(written, 0, sizeof written);
     }
     return bytes;
+}
+
+// Nanoseconds of processor time that the threads of this process have taken.
+JNIEXPORT jlong JNICALL Java_com_varden_tavo_iscsi_bench_Fixture_processorTime(JNIEnv *, jclass)
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return time.tv_sec * jlong{1'000'000'000} + time.tv_nsec;
 }
 }
