@@ -341,11 +341,11 @@ SD_UINT32 writeEntry(JNIEnv *env, SDMGT_HANDLE handle, jobject object)
         }
         env->DeleteLocalRef(type);
     }
-    env->DeleteLocalRef(hba.type);
     INITFWISCSI block;
     std::memset(&block, 0, sizeof block);
     status |= SDGetInitFW(handle, &block);
     setFirmware(env, object, block);
+    env->DeleteLocalRef(hba.type);
     return static_cast<jint>(status);
 }
 
