@@ -164,6 +164,8 @@ SD_UINT32 readHBAData(JNIEnv *env, jint dev, jobject jObj)
         return hba.status;
     }
     // Its status does not count.
-    readFWData(env, hbaHandle(dev), jObj);
+    if (readFWData(env, hbaHandle(dev), jObj) != 0) {
+        forgetOwnError(env);
+    }
     return lastStatus;
 }

@@ -62,19 +62,25 @@ static void addEntries(JavaObject &hba, std::span<const CHAPTABLE> records)
     }
 }
 
-// Reads into the table, of which no more than it holds is handed over, whatever the count.
+// Reads into the table and hands its records over.
 static SD_UINT32 readTable(JNIEnv *env, SDMGT_HANDLE handle, jobject jHBA, CHAPTABLE (&table)[CHAP_CAPACITY])
 {
     JavaObject hba = objectOf(env, jHBA);
     if (hba.status != 0) {
         return hba.status;
     }
-    SD_UINT32 count = 0;
-    if (failed(SDGetCHAPEntryNum(handle, &count), "JNI: SDGetCHAPEntryNum call failed! %x \n")
-        || failed(SDGetCHAPTable(handle, table, &count), "JNI: SDGetCHAPTable call failed! %x \n")) {
+    SD_UINT32 reported = 0;
+    if (failed(SDGetCHAPEntryNum(handle, &reported), "JNI: SDGetCHAPEntryNum call failed! %x \n")) {
         return ERR_JNI_NULL;
     }
-    addEntries(hba, std::span(table).first(std::min(count, CHAP_CAPACITY)));
+    // The library may take the count for the table's room.
+    SD_UINT32 count = std::min(reported, CHAP_CAPACITY);
+    if (failed(SDGetCHAPTable(handle, table, &count), "JNI: SDGetCHAPTable call failed! %x \n")) {
+        return ERR_JNI_NULL;
+    }
+    // Only a full table can be a cut one; how long it is may be known from the first count alone.
+    const SD_UINT32 held = count < CHAP_CAPACITY ? count : std::max(count, reported);
+    addEntries(hba, std::span(table).first(fitting(held, CHAP_CAPACITY, "CHAP table")));
     return hba.status;
 }
 

@@ -6,7 +6,6 @@
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <span>
 
@@ -132,15 +131,15 @@ static SD_UINT32 replaceTargets(JNIEnv *env, jobject jHBAobj, std::span<const SD
     return 0;
 }
 
-// Hands over what a call brought, unless it failed. Of a count above the buffer's capacity only what the buffer holds
-// is handed over.
+// Hands over what a call brought, unless it failed.
 static SD_UINT32 finish(JNIEnv *env, jobject jHBAobj, SD_UINT32 status, SD_UINT32 count,
                         std::span<const SDM_ISNS_DISCOVERED_TARGET> buffer)
 {
     if (failed(status, "SDGetAlliSNSDiscoveredTargets call failed return Code:%X\n")) {
         return status;
     }
-    return replaceTargets(env, jHBAobj, buffer.first(std::min<std::size_t>(count, buffer.size())));
+    const SD_UINT32 held = fitting(count, static_cast<SD_UINT32>(buffer.size()), "iSNS targets");
+    return replaceTargets(env, jHBAobj, buffer.first(held));
 }
 
 SD_UINT32 readiSNSTargets(JNIEnv *env, SDMGT_HANDLE handle, jobject jHBAobj)

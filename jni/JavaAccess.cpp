@@ -283,6 +283,8 @@ void getText(JavaObject &owner, const char *name, std::span<SD_UINT8> field, Mes
         const auto text = local(env, static_cast<jstring>(env->CallObjectMethod(owner.object, getter)));
         if (const auto characters = utfChars(env, text.get())) {
             std::strncpy(reinterpret_cast<char *>(field.data()), characters.get(), field.size());
+        } else if (text != nullptr) {
+            forgetOwnError(env);
         }
     }
 }

@@ -2,6 +2,9 @@
 // frees it.
 #pragma once
 
+#include "vdsdm/Types.h"
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -22,6 +25,16 @@ inline void wipe(void *memory, std::size_t size)
 {
     std::memset(memory, 0, size);
     asm volatile("" : : "r"(memory) : "memory");
+}
+
+// How many entries of a list are read. One rule for every list: what the management library reports never leads beyond
+// the buffer, and a list that was cut says so in a line that names it.
+inline SD_UINT32 fitting(SD_UINT32 reported, SD_UINT32 room, const char *list)
+{
+    if (reported > room) {
+        std::printf("%s cut: %u reported, %u read\n", list, reported, room);
+    }
+    return std::min(reported, room);
 }
 
 // Makes `count` cleared records on the heap, owned by what is returned, which wipes and frees them. Null when there is

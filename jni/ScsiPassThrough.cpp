@@ -5,7 +5,6 @@
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <span>
@@ -57,8 +56,8 @@ static bool reportLUNs(SDMGT_HANDLE handle, TARGETINFORMATION &address, std::spa
     return commandStatus == ERR_SCSI_TOLERATED || !failed(commandStatus, "SDSendScsiReportLunsCmdiSCSI returned %x\n");
 }
 
-// Hands each reported unit to the target object. The list length is the target's word: entries are read no further than
-// the area reaches. A missing addLUN leaves the command's status to stand.
+// Hands each reported unit to the target object. The length of the list is the target's word. A missing addLUN leaves
+// the command's status to stand.
 static void addLUNs(JavaObject &target, std::span<const SD_UINT8> area, SD_UINT32 commandStatus)
 {
     const SD_UINT32 length = bigEndian32(area.data());
@@ -71,11 +70,15 @@ static void addLUNs(JavaObject &target, std::span<const SD_UINT8> area, SD_UINT3
         // A target that reports no unit is given LUN 0.
         setInt(target, "addLUN", 0, namedObj);
     }
-    const std::size_t end = std::min<std::size_t>(length + LUN_HEADER, area.size());
-    for (std::size_t offset = LUN_HEADER; offset < end; offset += LUN_ENTRY) {
-        setInt(target, "addLUN", static_cast<SD_UINT32>(area[offset] * 256 + area[offset + 1]), namedObj);
+    const SD_UINT32 reported = (length + LUN_ENTRY - 1) / LUN_ENTRY;
+    const SD_UINT32 room = (static_cast<SD_UINT32>(area.size()) - LUN_HEADER) / LUN_ENTRY;
+    const SD_UINT32 units = fitting(reported, room, "LUN list");
+    for (SD_UINT32 i = 0; i < units; ++i) {
+        const auto entry = area.subspan(LUN_HEADER + i * LUN_ENTRY);
+        setInt(target, "addLUN", static_cast<SD_UINT32>(entry[0] * 256 + entry[1]), namedObj);
     }
     if (target.status != 0) {
+        carryOn(target);
         target.status = commandStatus;
     }
 }
@@ -168,5 +171,6 @@ SD_UINT32 sendReadCapacity(JNIEnv *env, SDMGT_HANDLE handle, jobject jLun)
     setInt(lun, "setLogicalBlockAddress", bigEndian32(capacity.LogicalBlockAddress), namedObj);
     setInt(lun, "setBytesPerBlock", bigEndian32(capacity.BytesPerBlock), namedObj);
     // A missing setter is printed, and the call counts as a success.
+    carryOn(lun);
     return 0;
 }

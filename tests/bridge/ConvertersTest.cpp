@@ -174,6 +174,21 @@ TEST(Converters, aClassThatCannotBeHadEndsTheConversion)
     });
 }
 
+// The VM has no memory for the characters of a name; a name that is null has a line of its own.
+TEST(Converters, aNameWithoutCharactersIsNotCalledNull)
+{
+    for (const auto &[method, name] :
+         {std::pair("iSCSIUpdateFW", "fName"), std::pair("retrieveCrashRecord", "fileName")}) {
+        World world(nativeMethod(method));
+        const auto noMemory = [](JniWatch &watch) {
+            watch.failEvent = 0;
+        };
+        EXPECT_EQ(call(world, noMemory).printed, std::string("NULL characters of ") + name + "!\n");
+        world.nulls = 1;
+        EXPECT_EQ(call(world).printed, std::string("NULL ") + name + "!\n");
+    }
+}
+
 // An error whose kind cannot be found out is not the bridge's to forget.
 TEST(Converters, anErrorOfUnknownKindStays)
 {

@@ -1,7 +1,7 @@
 // The adapters as they leave the factory: four models, their settings, and what they have counted at the start.
 #include "Adapter.h"
-#include "Records.h"
-#include "SoftwareTargets.h"
+#include "Fields.h"
+#include "StorageNetwork.h"
 
 #include <algorithm>
 #include <array>

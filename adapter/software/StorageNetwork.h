@@ -1,7 +1,7 @@
 // Names and addresses of the software storage network, for whoever writes device database entries that lead there.
 #pragma once
 
-#include "Contract.h"
+#include "Exported.h"
 
 #include <string>
 #include <string_view>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Adapter.h"
-#include "Contract.h"
+#include "Exported.h"
 #include "Failure.h"
 
 #include <memory>

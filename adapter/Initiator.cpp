@@ -1,7 +1,7 @@
-// The adapter on the network, see Network.h.
-#include "Network.h"
+// The adapter on the network, see Initiator.h.
+#include "Initiator.h"
 
-#include "Records.h"
+#include "Fields.h"
 
 #include <algorithm>
 #include <ctime>

@@ -1,7 +1,7 @@
 // Handles, the trace, and the operations that concern the library as a whole.
-#include "Operations.h"
+#include "Library.h"
 
-#include "Records.h"
+#include "Fields.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>

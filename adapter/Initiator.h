@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Adapter.h"
-#include "TargetPort.h"
+#include "NetworkSeam.h"
 
 // Values of an entry of the connection-error log.
 inline constexpr SD_UINT8 LOG_ENTRY_LOGIN = 1;  // a login failed

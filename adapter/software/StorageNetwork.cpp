@@ -1,11 +1,11 @@
 // The software storage network: hosts that answer, targets with their logical units, iSNS servers. It is the same for
 // every adapter and never changes. Commands are answered with the bytes of the SCSI standards.
-#include "SoftwareTargets.h"
+#include "StorageNetwork.h"
 
 #include "Flash.h"
-#include "Records.h"
+#include "Fields.h"
 #include "ScsiStandard.h"
-#include "TargetPort.h"
+#include "NetworkSeam.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 // Small helpers for the contract's records: text fields and addresses.
 #pragma once
 
-#include "Contract.h"
+#include "Exported.h"
 
 #include <algorithm>
 #include <string>

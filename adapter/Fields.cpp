@@ -1,5 +1,5 @@
 // Addresses of the contract's records to and from text.
-#include "Records.h"
+#include "Fields.h"
 
 #include <arpa/inet.h>
 
