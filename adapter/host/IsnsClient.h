@@ -4,10 +4,8 @@
 #include "Deadline.h"
 #include "TargetPort.h"
 
-#include <span>
 #include <string>
-#include <vector>
 
-// Asks the server at its well-known port. Every target comes with at most the four portals that the record holds.
+// Asks the server at the TCP port of iSNS. Every target comes with at most the four portals that its record holds.
 IsnsResult queryIsnsServer(const ISCSIIPADDR &server, const std::string &initiatorName,
                            const std::string &interfaceName, Deadline deadline);

@@ -3,9 +3,8 @@
 #include "Ping.h"
 
 #include "Files.h"
-#include "Fields.h"
+#include "SocketAddress.h"
 
-#include <net/if.h>
 #include <netinet/in.h>
 #include <netinet/ip.h>
 #include <netinet/ip_icmp.h>
@@ -78,25 +77,7 @@ bool openPinger(Pinger &pinger, const std::string &interfaceName)
                   == 0;
 }
 
-// The socket address, and its size. A link-local address counts on the interface's link.
-socklen_t fill(sockaddr_storage &place, const ISCSIIPADDR &address, const std::string &interfaceName)
-{
-    if (address.Type == ADDRESS_IPV6) {
-        sockaddr_in6 six{};
-        six.sin6_family = AF_INET6;
-        six.sin6_scope_id = if_nametoindex(interfaceName.c_str());
-        std::memcpy(&six.sin6_addr, address.IPAddress, sizeof six.sin6_addr);
-        std::memcpy(&place, &six, sizeof six);
-        return sizeof six;
-    }
-    sockaddr_in four{};
-    four.sin_family = AF_INET;
-    std::memcpy(&four.sin_addr, address.IPAddress, sizeof four.sin_addr);
-    std::memcpy(&place, &four, sizeof four);
-    return sizeof four;
-}
-
-bool sendEcho(Pinger &pinger, const sockaddr_storage &to, socklen_t size, SD_UINT16 sequence)
+bool sendEcho(Pinger &pinger, const SocketAddress &to, SD_UINT16 sequence)
 {
     std::array<SD_UINT8, ECHO_SIZE> packet{};
     EchoHeader &echo = pinger.expected;
@@ -108,8 +89,7 @@ bool sendEcho(Pinger &pinger, const sockaddr_storage &to, socklen_t size, SD_UIN
         echo.checksum = checksumOf(packet); // that of ICMPv6 is the kernel's to make
         std::memcpy(packet.data(), &echo, sizeof echo);
     }
-    return sendto(pinger.socket.number(), packet.data(), packet.size(), MSG_NOSIGNAL,
-                  reinterpret_cast<const sockaddr *>(&to), size)
+    return sendto(pinger.socket.number(), packet.data(), packet.size(), MSG_NOSIGNAL, to.get(), to.size)
            == static_cast<ssize_t>(packet.size());
 }
 
@@ -153,22 +133,19 @@ bool awaitAnswer(const Pinger &pinger, Deadline deadline)
 
 PingResult sendPings(const ISCSIIPADDR &address, SD_UINT32 packets, const std::string &interfaceName, Deadline deadline)
 {
-    ISCSIIPADDR typed = address;
-    setAddressType(typed);
+    const SocketAddress to = socketAddress(address, 0, interfaceName);
     Pinger pinger;
-    pinger.six = typed.Type == ADDRESS_IPV6;
+    pinger.six = to.family() == AF_INET6;
     if (!openPinger(pinger, interfaceName)) {
         return PingResult::notSupported;
     }
     if (getrandom(&pinger.expected.identifier, sizeof pinger.expected.identifier, 0) < 0) {
         return PingResult::notSupported;
     }
-    sockaddr_storage to{};
-    const socklen_t size = fill(to, typed, interfaceName);
     bool answered = false;
     for (SD_UINT32 packet = 0; packet < packets && millisecondsLeft(deadline) > 0; ++packet) {
         const Deadline next = std::min(deadline, deadlineIn(PATIENCE));
-        answered |= sendEcho(pinger, to, size, static_cast<SD_UINT16>(packet)) && awaitAnswer(pinger, next);
+        answered |= sendEcho(pinger, to, static_cast<SD_UINT16>(packet)) && awaitAnswer(pinger, next);
     }
     return answered ? PingResult::answered : PingResult::silent;
 }
