@@ -16,8 +16,7 @@ public enum Status {
     ERR_ISNS_NOT_SUPPORTED(0x2000002d, "iSNS discovery is not supported on this platform"),
     ERR_INVALID_PARAMETER(0x20000064, "an argument is out of range"),
     ERR_BUFFER_TOO_SMALL(0x20000072, "the list is too long"),
-    ERR_BAD_DATA(0x20000075, "the target reports more than 256 logical units, which cannot be read. The bridge's line "
-        + "gives the length of its list in hexadecimal, 8 bytes for each unit"),
+    ERR_BAD_DATA(0x20000075, "the target reports more than 256 logical units, which cannot be read"),
     ERR_SCSI_TOLERATED(0x20000077, "the data is usable, but not all of it may be there"),
     ERR_INVALID_HANDLE(0x20000101, "the adapter is not open"),
     ERR_NO_SUCH_ADAPTER(0x20000102, "no adapter has this index"),
