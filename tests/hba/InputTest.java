@@ -37,7 +37,7 @@ final class InputTest extends ToolTest {
         ping 0 10.0.0.1 --count=70000                   | --count & 0 to 65535
         lun show 0 1 16384                              | LUN & 0 to 16383
         chap set 0 0 --name=x --yes                     | INDEX & 1 to 127
-        chap set 0 128 --name=x --yes                   | INDEX & to 127
+        chap set 0 128 --name=x --yes                   | INDEX & 1 to 127
         chap set 0 1 --link=256 --yes                   | --link & 0 to 255
         chap set 0 1 --secret                           | no terminal
         chap set 0 1 --secret-file=nothing --yes        | nothing & no such file
@@ -64,7 +64,7 @@ final class InputTest extends ToolTest {
         [{}]                                            | targets[0]: targetID is missing
         [{"targetID": 512}]                             | targets[0].targetID & 0 to 511
         [{"targetID": 1.5}]                             | targets[0].targetID & '1.5'
-        [{"targetID": 8}, {"targetID": 8}]              | targets[1].targetID: & 8 & twice
+        [{"targetID": 8}, {"targetID": 8}]              | targets[1].targetID: & duplicate target ID 8
         [{"targetID": 8, "portNumbr": 1}]               | targets[0].portNumbr: there is no such field
         [{"targetID": 8, "deviceEntry": {"portNumber": 70000}}] | targets[0].deviceEntry.portNumber & 0 to 65535
         [{"targetID": 8, "deviceEntry": {"portNumber": true}}]  | deviceEntry.portNumber
@@ -116,9 +116,9 @@ final class InputTest extends ToolTest {
     /** Text is measured in the bytes that reach the adapter. */
     @Test
     void longText() throws IOException {
-        String name = "iqn." + "n".repeat(252);
+        String name = "n".repeat(256);
         String umlauts = "\u00e4".repeat(16);
-        tool.run("target set 0 1 --iscsi-name=" + name).expect(0);
+        tool.run("target set 0 1 --yes --force --iscsi-name=" + name).expect(0);
         assertEquals(name, tool.json("target show 0 1").getAsJsonObject().getAsJsonObject("nodeInfo").get("iSCSIName")
             .getAsString());
         tool.refused("target set 0 1 --iscsi-name=" + name + "n", "--iscsi-name", "257 bytes", "at most 256");
@@ -133,7 +133,7 @@ final class InputTest extends ToolTest {
     /** An argument is what it says, and what it says does not steer a terminal. */
     @Test
     void oddText() {
-        tool.run(null, "target", "set", "0", "1", "--alias", "@all.json", "--target-address=").expect(0);
+        tool.run(null, "target", "set", "0", "1", "--alias", "@all.json", "--ip-options=0").expect(0);
         tool.run("target show 0 1").expect(0).shows("@all.json");
         tool.run(null, "target", "set", "0", "1", "--alias=a\u001b[2Jb").expect(0);
         tool.run("target show 0 1").expect(0).shows("a?[2Jb");

@@ -146,7 +146,7 @@ final class LaunchTest extends ToolTest {
     @Test
     void flashDamaged() throws IOException {
         for (int dev = 0; dev < 2; dev++) {
-            tool.run("target set " + dev + " 1 --alias=x").expect(0);
+            tool.run("target set " + dev + " 1 --alias=x --force").expect(0);
             Path file = tool.flash.resolve("adapter" + dev + ".flash");
             byte[] bytes = Files.readAllBytes(file);
             bytes[bytes.length / 2] ^= 1;

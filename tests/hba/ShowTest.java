@@ -172,7 +172,7 @@ final class ShowTest extends ToolTest {
         assertEquals("9223372036854775808", counters.get("IPRxBytesCount").toString());
         assertEquals("18446744073709551360", counters.get("iSCSISeqErrorCount").toString());
         tool.run("stats show 1").expect(0).shows("MAC bytes received     18446744073709551615");
-        Tool.Result watched = tool.run("stats show 0 --watch 0 --times 3").expect(0).shows("Added");
+        Tool.Result watched = tool.run("stats show 0 --watch 0.1 --times 3").expect(0).shows("Added");
         assertEquals(3, watched.out().split("MAC frames sent", -1).length - 1);
     }
 
@@ -187,14 +187,14 @@ final class ShowTest extends ToolTest {
             {enableiSNSDiscoveryFlag: false, automaticDiscoveryFlag: false, serverIPAddress: '10.20.0.53',
              serverIPAddressType: 1, serverHostname: ' '}"""), tool.json("isns show 0"));
         tool.run("isns show 3").expect(1).says("0x2000002d ERR_ISNS_NOT_SUPPORTED");
-        tool.run("isns targets 0").expect(1).says("0x2000001c ERR_NOT_SUPPORTED");
+        tool.run("isns targets 0").expect(1).says("iSNS discovery is switched off", "--enable-isns-discovery-flag=yes");
     }
 
     /** Output and help fit a terminal of 80 columns. */
     @ParameterizedTest
     @ValueSource(strings = {"adapters", "show 0", "show 1", "info 1", "target list 0", "target list 1",
         "target show 0 511", "target portal 0 511", "lun show 0 1 5", "firmware show 1", "stats show 1",
-        "stats show 1 --watch 0 --times 2", "log errors 0", "log arp 1", "chap list 0", "chap list 0 --reveal",
+        "stats show 1 --watch 0.1 --times 2", "log errors 0", "log arp 1", "chap list 0", "chap list 0 --reveal",
         "isns show 1", "isns targets 1", "--help", "target --help", "target set --help", "firmware set --help",
         "chap set --help", "help import"})
     void eightyColumns(String line) {

@@ -122,10 +122,7 @@ final class ChapTable {
 
     private static CHAPTableEntry copy(CHAPTableEntry entry) {
         CHAPTableEntry copy = new CHAPTableEntry();
-        copy.setChapName(entry.getChapName());
-        copy.setFlags(entry.getFlags());
-        copy.setLink(entry.getLink());
-        copy.setChapSecretLength(entry.getChapSecretLength());
+        TABLE.copy(entry, copy);
         ChapSecret.of(entry).moveTo(copy);
         return copy;
     }
@@ -160,6 +157,17 @@ final class ChapTable {
                 + "an empty entry 0");
         }
         return true;
+    }
+
+    /** What the adapter holds when this table was written: an empty entry 0, links of 8 bits. */
+    static List<CHAPTableEntry> asWritten(List<CHAPTableEntry> table) {
+        List<CHAPTableEntry> written = new ArrayList<>();
+        for (CHAPTableEntry entry : table) {
+            CHAPTableEntry copy = copy(written.isEmpty() ? new CHAPTableEntry() : entry);
+            copy.setLink(copy.getLink() & LAST_WRITABLE_LINK);
+            written.add(copy);
+        }
+        return written;
     }
 
     /** The first entry whose link would be cut by a write, or -1. */

@@ -52,6 +52,9 @@ abstract class Field {
      */
     abstract void read(JsonElement value, Object owner, String place);
 
+    /** Gives one object the value of another. */
+    abstract void copy(Object from, Object to);
+
     /** Notes where the two objects differ in this field. */
     abstract void compare(Object wanted, Object found, String place, Differences differences);
 

@@ -37,6 +37,11 @@ final class ListField extends Field {
     }
 
     @Override
+    void copy(Object from, Object to) {
+        throw new IllegalStateException(name + " cannot be set");
+    }
+
+    @Override
     void compare(Object wanted, Object found, String place, Differences differences) {
         throw new IllegalStateException(name + " cannot be set");
     }

@@ -31,6 +31,11 @@ final class RecordField extends Field {
     }
 
     @Override
+    void copy(Object from, Object to) {
+        table.copy(getProperty(from), getProperty(to));
+    }
+
+    @Override
     void compare(Object wanted, Object found, String place, Differences differences) {
         table.compare(getProperty(wanted), getProperty(found), place, differences);
     }

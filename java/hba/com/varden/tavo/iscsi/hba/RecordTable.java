@@ -95,6 +95,15 @@ final class RecordTable {
         }
     }
 
+    /** Gives one object the values of another in all fields that the adapter takes back. */
+    void copy(Object from, Object to) {
+        for (Field field : fields) {
+            if (!field.isReadOnly()) {
+                field.copy(from, to);
+            }
+        }
+    }
+
     /** Notes each field that the adapter takes back and that differs. */
     void compare(Object wanted, Object found, String place, Differences differences) {
         for (Field field : fields) {

@@ -91,6 +91,11 @@ abstract class SettingField<T> extends ScalarField<T> implements ITypeConverter<
         }
     }
 
+    @Override
+    final void copy(Object from, Object to) {
+        set(to, get(from));
+    }
+
     final IllegalArgumentException wrong(String text) {
         return new IllegalArgumentException("'" + text + "' is not permitted: " + range());
     }
