@@ -1,5 +1,6 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.codes.Status;
 import java.io.IOException;
 import java.nio.channels.FileChannel;
 import java.nio.channels.FileLock;
@@ -51,7 +52,7 @@ final class AdapterLock implements AutoCloseable {
             if (lock == null) {
                 channel.close();
                 throw new OperationFailed("adapter " + dev + " is being changed by " + holder(file)
-                    + "; nothing was written. Try again when that has ended.", Status.ERR_BUSY.code);
+                    + "; nothing was written. Try again when that has ended.", Status.ERR_BUSY.code());
             }
             return new AdapterLock(channel);
         } catch (IOException e) {

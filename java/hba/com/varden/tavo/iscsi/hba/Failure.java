@@ -1,6 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
+import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.jni.BridgeNotLoadedException;
 import java.io.IOException;
 import java.util.List;
@@ -18,8 +19,8 @@ import picocli.CommandLine.UnmatchedArgumentException;
 record Failure(int exit, int status, String name, String message) {
     static Failure of(Throwable cause) {
         if (cause instanceof OperationFailed failed && failed.status != 0) {
-            Status known = Status.of(failed.status);
-            return new Failure(Command.FAILED, failed.status, known == null ? "UNKNOWN" : known.name(),
+            String known = Status.find(failed.status).map(Enum::name).orElse("UNKNOWN");
+            return new Failure(Command.FAILED, failed.status, known,
                 failed.getMessage());
         }
         if (cause instanceof OperationFailed) {

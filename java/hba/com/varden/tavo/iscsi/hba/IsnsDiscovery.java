@@ -1,5 +1,6 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
 import com.varden.tavo.iscsi.model.iSNSTarget;

@@ -1,6 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
+import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.model.ConnectionError;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
@@ -103,12 +104,12 @@ final class Logins {
 
     private static String reason(ConnectionError error) {
         if (error.getErrorType() == NO_ANSWER) {
-            return (error.getConnState() == CONNECTING ? Status.ERR_UNREACHABLE : Status.ERR_TIMEOUT).meaning;
+            return (error.getConnState() == CONNECTING ? Status.ERR_UNREACHABLE : Status.ERR_TIMEOUT).meaning();
         }
         return switch (error.getErrorDetail()) {
             case NOT_FOUND -> "the portal has no target of this name";
-            case NOT_AUTHENTICATED, NOT_AUTHORIZED -> Status.ERR_AUTHENTICATION.meaning;
-            default -> Status.ERR_LOGIN_REFUSED.meaning + ", iSCSI login status 0x"
+            case NOT_AUTHENTICATED, NOT_AUTHORIZED -> Status.ERR_AUTHENTICATION.meaning();
+            default -> Status.ERR_LOGIN_REFUSED.meaning() + ", iSCSI login status 0x"
                 + Integer.toHexString(0x10000 | error.getErrorDetail()).substring(1);
         };
     }
