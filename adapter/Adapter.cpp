@@ -1,6 +1,6 @@
 // Where an adapter keeps its files.
 #include "Adapter.h"
-#include "Records.h"
+#include "Fields.h"
 
 namespace
 {

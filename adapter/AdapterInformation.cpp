@@ -1,6 +1,6 @@
 // What the adapter says of itself: node, portal, driver, chip.
-#include "Operations.h"
-#include "Records.h"
+#include "Library.h"
+#include "Fields.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // The CHAP table. It is read and replaced as a whole; the secrets go to the caller and to the flash file only.
-#include "Operations.h"
+#include "Library.h"
 
 #include <algorithm>
 

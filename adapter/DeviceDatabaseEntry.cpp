@@ -1,7 +1,7 @@
 // The device database: entries in use, kept in the order of their index, and what links them.
-#include "Network.h"
-#include "Operations.h"
-#include "Records.h"
+#include "Initiator.h"
+#include "Library.h"
+#include "Fields.h"
 
 #include <algorithm>
 #include <utility>

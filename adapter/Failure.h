@@ -1,7 +1,7 @@
 // How a failure travels inside the library: it is thrown where it is met and becomes the operation's status.
 #pragma once
 
-#include "Contract.h"
+#include "Exported.h"
 
 struct Failure {
     SD_UINT32 status;

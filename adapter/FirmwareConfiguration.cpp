@@ -1,6 +1,6 @@
 // The firmware's initialisation block.
-#include "Operations.h"
-#include "Records.h"
+#include "Library.h"
+#include "Fields.h"
 
 extern "C" {
 

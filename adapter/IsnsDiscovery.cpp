@@ -1,7 +1,7 @@
 // iSNS: the discovery settings, and the targets that the server at their address tells of.
-#include "Network.h"
-#include "Operations.h"
-#include "Records.h"
+#include "Initiator.h"
+#include "Library.h"
+#include "Fields.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // The connection-error log and the ARP table, oldest entries first.
-#include "Operations.h"
+#include "Library.h"
 
 #include <algorithm>
 #include <ctime>

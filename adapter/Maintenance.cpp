@@ -1,7 +1,7 @@
 // Maintenance: firmware update, reset, crash record, ping.
-#include "Network.h"
-#include "Operations.h"
-#include "Records.h"
+#include "Initiator.h"
+#include "Library.h"
+#include "Fields.h"
 
 #include <fcntl.h>
 #include <unistd.h>

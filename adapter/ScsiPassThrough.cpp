@@ -1,6 +1,6 @@
 // SCSI commands to targets: the command is made here, the target answers it, and its answer goes to the caller.
-#include "Network.h"
-#include "Operations.h"
+#include "Initiator.h"
+#include "Library.h"
 #include "ScsiStandard.h"
 
 #include <algorithm>

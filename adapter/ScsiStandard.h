@@ -1,7 +1,7 @@
 // The few numbers of the SCSI standards (SAM, SPC, SBC) that the adapter and its software targets share.
 #pragma once
 
-#include "Contract.h"
+#include "Exported.h"
 
 #include <vector>
 

@@ -1,5 +1,5 @@
 // The port's counters. An adapter has one port, number 0.
-#include "Operations.h"
+#include "Library.h"
 
 extern "C" {
 

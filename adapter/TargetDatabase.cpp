@@ -1,8 +1,8 @@
 // Targets as the adapter discovered them: the portal where a target is, and the node with its session. A target's ID is
 // the index of its device database entry.
-#include "Network.h"
-#include "Operations.h"
-#include "Records.h"
+#include "Initiator.h"
+#include "Library.h"
+#include "Fields.h"
 
 namespace
 {

@@ -1,8 +1,8 @@
 // What the tests of the software adapter share: a flash folder of their own, open adapters, records to write.
 #pragma once
 
-#include "Records.h"
-#include "SoftwareTargets.h"
+#include "Fields.h"
+#include "software/StorageNetwork.h"
 
 #include <gtest/gtest.h>
 

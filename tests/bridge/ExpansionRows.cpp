@@ -152,6 +152,7 @@ SD_UINT32 ExpansionRun::textToJava(const Statement &s, const std::string &text)
             return stop(ERR_JNI_NULL, s.word(4));
         }
         handed = "null";
+        ignore(ERR_JNI_NULL);
     }
     event("call " + nameOf(frame_.current) + " " + s.word(1) + " " + handed);
     return 0;
@@ -166,12 +167,16 @@ SD_UINT32 ExpansionRun::textFromJava(const Statement &s)
     const std::string text =
         held(s.word(1), [&](SeededValues &values) { return values.text(values_.full ? width + 8 : width * 5 / 8); });
     const bool null = event("call " + nameOf(frame_.current) + " " + s.word(1), text != "null") || text == "null";
-    if (!null && !event("chars \"" + text + "\"", true)) {
-        std::string field = text.substr(0, width);
-        field.resize(width, '\0');
-        store(s.word(2), field);
-        event("give back \"" + text + "\"");
+    if (null) {
+        return 0;
     }
+    if (event("chars \"" + text + "\"", true)) {
+        return ignore(ERR_JNI_NULL);
+    }
+    std::string field = text.substr(0, width);
+    field.resize(width, '\0');
+    store(s.word(2), field);
+    event("give back \"" + text + "\"");
     return 0;
 }
 

@@ -290,6 +290,10 @@ SD_UINT32 ExpansionRun::units(const Statement &s)
         stop(length, s.word(3));
         return ERR_BAD_DATA;
     }
+    const SD_UINT32 reported = (length + ENTRY - 1) / ENTRY, held = (area - HEADER) / ENTRY;
+    if (reported > held) {
+        stop(0, s.word(4) + ": " + std::to_string(reported) + " reported, " + std::to_string(held) + " read\n");
+    }
     const std::string bytes = frame_.records["REPORT_LUNS"] + std::string(LARGE_AREA, '\0');
     std::vector<SD_UINT32> luns;
     for (SD_UINT32 at = HEADER; at < std::min(length + HEADER, area); at += ENTRY) {
@@ -299,11 +303,11 @@ SD_UINT32 ExpansionRun::units(const Statement &s)
         luns.push_back(0);
     }
     for (SD_UINT32 lun : luns) {
-        if (SD_UINT32 missing = lookUp(s.word(4), "(I)V", s.word(5)); missing != 0) {
+        if (SD_UINT32 missing = lookUp(s.word(5), "(I)V", s.word(6)); missing != 0) {
             ignore(missing);
             return commandStatus;
         }
-        event("call " + nameOf(frame_.current) + " " + s.word(4) + " " + std::to_string(lun));
+        event("call " + nameOf(frame_.current) + " " + s.word(5) + " " + std::to_string(lun));
     }
     return 0;
 }
@@ -313,7 +317,10 @@ SD_UINT32 ExpansionRun::chars(const std::string &line)
 {
     const bool null = frame_.objects.at("fileName").null;
     frame_.hasChars = !null && !event("chars \"" + std::string(FILE_NAME) + "\"", true);
-    return frame_.hasChars || line.empty() ? 0 : stop(ERR_JNI_NULL, line);
+    if (frame_.hasChars || line.empty()) {
+        return frame_.hasChars || null ? 0 : ignore(ERR_JNI_NULL);
+    }
+    return stop(ERR_JNI_NULL, line);
 }
 
 Expectation ExpansionRun::of(const Statement &method, unsigned nulls)

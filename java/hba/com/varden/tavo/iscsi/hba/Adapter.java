@@ -1,5 +1,6 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.jni.ApiWrapper;
 
 /** An open adapter. */

@@ -1,10 +1,6 @@
 package com.varden.tavo.iscsi.hba;
 
-import com.google.gson.JsonArray;
-import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
-import com.google.gson.JsonParseException;
-import com.google.gson.JsonParser;
 import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.model.CHAPTableEntry;
 import com.varden.tavo.iscsi.model.DevDBEntry;
@@ -13,12 +9,10 @@ import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
 import java.io.File;
 import java.io.IOException;
 import java.io.OutputStream;
-import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.StandardCopyOption;
 import java.nio.file.attribute.PosixFilePermission;
-import java.util.ArrayList;
 import java.util.EnumSet;
 import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
@@ -38,56 +32,6 @@ final class Backup {
     private static final String ISNS = "iSNS";
 
     private Backup() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "export":
-                return new Export();
-            default:
-                return new Import();
-        }
-    }
-
-    static JsonElement parse(String name) {
-        try {
-            byte[] bytes = name.equals("-") ? System.in.readAllBytes()
-                                            : Files.readAllBytes(Terminal.file(name).toPath());
-            return JsonParser.parseString(new String(bytes, StandardCharsets.UTF_8));
-        } catch (IOException e) {
-            throw new BadInput(name + " cannot be read: " + Terminal.reason(e));
-        } catch (JsonParseException e) {
-            // Gson's own message would name the Java class of the cause.
-            Throwable cause = e.getCause() != null ? e.getCause() : e;
-            throw new BadInput(name + " is not a JSON document: " + cause.getMessage());
-        }
-    }
-
-    static JsonArray array(JsonElement document, String place) {
-        if (!document.isJsonArray()) {
-            throw new BadInput(place + ": an array is needed");
-        }
-        return document.getAsJsonArray();
-    }
-
-    /** Says what was done and what differs afterwards. */
-    static int report(Command command, String what, List<String> differences) throws IOException {
-        if (command.wantsJson()) {
-            JsonWriter json = Command.jsonWriter();
-            json.beginObject().name("done").value(what).name("differences").beginArray();
-            for (String difference : differences) {
-                json.value(difference);
-            }
-            json.endArray().endObject();
-            Command.finish(json);
-        } else {
-            System.out.println(what);
-            System.out.println(differences.isEmpty() ? "Nothing differs." : differences.size() + " differences:");
-            for (String difference : differences) {
-                System.out.println("  " + difference);
-            }
-        }
-        return differences.isEmpty() ? Command.DONE : Command.FAILED;
-    }
 
     private static void write(JsonWriter json, Adapter adapter, boolean reveal) throws IOException {
         HBA hba = FirmwareConfiguration.readWithNames(adapter);
@@ -116,7 +60,7 @@ final class Backup {
 
         Export() {
             super("Writes everything that can be written back: firmware settings, targets, CHAP table, iSNS settings. "
-                + "CHAP secrets are written as " + ChapTable.HIDDEN + ", and an import then keeps those of the "
+                + "CHAP secrets are written as " + ChapSecret.HIDDEN + ", and an import then keeps those of the "
                 + "adapter; with --reveal they are in the document.");
         }
 
@@ -128,7 +72,7 @@ final class Backup {
                 finish(json);
                 return DONE;
             }
-            File target = Terminal.file(file.getValue());
+            File target = UserInput.file(file.getValue());
             // Never half a document in the place of a whole one, and for the owner's eyes alone.
             Path draft = Files.createTempFile(target.getParentFile().toPath(), ".hba", null);
             try {
@@ -167,7 +111,7 @@ final class Backup {
 
         @Override
         void prepare() {
-            document = RecordTable.object(parse(file.getValue()), "");
+            document = JsonDocument.object(JsonDocument.parse(file.getValue()), "");
             for (String name : document.keySet()) {
                 if (!List.of("format", FIRMWARE, TARGETS, CHAP, ISNS).contains(name)) {
                     throw new BadInput(name + ": there is no such section");
@@ -181,10 +125,10 @@ final class Backup {
                 FirmwareConfiguration.TABLE.read(document.get(FIRMWARE), new HBA(), FIRMWARE);
             }
             if (document.has(TARGETS)) {
-                DeviceDatabaseWrites.validate(array(document.get(TARGETS), TARGETS), TARGETS);
+                DeviceDatabaseEntry.validate(JsonDocument.array(document.get(TARGETS), TARGETS), TARGETS);
             }
             if (document.has(CHAP)) {
-                ChapTable.read(array(document.get(CHAP), CHAP), CHAP, null);
+                ChapTable.read(JsonDocument.array(document.get(CHAP), CHAP), CHAP, null);
             }
             if (document.has(ISNS)) {
                 IsnsDiscovery.TABLE.read(document.get(ISNS), new iSNSDiscoveryConfig(), ISNS);
@@ -207,7 +151,7 @@ final class Backup {
                 FirmwareConfiguration.TABLE.read(document.get(FIRMWARE), firmware, FIRMWARE);
             }
             if (document.has(TARGETS)) {
-                targets = DeviceDatabaseWrites.read(adapter, document.getAsJsonArray(TARGETS), TARGETS);
+                targets = DeviceDatabaseEntry.read(adapter, document.getAsJsonArray(TARGETS), TARGETS);
             }
             if (document.has(CHAP)) {
                 List<CHAPTableEntry> present = ChapTable.readAll(adapter);
@@ -222,10 +166,9 @@ final class Backup {
             if (!isSet(dryRun)) {
                 write(adapter, firmware, targets, writeChap ? chap : null, isns);
             }
-            List<String> differences = compare(adapter, firmware, targets, chap, isns);
+            Differences differences = compare(adapter, firmware, targets, chap, isns);
             String name = "adapter " + adapter.dev;
-            return report(this,
-                isSet(dryRun) ? "The document was compared with " + name + "."
+            return report(isSet(dryRun) ? "The document was compared with " + name + "."
                               : "The settings of " + name + " were written.",
                 differences);
         }
@@ -239,22 +182,22 @@ final class Backup {
                 ChapTable.write(adapter, chap);
             }
             if (targets != null) {
-                DeviceDatabaseWrites.write(adapter, targets);
+                DeviceDatabaseEntry.write(adapter, targets);
             }
             if (isns != null) {
                 IsnsDiscovery.write(adapter, isns, null);
             }
         }
 
-        private static List<String> compare(Adapter adapter, HBA firmware, List<DevDBEntry> targets,
+        private static Differences compare(Adapter adapter, HBA firmware, List<DevDBEntry> targets,
             List<CHAPTableEntry> chap, iSNSDiscoveryConfig isns) {
-            List<String> differences = new ArrayList<>();
+            Differences differences = new Differences("in the file");
             if (firmware != null) {
                 FirmwareConfiguration.TABLE.compare(
                     firmware, FirmwareConfiguration.readWithNames(adapter), FIRMWARE, differences);
             }
             if (targets != null) {
-                DeviceDatabaseWrites.compare(adapter, targets, TARGETS, differences);
+                DeviceDatabaseEntry.compare(adapter, targets, TARGETS, differences);
                 for (DevDBEntry entry : DeviceDatabaseEntry.readAll(adapter)) {
                     if (DeviceDatabaseEntry.find(targets, entry.getTargetID()) == null) {
                         differences.add(TARGETS + "[targetID " + entry.getTargetID() + "]: only on the adapter");

@@ -2,12 +2,14 @@ package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
 import java.io.IOException;
+import java.io.OutputStream;
 import java.io.OutputStreamWriter;
 import java.nio.charset.StandardCharsets;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
 import java.util.concurrent.Callable;
+import picocli.CommandLine.Model.ArgSpec;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
@@ -59,11 +61,11 @@ abstract class Command implements Callable<Integer> {
     }
 
     /** An option whose value is that of a field; its range stands in the help. */
-    final OptionSpec option(Field field) {
+    final OptionSpec option(SettingField<?> field) {
         return option(field.option(), field, field.label + ": " + field.range() + ".");
     }
 
-    final OptionSpec option(String name, Field field, String description) {
+    final OptionSpec option(String name, SettingField<?> field, String description) {
         return add(OptionSpec.builder(name).type(Object.class).converters(field)
             .paramLabel(field.valueLabel()).description(description).build());
     }
@@ -77,7 +79,7 @@ abstract class Command implements Callable<Integer> {
         return add(PositionalParamSpec.builder().type(String.class), label, arity, description);
     }
 
-    final PositionalParamSpec parameter(String label, Field field, String description) {
+    final PositionalParamSpec parameter(String label, SettingField<?> field, String description) {
         return add(PositionalParamSpec.builder().type(Object.class).converters(field), label, "1", description);
     }
 
@@ -92,7 +94,7 @@ abstract class Command implements Callable<Integer> {
         return Boolean.TRUE.equals(flag.getValue());
     }
 
-    static int number(picocli.CommandLine.Model.ArgSpec argument) {
+    static int number(ArgSpec argument) {
         return ((Long) argument.getValue()).intValue();
     }
 
@@ -136,11 +138,32 @@ abstract class Command implements Callable<Integer> {
         }
     }
 
+    /** Says what was done and what differs afterwards; returns the exit status. */
+    final int report(String what, Differences differences) throws IOException {
+        List<String> lines = differences.lines();
+        if (wantsJson()) {
+            JsonWriter writer = jsonWriter();
+            writer.beginObject().name("done").value(what).name("differences").beginArray();
+            for (String line : lines) {
+                writer.value(line);
+            }
+            writer.endArray().endObject();
+            finish(writer);
+        } else {
+            System.out.println(what);
+            System.out.println(lines.isEmpty() ? "Nothing differs." : lines.size() + " differences:");
+            for (String line : lines) {
+                System.out.println("  " + line);
+            }
+        }
+        return lines.isEmpty() ? DONE : FAILED;
+    }
+
     static JsonWriter jsonWriter() {
         return jsonWriter(System.out);
     }
 
-    static JsonWriter jsonWriter(java.io.OutputStream out) {
+    static JsonWriter jsonWriter(OutputStream out) {
         JsonWriter writer = new JsonWriter(new OutputStreamWriter(out, StandardCharsets.UTF_8));
         writer.setIndent("  ");
         writer.setHtmlSafe(false);

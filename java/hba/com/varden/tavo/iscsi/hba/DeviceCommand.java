@@ -12,7 +12,7 @@ abstract class DeviceCommand extends Command {
 
     DeviceCommand(String... description) {
         super(description);
-        dev = parameter("DEV", Field.number("dev", 16, "Adapter").max(Adapter.LAST_INDEX), "Adapter, 0 to 31.");
+        dev = parameter("DEV", new NumberField("dev", 16, "Adapter").max(Adapter.LAST_INDEX), "Adapter, 0 to 31.");
         trace = option("--trace", "FILE", "Have the operations of this command traced to the end of a file.");
     }
 
@@ -24,7 +24,7 @@ abstract class DeviceCommand extends Command {
     /** Asks, unless --yes was given. */
     final void confirm(String what) {
         if (!isSet(yes)) {
-            Terminal.confirm(what);
+            UserInput.confirm(what);
         }
     }
 
@@ -38,7 +38,7 @@ abstract class DeviceCommand extends Command {
         prepare();
         String traceFile = trace.getValue();
         try (Adapter adapter =
-                 Adapter.open(number(dev), traceFile == null ? null : Terminal.file(traceFile).getPath())) {
+                 Adapter.open(number(dev), traceFile == null ? null : UserInput.file(traceFile).getPath())) {
             return run(adapter);
         }
     }

@@ -1,48 +1,41 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.google.gson.JsonArray;
+import com.google.gson.JsonElement;
+import com.google.gson.JsonObject;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
-import java.io.IOException;
+import java.util.ArrayList;
+import java.util.HashSet;
 import java.util.List;
-import picocli.CommandLine.Model.PositionalParamSpec;
+import java.util.Set;
 
 /** The configured targets, that is the entries of the device database. */
 final class DeviceDatabaseEntry {
     /** Slots run from 0 to this. */
     static final int LAST_SLOT = 511;
-    static final Field TARGET_ID = Field.number("targetID", 32, "Target ID").max(LAST_SLOT);
+    /** Entries written by one call, so that progress can be shown in between. */
+    private static final int BATCH = 32;
+    static final NumberField TARGET_ID = new NumberField("targetID", 32, "Target ID").max(LAST_SLOT);
 
     static final RecordTable TABLE = new RecordTable(
-        Field.number("index", 32, "Position in the list").readOnly(),
+        new NumberField("index", 32, "Position in the list").readOnly(),
         TARGET_ID,
-        Field.number("state", 32, "State"),
-        Field.bits("options", 8, "Options"),
-        Field.bits("control", 8, "Control"),
-        Field.number("exeCount", 16, "Execution count"),
-        Field.number("targetSessionID", 16, "Target session ID"),
-        Field.bytes("initiatorSessionID", DevDBEntry.SESSION_ID_LENGTH, "Initiator session ID"),
-        Field.bits("reservedFlags", 32, "Reserved flags"),
-        Field.number("DDBLink", 16, "Link"),
-        Field.number("chapIndex", 16, "CHAP entry"),
-        Field.number("maxTxDataSegmentLen", 16, "Max. send segment"),
-        Field.number("targetPortalGroupID", 16, "Target portal group"),
-        Field.record("nodeInfo", NodeInfo.TABLE, "Node"),
-        Field.record("deviceEntry", DeviceParameters.TABLE, "Session parameters"));
+        new NumberField("state", 32, "State"),
+        new BitsField("options", 8, "Options"),
+        new BitsField("control", 8, "Control"),
+        new NumberField("exeCount", 16, "Execution count"),
+        new NumberField("targetSessionID", 16, "Target session ID"),
+        new BytesField("initiatorSessionID", DevDBEntry.SESSION_ID_LENGTH, "Initiator session ID"),
+        new BitsField("reservedFlags", 32, "Reserved flags"),
+        new NumberField("DDBLink", 16, "Link"),
+        new NumberField("chapIndex", 16, "CHAP entry"),
+        new NumberField("maxTxDataSegmentLen", 16, "Max. send segment"),
+        new NumberField("targetPortalGroupID", 16, "Target portal group"),
+        new RecordField("nodeInfo", NodeInfo.TABLE, "Node"),
+        new RecordField("deviceEntry", DeviceParameters.TABLE, "Session parameters"));
 
     private DeviceDatabaseEntry() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "target list":
-                return new ListAll();
-            case "target show":
-                return new Show();
-            case "target default":
-                return new Default();
-            default:
-                return new Initial();
-        }
-    }
 
     /** All entries in use. */
     static List<DevDBEntry> readAll(Adapter adapter) {
@@ -76,74 +69,81 @@ final class DeviceDatabaseEntry {
         return entry;
     }
 
-    /** hba target list. */
-    static final class ListAll extends DeviceCommand {
-        ListAll() {
-            super("Lists the entries of the device database that are in use.");
+    /**
+     * Entries as a document describes them, on the ground of what the adapter has: fields that are not named keep their
+     * value; a target that is new starts with what the adapter proposes, and with the state of the default entry.
+     */
+    static List<DevDBEntry> read(Adapter adapter, JsonArray document, String place) {
+        List<DevDBEntry> present = readAll(adapter);
+        List<DevDBEntry> entries = new ArrayList<>();
+        for (int i = 0; i < document.size(); i++) {
+            String entryPlace = place + "[" + i + "]";
+            JsonObject object = JsonDocument.object(document.get(i), entryPlace);
+            DevDBEntry entry = base(adapter, present, targetID(object, entryPlace));
+            TABLE.read(object, entry, entryPlace);
+            entries.add(entry);
         }
+        return entries;
+    }
 
-        @Override
-        int run(Adapter adapter) throws IOException {
-            List<DevDBEntry> entries = readAll(adapter);
-            TextOutput.Columns columns =
-                new TextOutput.Columns("Target", "State", "iSCSI name", "IP address", "Port");
-            for (DevDBEntry entry : entries) {
-                columns.row(entry.getTargetID(), entry.getState(), entry.getNodeInfo().getiSCSIName(),
-                    entry.getNodeInfo().getIPAddress(), entry.getDeviceEntry().getPortNumber());
+    /** Checks a document without the adapter. */
+    static void validate(JsonArray document, String place) {
+        Set<Integer> seen = new HashSet<>();
+        for (int i = 0; i < document.size(); i++) {
+            String entryPlace = place + "[" + i + "]";
+            JsonObject object = JsonDocument.object(document.get(i), entryPlace);
+            int targetID = targetID(object, entryPlace);
+            if (!seen.add(targetID)) {
+                throw new BadInput(entryPlace + ".targetID: target " + targetID + " is there twice");
             }
-            showList(TABLE, entries, columns, "No target is configured.");
-            int count = adapter.api.getiSCSIEntryNum(adapter.dev);
-            if (count != entries.size()) {
-                Terminal.message("the adapter says that it has " + Integer.toUnsignedString(count) + " targets");
-            }
-            return DONE;
+            TABLE.read(object, new DevDBEntry(), entryPlace);
         }
     }
 
-    /** hba target show. */
-    static final class Show extends DeviceCommand {
-        private final PositionalParamSpec target = parameter("TARGET", TARGET_ID, "Target ID, 0 to 511.");
-
-        Show() {
-            super("Shows all fields of one entry of the device database.");
+    private static int targetID(JsonObject object, String place) {
+        JsonElement member = object.get("targetID");
+        if (member == null) {
+            throw new BadInput(place + ": targetID is missing");
         }
+        JsonObject alone = new JsonObject();
+        alone.add("targetID", member);
+        DevDBEntry entry = new DevDBEntry();
+        TABLE.read(alone, entry, place);
+        return entry.getTargetID();
+    }
 
-        @Override
-        int run(Adapter adapter) throws IOException {
-            DevDBEntry entry = find(readAll(adapter), number(target));
-            if (entry == null) {
-                throw new OperationFailed("adapter " + adapter.dev + " has no target " + number(target));
+    /** What the adapter has for this target, or what a new one starts with. */
+    static DevDBEntry base(Adapter adapter, List<DevDBEntry> present, int targetID) {
+        DevDBEntry entry = find(present, targetID);
+        if (entry == null) {
+            entry = readInitial(adapter, targetID);
+            entry.setState(readDefault(adapter).getState());
+        }
+        return entry;
+    }
+
+    /** Writes the entries in order. Whether each was taken only reading them back can tell. */
+    static void write(Adapter adapter, List<DevDBEntry> entries) {
+        for (int done = 0; done < entries.size();) {
+            int end = Math.min(done + BATCH, entries.size());
+            DevDBEntry[] batch = entries.subList(done, end).toArray(new DevDBEntry[0]);
+            adapter.check("writing the targets", adapter.api.setDDBsData(adapter.dev, batch));
+            done = end;
+            Terminal.progress("targets written", done, entries.size());
+        }
+    }
+
+    /** Adds a line for each field in which the adapter's entries differ from those that were written. */
+    static void compare(Adapter adapter, List<DevDBEntry> wanted, String place, Differences differences) {
+        List<DevDBEntry> found = readAll(adapter);
+        for (DevDBEntry entry : wanted) {
+            String entryPlace = place + "[targetID " + entry.getTargetID() + "]";
+            DevDBEntry there = find(found, entry.getTargetID());
+            if (there != null) {
+                TABLE.compare(entry, there, entryPlace, differences);
+            } else if (entry.getState() != 0) {
+                differences.add(entryPlace + ": not on the adapter");
             }
-            show(TABLE, entry);
-            return DONE;
-        }
-    }
-
-    /** hba target default. */
-    static final class Default extends DeviceCommand {
-        Default() {
-            super("Shows the entry that the adapter uses where nothing else is said.");
-        }
-
-        @Override
-        int run(Adapter adapter) throws IOException {
-            show(TABLE, readDefault(adapter));
-            return DONE;
-        }
-    }
-
-    /** hba target initial. */
-    static final class Initial extends DeviceCommand {
-        private final PositionalParamSpec index = parameter("INDEX", TARGET_ID, "Index of the new entry, 0 to 511.");
-
-        Initial() {
-            super("Shows what the adapter proposes for a new entry.");
-        }
-
-        @Override
-        int run(Adapter adapter) throws IOException {
-            show(TABLE, readInitial(adapter, number(index)));
-            return DONE;
         }
     }
 }

@@ -6,37 +6,24 @@ import java.io.IOException;
 
 /** The firmware's settings: addresses, names, option words and default session parameters. */
 final class FirmwareConfiguration {
-    static final Field ADDRESS = Field.address("IPAddress", "IP address");
-    static final Field SUBNET_MASK = Field.address("subnetMask", "Subnet mask");
-    static final Field GATEWAY = Field.address("gateway", "Gateway");
-    static final Field PRIMARY_DNS = Field.address("primaryDNS", "Primary DNS server");
-    static final Field SLP_AGENT = Field.address("slpDa", "SLP directory agent");
+    static final AddressField ADDRESS = new AddressField("IPAddress", "IP address");
+    static final AddressField SUBNET_MASK = new AddressField("subnetMask", "Subnet mask");
+    static final AddressField GATEWAY = new AddressField("gateway", "Gateway");
+    static final AddressField PRIMARY_DNS = new AddressField("primaryDNS", "Primary DNS server");
+    static final AddressField SLP_AGENT = new AddressField("slpDa", "SLP directory agent");
 
     static final RecordTable OPTIONS = new RecordTable(
-        Field.bits("FWOptions", 16, "Firmware options"),
-        Field.bits("addFWOptions", 16, "Additional options"),
-        Field.bits("reserved1", 8, "Reserved byte").readOnly(),
-        Field.number("wakeupThreshold", 16, "Wakeup threshold").readOnly(),
-        Field.record("devEntry", DeviceParameters.TABLE, "Default session parameters"));
-    static final Field INIT_FW = Field.record("initFW", OPTIONS, "Firmware settings");
+        new BitsField("FWOptions", 16, "Firmware options"),
+        new BitsField("addFWOptions", 16, "Additional options"),
+        new BitsField("reserved1", 8, "Reserved byte").readOnly(),
+        new NumberField("wakeupThreshold", 16, "Wakeup threshold").readOnly(),
+        new RecordField("devEntry", DeviceParameters.TABLE, "Default session parameters"));
+    static final RecordField INIT_FW = new RecordField("initFW", OPTIONS, "Firmware settings");
 
     static final RecordTable TABLE = new RecordTable(NodeInfo.NAME, NodeInfo.ALIAS, ADDRESS, SUBNET_MASK, GATEWAY,
         PRIMARY_DNS, SLP_AGENT, INIT_FW);
 
     private FirmwareConfiguration() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "firmware show":
-                return new Show();
-            case "firmware defaults":
-                return new Defaults();
-            case "firmware set":
-                return new SetSome();
-            default:
-                return new Restore();
-        }
-    }
 
     /** Fills addresses, option words and default session parameters; names stay as they are. */
     static void read(Adapter adapter, HBA hba) {

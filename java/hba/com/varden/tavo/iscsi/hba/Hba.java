@@ -67,13 +67,13 @@ public final class Hba {
             last = last.subcommand();
         }
         Object command = last.commandSpec().userObject();
-        if (!(command instanceof Command)) {
+        if (!(command instanceof Command action)) {
             throw new ParameterException(last.commandSpec().commandLine(), "a command is missing");
         }
         try {
-            return ((Command) command).call();
+            return action.call();
         } catch (IOException e) {
-            throw new OperationFailed(Terminal.reason(e), e);
+            throw new OperationFailed(UserInput.reason(e), e);
         }
     }
 

@@ -10,34 +10,23 @@ import picocli.CommandLine.Model.OptionSpec;
 /** Discovery by iSNS. */
 final class IsnsDiscovery {
     static final RecordTable TABLE = new RecordTable(
-        Field.flag("enableiSNSDiscoveryFlag", "Discovery enabled"),
-        Field.flag("automaticDiscoveryFlag", "Automatic"),
-        Field.address("serverIPAddress", "Server"),
-        Field.number("serverIPAddressType", 16, "Server address type").readOnly(),
-        Field.text("serverHostname", 256, "Server name").readOnly());
+        new FlagField("enableiSNSDiscoveryFlag", "Discovery enabled"),
+        new FlagField("automaticDiscoveryFlag", "Automatic"),
+        new AddressField("serverIPAddress", "Server"),
+        new NumberField("serverIPAddressType", 16, "Server address type").readOnly(),
+        new TextField("serverHostname", 256, "Server name").readOnly());
 
     private static final RecordTable TARGET = new RecordTable(
         NodeInfo.NAME,
-        Field.text("iSCSIAlias", 32, "Alias"),
-        Field.address("IPAddress", "IP address"),
-        Field.number("IPAddressType", 16, "Address type"),
-        Field.number("port", 16, "Port"));
+        new TextField("iSCSIAlias", 32, "Alias"),
+        new AddressField("IPAddress", "IP address"),
+        new NumberField("IPAddressType", 16, "Address type"),
+        new NumberField("port", 16, "Port"));
 
     private static final int NOT_SUPPORTED = 0x2000001c;
     private static final int ISNS_NOT_SUPPORTED = 0x2000002d;
 
     private IsnsDiscovery() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "isns show":
-                return new Show();
-            case "isns set":
-                return new SetSome();
-            default:
-                return new Targets();
-        }
-    }
 
     static iSNSDiscoveryConfig read(Adapter adapter) {
         iSNSDiscoveryConfig config = new iSNSDiscoveryConfig();

@@ -10,23 +10,10 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 final class Maintenance {
     private Maintenance() {}
 
-    static Command command(String name) {
-        switch (name) {
-            case "firmware update":
-                return new Update();
-            case "ping":
-                return new Ping();
-            case "reset":
-                return new Reset();
-            default:
-                return new Crash();
-        }
-    }
-
     /** hba firmware update. */
     static final class Update extends DeviceCommand {
         private final PositionalParamSpec image = parameter("FILE", "1", "The image.");
-        private final OptionSpec type = option("--type", Field.number("type", 16, "Type"),
+        private final OptionSpec type = option("--type", new NumberField("type", 16, "Type"),
             "Type of the image, 0 to 65535; 0 without this option. Its meaning is the adapter's.");
         private File file;
 
@@ -37,7 +24,7 @@ final class Maintenance {
 
         @Override
         void prepare() {
-            file = Terminal.file(image.getValue());
+            file = UserInput.file(image.getValue());
             if (!file.isFile() || !file.canRead()) {
                 throw new BadInput(file + " is not a file that can be read");
             }
@@ -88,7 +75,7 @@ final class Maintenance {
 
         @Override
         int run(Adapter adapter) throws IOException {
-            String path = Terminal.file(file.getValue()).getPath();
+            String path = UserInput.file(file.getValue()).getPath();
             adapter.check("writing the crash record to " + path,
                 adapter.api.retrieveCrashRecord(adapter.dev, path));
             done("The crash record of adapter " + adapter.dev + " stands in " + path + ".");
@@ -101,8 +88,8 @@ final class Maintenance {
         private static final int PACKETS = 4;
 
         private final PositionalParamSpec address =
-            parameter("ADDRESS", Field.address("address", "Address"), "IPv4 or IPv6 address.");
-        private final OptionSpec count = option("--count", Field.number("count", 16, "Packets"),
+            parameter("ADDRESS", new AddressField("address", "Address"), "IPv4 or IPv6 address.");
+        private final OptionSpec count = option("--count", new NumberField("count", 16, "Packets"),
             "Number of packets, 0 to 65535; " + PACKETS + " without this option.");
 
         Ping() {

@@ -1,0 +1,164 @@
+// Handles, the trace, and the operations that concern the library as a whole.
+#include "Library.h"
+
+#include "Fields.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <map>
+#include <shared_mutex>
+#include <string>
+
+namespace
+{
+
+// Everything the library keeps in memory. It is never destroyed: threads may still be in an operation at exit.
+struct Library {
+    std::shared_mutex mutex; // guards all that follows
+    std::map<SDMGT_HANDLE, std::shared_ptr<Adapter>> handles;
+    std::map<std::string, std::shared_ptr<Adapter>> adapters; // by folder and index, so that opens share one cache
+    SDMGT_HANDLE lastHandle = 0x5D000000;
+    Descriptor traceFile;
+};
+
+Library &library()
+{
+    static Library *const instance = new Library;
+    return *instance;
+}
+
+// The folder of the flash files: the one that TAVO_ADAPTER_FLASH names, else that of the library's own file, else the
+// current directory.
+std::string flashFolder()
+{
+    const char *named = std::getenv("TAVO_ADAPTER_FLASH");
+    if (named != nullptr && *named != '\0') {
+        return std::string(named) + "/";
+    }
+    Dl_info info{};
+    char path[PATH_MAX];
+    if (dladdr(reinterpret_cast<const void *>(&flashFolder), &info) != 0 && info.dli_fname != nullptr
+        && realpath(info.dli_fname, path) != nullptr) {
+        const std::string file(path);
+        return file.substr(0, file.rfind('/') + 1);
+    }
+    return "./";
+}
+
+// A handle that no open adapter has; 0 is none. Numbers come round only after four thousand million opens.
+SDMGT_HANDLE newHandle(Library &state)
+{
+    do {
+        ++state.lastHandle;
+    } while (state.lastHandle == 0 || state.handles.contains(state.lastHandle));
+    return state.lastHandle;
+}
+
+} // namespace
+
+std::shared_ptr<Adapter> adapterOf(SDMGT_HANDLE handle)
+{
+    Library &state = library();
+    const std::shared_lock guard(state.mutex);
+    const auto found = state.handles.find(handle);
+    require(found != state.handles.end(), ERR_INVALID_HANDLE);
+    return found->second;
+}
+
+void trace(const char *operation, SDMGT_HANDLE handle, SD_UINT32 status) noexcept
+{
+    try {
+        Library &state = library();
+        const std::shared_lock guard(state.mutex);
+        if (!state.traceFile) {
+            return;
+        }
+        timespec now{};
+        clock_gettime(CLOCK_REALTIME, &now);
+        char line[160];
+        const int length =
+            std::snprintf(line, sizeof line, "%lld.%03ld %d %s handle=%08x status=%08x\n",
+                          static_cast<long long>(now.tv_sec), now.tv_nsec / 1000000, static_cast<int>(getpid()),
+                          operation, static_cast<unsigned>(handle), static_cast<unsigned>(status));
+        // One write for a line, at the file's end: lines of several threads and processes do not mix.
+        if (length > 0) {
+            writeAll(state.traceFile.number(),
+                     {reinterpret_cast<const SD_UINT8 *>(line), static_cast<std::size_t>(length)});
+        }
+    } catch (...) {
+        // Without its lock the trace loses the line; the operation itself is not concerned.
+        return;
+    }
+}
+
+extern "C" {
+
+SD_UINT32 SDOpenDeviceiSCSI(SD_UINT32 adapterIndex, SDMGT_HANDLE *handle)
+{
+    SDMGT_HANDLE opened = 0;
+    const SD_UINT32 status = statusOf([&] {
+        requirePointers(handle);
+        const AdapterModel *model = findModel(adapterIndex);
+        require(model != nullptr, ERR_NO_SUCH_ADAPTER);
+        const std::string folder = flashFolder();
+        Library &state = library();
+        const std::unique_lock guard(state.mutex);
+        std::shared_ptr<Adapter> &adapter = state.adapters[folder + std::to_string(adapterIndex)];
+        if (!adapter) {
+            adapter = std::make_shared<Adapter>(*model, folder);
+        }
+        opened = newHandle(state);
+        state.handles.emplace(opened, adapter);
+        *handle = opened;
+    });
+    trace(__func__, opened, status);
+    return status;
+}
+
+SD_UINT32 SDCloseDeviceiSCSI(SDMGT_HANDLE handle)
+{
+    const SD_UINT32 status = statusOf([&] {
+        Library &state = library();
+        const std::unique_lock guard(state.mutex);
+        require(state.handles.erase(handle) != 0, ERR_INVALID_HANDLE);
+    });
+    trace(__func__, handle, status);
+    return status;
+}
+
+SD_UINT32 SDGetVersioniSCSI(char *versionText, SD_UINT32 size)
+{
+    const SD_UINT32 status = statusOf([&] {
+        requirePointers(versionText);
+        require(size != 0, ERR_INVALID_PARAMETER);
+        (void)std::snprintf(versionText, size, "Tavo software adapter %s", TAVO_VERSION);
+    });
+    trace(__func__, 0, status);
+    return status;
+}
+
+// The trace belongs to the process: from here on every operation on every adapter adds its line. A mask of 0 ends it.
+SD_UINT32 SDEnableDebugTraceiSCSI(SDMGT_HANDLE *handle, const char *fileName, SD_UINT32 mask)
+{
+    const SD_UINT32 status = statusOf([&] {
+        requirePointers(handle, fileName);
+        adapterOf(*handle);
+        Descriptor file;
+        if (mask != 0) {
+            file = Descriptor(open(fileName, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0666));
+            require(bool(file), ERR_OUTPUT_FILE);
+        }
+        Library &state = library();
+        const std::unique_lock guard(state.mutex);
+        state.traceFile = std::move(file);
+    });
+    trace(__func__, handle == nullptr ? 0 : *handle, status);
+    return status;
+}
+}

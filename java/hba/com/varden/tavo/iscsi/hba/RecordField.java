@@ -1,0 +1,30 @@
+package com.varden.tavo.iscsi.hba;
+
+import com.google.gson.JsonElement;
+import com.google.gson.stream.JsonWriter;
+import java.io.IOException;
+
+/** An object with fields of its own, which its owner never replaces. */
+final class RecordField extends Field {
+    final RecordTable table;
+
+    RecordField(String name, RecordTable table, String label) {
+        super(name, label);
+        this.table = table;
+    }
+
+    @Override
+    void write(JsonWriter json, Object owner, boolean writableOnly) throws IOException {
+        table.write(json, getProperty(owner), writableOnly);
+    }
+
+    @Override
+    void read(JsonElement value, Object owner, String place) {
+        table.read(value, getProperty(owner), place);
+    }
+
+    @Override
+    void compare(Object wanted, Object found, String place, Differences differences) {
+        table.compare(getProperty(wanted), getProperty(found), place, differences);
+    }
+}
