@@ -3,15 +3,17 @@
 self=$(readlink -f -- "$0")
 prefix=${self%/bin/*}
 jars=$prefix/share/java
+bridge=$prefix/@TAVO_BRIDGE_DIR@/libtavoiscsi.so
+libraries=$prefix/@TAVO_LIBRARIES_DIR@
 
 # Nothing outside the installation is run unless it is named.
-java=${HBA_JAVA:-$prefix/lib/runtime/bin/java}
+java=${HBA_JAVA:-$prefix/@TAVO_RUNTIME_DIR@/bin/java}
 case $java in
   /*) ;;
   */*) java=$PWD/$java ;;
 esac
 if ! command -v "$java" >/dev/null; then
-  echo "hba: there is no Java VM $java. Name one with HBA_JAVA." >&2
+  echo "hba: there is no Java VM $java. @TAVO_RUNTIME_ADVICE@" >&2
   exit 3
 fi
 case $(readlink -f -- "$(command -v "$java")") in
@@ -23,7 +25,7 @@ esac
 
 # The bridge looks for ./libvdsdm.so.
 directory=$PWD
-libraries=${HBA_LIBRARY_DIR:-$prefix/lib/vdsdm}
+libraries=${HBA_LIBRARY_DIR:-$libraries/vdsdm}
 if ! CDPATH='' cd -- "$libraries" 2>/dev/null; then
   echo "hba: the folder of the management library, $libraries, cannot be entered. Name it with HBA_LIBRARY_DIR." >&2
   exit 3
@@ -53,6 +55,6 @@ fi
 # shellcheck disable=SC2086 # HBA_JAVA_OPTIONS holds several words.
 exec "$java" -XX:TieredStopAtLevel=1 -XX:CompileThresholdScaling=3 -XX:+UseSerialGC -Xshare:auto \
   '-Xlog:cds*=off' ${archive:+"$archive"} -Dsun.reflect.inflationThreshold=1000000 ${HBA_JAVA_OPTIONS-} \
-  "-Dtavo.iscsi.library=${HBA_BRIDGE:-$prefix/lib/libtavoiscsi.so}" "-Dhba.directory=$directory" -Dhba.output=3 \
+  "-Dtavo.iscsi.library=${HBA_BRIDGE:-$bridge}" "-Dhba.directory=$directory" -Dhba.output=3 \
   --add-opens java.base/java.io=ALL-UNNAMED \
   -cp "$jars/hba.jar:$jars/tavoiscsi.jar:$jars/picocli.jar:$jars/gson.jar" com.varden.tavo.iscsi.hba.Hba "$@" 3>&1 1>&2
