@@ -2,10 +2,10 @@
 // 0, one of the bridge's own (ERR_JNI_...) or the management library's, unchanged.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/AdapterInformation.h"
 #include "vdsdm/Types.h"
+
+#include <jni.h>
 
 // The adapter's node identity: address, iSCSI name, alias, portal count.
 SD_UINT32 readAdapterInfo(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj);
@@ -25,5 +25,6 @@ void setChipInfo(JNIEnv *env, jobject jObj, const CHIPINFO &chip);
 // Adapter state, DHCP state and link status.
 SD_UINT32 readHBAState(JNIEnv *env, SDMGT_HANDLE handle, jobject jHBA);
 
-// The portal's properties, every device database entry in use, and the firmware block by way of the native getFWData.
-SD_UINT32 readHBAData(JNIEnv *env, jobject self, jint dev, SDMGT_HANDLE handle, jobject jObj);
+// The portal's properties, every device database entry in use, and the firmware block as getFWData hands it over, with
+// the handle that the table holds by then.
+SD_UINT32 readHBAData(JNIEnv *env, jint dev, jobject jObj);

@@ -1,38 +1,23 @@
-// The front door: the table of adapter handles and the 39 native methods.
+// The front door: the 39 native methods. It is entered from Java only.
 //
 // A native method is its entry frame (null checks, adapter index, handle) in the order that the contract gives it,
 // followed by one call into its family. What its caller sees first when several things are wrong is read here.
-
-#include "ApiWrapper.h"
-
-#include <cstdio>
-#include <iterator>
 
 #include "AdapterInformation.h"
 #include "ChapTable.h"
 #include "DeviceDatabaseEntry.h"
 #include "FirmwareConfiguration.h"
+#include "Handles.h"
 #include "IsnsDiscovery.h"
 #include "JavaAccess.h"
 #include "Logs.h"
-#include "Records.h"
+#include "RecordMemory.h"
 #include "ScsiPassThrough.h"
 #include "Statistics.h"
 #include "TargetDatabase.h"
 #include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
-
-// The handle of each open adapter by its index; 0 where none is stored. The bridge's only state.
-static SDMGT_HANDLE hbaHandles[32];
-
-bool isAdapterIndex(jint dev)
-{
-    return dev >= 0 && static_cast<std::size_t>(dev) < std::size(hbaHandles);
-}
-
-// The failure value of status methods for an index outside the table.
-static constexpr auto INVALID_INDEX = static_cast<jint>(ERR_INVALID_PARAMETER);
 
 // A status as it crosses to Java.
 static jint toJava(SD_UINT32 status)
@@ -46,9 +31,20 @@ static jboolean succeeded(SD_UINT32 status)
     return status == 0 ? JNI_TRUE : JNI_FALSE;
 }
 
-static jint nullArgument(const char *line)
+// The checks of an entry frame, in the order in which they stand: the first that fails leaves its status, and those
+// after it do nothing.
+static void checkIndex(SD_UINT32 &status, jint dev)
 {
-    return toJava(nullObject(line));
+    if (status == 0 && !isAdapterIndex(dev)) {
+        status = ERR_INVALID_PARAMETER;
+    }
+}
+
+static void checkNull(SD_UINT32 &status, const void *object, const char *line)
+{
+    if (status == 0 && object == nullptr) {
+        status = nullObject(line);
+    }
 }
 
 extern "C" {
@@ -57,9 +53,7 @@ extern "C" {
 
 JNIEXPORT void JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_initJNINative(JNIEnv *, jobject)
 {
-    for (SDMGT_HANDLE &handle : hbaHandles) {
-        handle = 0;
-    }
+    clearHandles();
 }
 
 // An index outside the table names no adapter: the library is not asked, here and in closeDevice.
@@ -71,7 +65,7 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_openDevice(
     SDMGT_HANDLE handle = 0;
     const SD_UINT32 status = SDOpenDeviceiSCSI(static_cast<SD_UINT32>(dev), &handle);
     if (status == 0) {
-        hbaHandles[dev] = handle;
+        storeHandle(dev, handle);
     }
     return succeeded(status);
 }
@@ -81,9 +75,9 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_closeDevice
     if (!isAdapterIndex(dev)) {
         return JNI_FALSE;
     }
-    const SD_UINT32 status = SDCloseDeviceiSCSI(hbaHandles[dev]);
+    const SD_UINT32 status = SDCloseDeviceiSCSI(hbaHandle(dev));
     if (status == 0) {
-        hbaHandles[dev] = 0;
+        storeHandle(dev, 0);
     }
     return succeeded(status);
 }
@@ -93,26 +87,26 @@ JNIEXPORT jstring JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getVersioniS
     SD_UINT8 versionString[VERSION_TEXT_SIZE];
     clear(versionString);
     SDGetVersioniSCSI(reinterpret_cast<char *>(versionString), VERSION_TEXT_SIZE);
-    return newText(env, versionString, sizeof versionString);
+    return newText(env, versionString).release();
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_enableSdmTrace(JNIEnv *env, jobject, jint dev,
                                                                                 jstring fileName)
 {
-    SD_UINT32 traced = 0;
-    const jint status = withUtfChars(env, fileName, [&](const char *characters) {
-        if (!isAdapterIndex(dev)) {
-            return INVALID_INDEX;
-        }
-        SDMGT_HANDLE handle = hbaHandles[dev];
+    auto characters = utfChars(env, fileName);
+    if (!isAdapterIndex(dev)) {
+        return toJava(ERR_INVALID_PARAMETER);
+    }
+    if (characters == nullptr) {
         // Without a name there is nothing to switch on, which is no failure.
-        if (characters != nullptr) {
-            traced = SDEnableDebugTraceiSCSI(&handle, characters, 0xFFFFFFFF);
-        }
-        return toJava(traced);
-    });
-    failed(traced, "JNI: SDEnableDebugTraceiSCSI: %x \n");
-    return status;
+        forgetOwnError(env);
+        return 0;
+    }
+    SDMGT_HANDLE handle = hbaHandle(dev);
+    const SD_UINT32 status = SDEnableDebugTraceiSCSI(&handle, characters.get(), 0xFFFFFFFF);
+    characters.reset();
+    report(status, "JNI: SDEnableDebugTraceiSCSI: %x \n");
+    return toJava(status);
 }
 
 // ---- Adapter information ----
@@ -120,135 +114,101 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_enableSdmTrace(
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIAdapterInfo(JNIEnv *env, jobject, jint dev,
                                                                                      jobject jObj)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jObj == nullptr) {
-        return nullArgument("NULL javaHBAObject!\n");
-    }
-    return toJava(readAdapterInfo(env, hbaHandles[dev], jObj));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jObj, "NULL javaHBAObject!\n");
+    return toJava(status != 0 ? status : readAdapterInfo(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIFWInfo(JNIEnv *env, jobject, jint dev,
                                                                                 jobject jObj)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jObj == nullptr) {
-        return nullArgument("NULL Java Obj!\n");
-    }
-    return toJava(readFWInfo(env, hbaHandles[dev], jObj));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jObj, "NULL Java Obj!\n");
+    return toJava(status != 0 ? status : readFWInfo(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIDriverInfo(JNIEnv *env, jobject, jint dev,
                                                                                     jobject jObj)
 {
-    if (jObj == nullptr) {
-        return nullArgument("NULL Java Obj!\n");
-    }
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(readDriverInfo(env, hbaHandles[dev], jObj));
+    SD_UINT32 status = 0;
+    checkNull(status, jObj, "NULL Java Obj!\n");
+    checkIndex(status, dev);
+    return toJava(status != 0 ? status : readDriverInfo(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getChipInfo(JNIEnv *env, jobject, jint dev,
                                                                              jobject jHba)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jHba == nullptr) {
-        return nullArgument("NULL javaHBAObject!\n");
-    }
-    return toJava(readChipInfo(env, hbaHandles[dev], jHba));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jHba, "NULL javaHBAObject!\n");
+    return toJava(status != 0 ? status : readChipInfo(env, hbaHandle(dev), jHba));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAState(JNIEnv *env, jobject, jint dev,
                                                                                   jobject jHBA)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jHBA == nullptr) {
-        return nullArgument("NULL jHBA!\n");
-    }
-    return toJava(readHBAState(env, hbaHandles[dev], jHBA));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jHBA, "NULL jHBA!\n");
+    return toJava(status != 0 ? status : readHBAState(env, hbaHandle(dev), jHBA));
 }
 
-JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData(JNIEnv *env, jobject self, jint dev,
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData(JNIEnv *env, jobject, jint dev,
                                                                                  jobject jObj)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jObj == nullptr) {
-        return nullArgument("NULL Java Obj!\n");
-    }
-    return toJava(readHBAData(env, self, dev, hbaHandles[dev], jObj));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jObj, "NULL Java Obj!\n");
+    return toJava(status != 0 ? status : readHBAData(env, dev, jObj));
 }
 
 // ---- Device database ----
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIEntryNum(JNIEnv *, jobject, jint dev)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(readEntryNum(hbaHandles[dev]));
+    return toJava(isAdapterIndex(dev) ? readEntryNum(hbaHandle(dev)) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jobject JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getDefaultDDBEntry(JNIEnv *env, jobject, jint dev)
 {
-    if (!isAdapterIndex(dev)) {
-        return nullptr;
-    }
-    return readDefaultDDB(env, hbaHandles[dev]);
+    return isAdapterIndex(dev) ? readDefaultDDB(env, hbaHandle(dev)) : nullptr;
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getInitialDDBEntry(JNIEnv *env, jobject, jint dev,
                                                                                     jobject JDDB, jint jIndex)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (JDDB == nullptr) {
-        return nullArgument("NULL JDDB!\n");
-    }
-    return toJava(readInitialDDB(env, hbaHandles[dev], JDDB, jIndex));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, JDDB, "NULL JDDB!\n");
+    return toJava(status != 0 ? status : readInitialDDB(env, hbaHandle(dev), JDDB, jIndex));
 }
 
 // The entry written is the one that jDDB's target ID names; the index is not used.
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBData(JNIEnv *env, jobject, jint dev,
                                                                             jobject jDDB, jint)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jDDB == nullptr) {
-        return nullArgument("NULL javaDDBObject!\n");
-    }
-    return toJava(writeDDB(env, hbaHandles[dev], jDDB));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jDDB, "NULL javaDDBObject!\n");
+    return toJava(status != 0 ? status : writeDDB(env, hbaHandle(dev), jDDB));
 }
 
 // The adapter index is checked once the first element is there.
-JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBsData(JNIEnv *env, jobject self, jint dev,
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBsData(JNIEnv *env, jobject, jint dev,
                                                                              jobjectArray jArray)
 {
-    if (jArray == nullptr) {
-        return nullArgument("NULL jArray!\n");
-    }
-    return toJava(writeDDBs(env, self, dev, jArray));
+    SD_UINT32 status = 0;
+    checkNull(status, jArray, "NULL jArray!\n");
+    return toJava(status != 0 ? status : writeDDBs(env, dev, jArray));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_logoutDDB(JNIEnv *, jobject, jint dev, jint index,
                                                                            jint options, jint newIndex)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(sendLogout(hbaHandles[dev], index, options, newIndex));
+    return toJava(isAdapterIndex(dev) ? sendLogout(hbaHandle(dev), index, options, newIndex) : ERR_INVALID_PARAMETER);
 }
 
 // ---- Discovered targets and LUNs ----
@@ -256,127 +216,94 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_logoutDDB(JNIEn
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSITargetData(JNIEnv *env, jobject, jint dev,
                                                                                     jobject jHba, jobject jTarget)
 {
-    if (jTarget == nullptr) {
-        return nullArgument("NULL jTarget!\n");
-    }
-    if (jHba == nullptr) {
-        return nullArgument("NULL jHba!\n");
-    }
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(readTargetData(env, hbaHandles[dev], jHba, jTarget));
+    SD_UINT32 status = 0;
+    checkNull(status, jTarget, "NULL jTarget!\n");
+    checkNull(status, jHba, "NULL jHba!\n");
+    checkIndex(status, dev);
+    return toJava(status != 0 ? status : readTargetData(env, hbaHandle(dev), jHba, jTarget));
 }
 
-// The two natives that it calls check the adapter index.
-JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSILunData(JNIEnv *env, jobject self, jint dev,
+// The adapter index is checked once the LUN object's own objects are there.
+JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSILunData(JNIEnv *env, jobject, jint dev,
                                                                                  jobject jLun)
 {
-    if (jLun == nullptr) {
-        return nullArgument("NULL jLun!\n");
-    }
-    return toJava(readLunData(env, self, dev, jLun));
+    SD_UINT32 status = 0;
+    checkNull(status, jLun, "NULL jLun!\n");
+    return toJava(status != 0 ? status : readLunData(env, dev, jLun));
 }
 
 // ---- Firmware configuration and adapter maintenance ----
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getFWData(JNIEnv *env, jobject, jint dev, jobject jObj)
 {
-    if (jObj == nullptr) {
-        return nullArgument("NULL jObj!\n");
-    }
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(readFWData(env, hbaHandles[dev], jObj));
+    SD_UINT32 status = 0;
+    checkNull(status, jObj, "NULL jObj!\n");
+    checkIndex(status, dev);
+    return toJava(status != 0 ? status : readFWData(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getISCSIFWDefaults(JNIEnv *env, jobject, jint dev,
                                                                                     jobject jInitFW)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jInitFW == nullptr) {
-        return nullArgument("NULL jInitFW!\n");
-    }
-    return toJava(readFWDefaults(env, hbaHandles[dev], jInitFW));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jInitFW, "NULL jInitFW!\n");
+    return toJava(status != 0 ? status : readFWDefaults(env, hbaHandle(dev), jInitFW));
 }
 
 // The HBA object is tested for null only after the block was read.
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setFWData(JNIEnv *env, jobject, jint dev, jobject jHba)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(writeFWData(env, hbaHandles[dev], jHba));
+    return toJava(isAdapterIndex(dev) ? writeFWData(env, hbaHandle(dev), jHba) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setISCSIDefaults(JNIEnv *, jobject, jint dev)
 {
-    if (!isAdapterIndex(dev)) {
-        return JNI_FALSE;
-    }
-    return succeeded(restoreFWDefaults(hbaHandles[dev]));
+    return succeeded(isAdapterIndex(dev) ? restoreFWDefaults(hbaHandle(dev)) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_iSCSIUpdateFW(JNIEnv *env, jobject, jint dev,
                                                                                    jstring fName, jshort type)
 {
-    return withUtfChars(env, fName, [&](const char *characters) {
-        if (characters == nullptr) {
-            nullObject("NULL fName!\n");
-            return static_cast<jboolean>(JNI_FALSE);
-        }
-        if (!isAdapterIndex(dev)) {
-            return static_cast<jboolean>(JNI_FALSE);
-        }
-        return succeeded(updateFW(hbaHandles[dev], characters, type));
-    });
+    SD_UINT32 status = 0;
+    checkNull(status, fName, "NULL fName!\n");
+    const auto characters = utfChars(env, fName);
+    checkNull(status, characters.get(), "NULL characters of fName!\n");
+    checkIndex(status, dev);
+    return succeeded(status != 0 ? status : updateFW(hbaHandle(dev), characters.get(), type));
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSIHBA(JNIEnv *, jobject, jint dev)
 {
-    if (!isAdapterIndex(dev)) {
-        return JNI_FALSE;
-    }
-    return succeeded(resetHBA(hbaHandles[dev]));
+    return succeeded(isAdapterIndex(dev) ? resetHBA(hbaHandle(dev)) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSICounters(JNIEnv *, jobject, jint dev,
                                                                                         jint portNum)
 {
-    if (!isAdapterIndex(dev)) {
-        return JNI_FALSE;
-    }
-    return succeeded(resetCounters(hbaHandles[dev], portNum));
+    return succeeded(isAdapterIndex(dev) ? resetCounters(hbaHandle(dev), portNum) : ERR_INVALID_PARAMETER);
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_retrieveCrashRecord(JNIEnv *env, jobject, jint dev,
                                                                                      jstring fileName)
 {
-    SD_UINT32 written = 0;
-    const jint status = withUtfChars(env, fileName, [&](const char *characters) {
-        if (characters == nullptr) {
-            return nullArgument("NULL fileName!\n");
-        }
-        if (!isAdapterIndex(dev)) {
-            return INVALID_INDEX;
-        }
-        written = SDGetCrashRecord(hbaHandles[dev], characters);
-        return toJava(written);
-    });
-    failed(written, "JNI: SDGetCrashRecord failed! %x\n");
-    return status;
+    SD_UINT32 status = 0;
+    checkNull(status, fileName, "NULL fileName!\n");
+    auto characters = utfChars(env, fileName);
+    checkNull(status, characters.get(), "NULL characters of fileName!\n");
+    checkIndex(status, dev);
+    if (status == 0) {
+        status = SDGetCrashRecord(hbaHandle(dev), characters.get());
+        characters.reset();
+        report(status, "JNI: SDGetCrashRecord failed! %x\n");
+    }
+    return toJava(status);
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_ping(JNIEnv *env, jobject, jint dev, jobject ipAddr,
                                                                       jint count)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(sendPing(env, hbaHandles[dev], ipAddr, count));
+    return toJava(isAdapterIndex(dev) ? sendPing(env, hbaHandle(dev), ipAddr, count) : ERR_INVALID_PARAMETER);
 }
 
 // ---- SCSI commands to targets ----
@@ -384,44 +311,31 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_ping(JNIEnv *en
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReportLUNsData(JNIEnv *env, jobject, jint dev,
                                                                                        jobject jHba, jobject jTarget)
 {
-    if (jTarget == nullptr) {
-        return nullArgument("NULL jTarget!\n");
-    }
-    if (jHba == nullptr) {
-        return nullArgument("NULL jHba!\n");
-    }
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(sendReportLUNs(env, hbaHandles[dev], jTarget));
+    SD_UINT32 status = 0;
+    checkNull(status, jTarget, "NULL jTarget!\n");
+    checkNull(status, jHba, "NULL jHba!\n");
+    checkIndex(status, dev);
+    return toJava(status != 0 ? status : sendReportLUNs(env, hbaHandle(dev), jTarget));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiInquiryData(JNIEnv *env, jobject, jint dev,
                                                                                     jobject targetInfoObj,
                                                                                     jobject inqObj)
 {
-    if (inqObj == nullptr) {
-        return nullArgument("NULL inqObj!\n");
-    }
-    if (targetInfoObj == nullptr) {
-        return nullArgument("NULL targetInfoObj!\n");
-    }
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(sendInquiry(env, hbaHandles[dev], targetInfoObj, inqObj));
+    SD_UINT32 status = 0;
+    checkNull(status, inqObj, "NULL inqObj!\n");
+    checkNull(status, targetInfoObj, "NULL targetInfoObj!\n");
+    checkIndex(status, dev);
+    return toJava(status != 0 ? status : sendInquiry(env, hbaHandle(dev), targetInfoObj, inqObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReadCapacityData(JNIEnv *env, jobject, jint dev,
                                                                                          jobject jLun)
 {
-    if (jLun == nullptr) {
-        return nullArgument("NULL jLun!\n");
-    }
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(sendReadCapacity(env, hbaHandles[dev], jLun));
+    SD_UINT32 status = 0;
+    checkNull(status, jLun, "NULL jLun!\n");
+    checkIndex(status, dev);
+    return toJava(status != 0 ? status : sendReadCapacity(env, hbaHandle(dev), jLun));
 }
 
 // ---- Statistics and logs ----
@@ -429,36 +343,27 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReadCapa
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIStatistics(JNIEnv *env, jobject, jint dev,
                                                                                     jobject jStats)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jStats == nullptr) {
-        return nullArgument("NULL jStats!\n");
-    }
-    return toJava(readStatistics(env, hbaHandles[dev], jStats));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jStats, "NULL jStats!\n");
+    return toJava(status != 0 ? status : readStatistics(env, hbaHandle(dev), jStats));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getConnectErrorLog(JNIEnv *env, jobject, jint dev,
                                                                                     jobject jObj)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jObj == nullptr) {
-        return nullArgument("NULL Java Obj!\n");
-    }
-    return toJava(readConnectErrorLog(env, hbaHandles[dev], jObj));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jObj, "NULL Java Obj!\n");
+    return toJava(status != 0 ? status : readConnectErrorLog(env, hbaHandle(dev), jObj));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getARPLog(JNIEnv *env, jobject, jint dev, jobject jObj)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jObj == nullptr) {
-        return nullArgument("NULL Java Obj!\n");
-    }
-    return toJava(readARPLog(env, hbaHandles[dev], jObj));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jObj, "NULL Java Obj!\n");
+    return toJava(status != 0 ? status : readARPLog(env, hbaHandle(dev), jObj));
 }
 
 // ---- CHAP table ----
@@ -466,25 +371,19 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getARPLog(JNIEn
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getCHAPTableData(JNIEnv *env, jobject, jint dev,
                                                                                   jobject jHBA)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jHBA == nullptr) {
-        return nullArgument("NULL jHBA!\n");
-    }
-    return toJava(readCHAPTable(env, hbaHandles[dev], jHBA));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jHBA, "NULL jHBA!\n");
+    return toJava(status != 0 ? status : readCHAPTable(env, hbaHandle(dev), jHBA));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setCHAPTableData(JNIEnv *env, jobject, jint dev,
                                                                                   jobjectArray jArray)
 {
-    if (jArray == nullptr) {
-        return nullArgument("NULL jArray!\n");
-    }
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    return toJava(writeCHAPTable(env, hbaHandles[dev], jArray));
+    SD_UINT32 status = 0;
+    checkNull(status, jArray, "NULL jArray!\n");
+    checkIndex(status, dev);
+    return toJava(status != 0 ? status : writeCHAPTable(env, hbaHandle(dev), jArray));
 }
 
 // ---- iSNS discovery ----
@@ -492,36 +391,27 @@ JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setCHAPTableDat
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSNSDiscoveryConfig(JNIEnv *env, jobject, jint dev,
                                                                                         jobject jiSNSDiscoveryConfig)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jiSNSDiscoveryConfig == nullptr) {
-        return nullArgument("NULL java iSNSDiscoveryConfig Object!\n");
-    }
-    return toJava(readiSNSDiscoveryConfig(env, hbaHandles[dev], jiSNSDiscoveryConfig));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jiSNSDiscoveryConfig, "NULL java iSNSDiscoveryConfig Object!\n");
+    return toJava(status != 0 ? status : readiSNSDiscoveryConfig(env, hbaHandle(dev), jiSNSDiscoveryConfig));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setiSNSDiscoveryConfig(JNIEnv *env, jobject, jint dev,
                                                                                         jobject jiSNSDiscoveryConfig)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jiSNSDiscoveryConfig == nullptr) {
-        return nullArgument("NULL java iSNSDiscoveryConfig Object!\n");
-    }
-    return toJava(writeiSNSDiscoveryConfig(env, hbaHandles[dev], jiSNSDiscoveryConfig));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jiSNSDiscoveryConfig, "NULL java iSNSDiscoveryConfig Object!\n");
+    return toJava(status != 0 ? status : writeiSNSDiscoveryConfig(env, hbaHandle(dev), jiSNSDiscoveryConfig));
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSNSTargets(JNIEnv *env, jobject, jint dev,
                                                                                 jobject jHBAobj)
 {
-    if (!isAdapterIndex(dev)) {
-        return INVALID_INDEX;
-    }
-    if (jHBAobj == nullptr) {
-        return nullArgument("NULL java HBA Object!\n");
-    }
-    return toJava(readiSNSTargets(env, hbaHandles[dev], jHBAobj));
+    SD_UINT32 status = 0;
+    checkIndex(status, dev);
+    checkNull(status, jHBAobj, "NULL java HBA Object!\n");
+    return toJava(status != 0 ? status : readiSNSTargets(env, hbaHandle(dev), jHBAobj));
 }
 }

@@ -2,9 +2,9 @@
 // return nothing: the caller carries on as if they had succeeded.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/DeviceParameters.h"
+
+#include <jni.h>
 
 // Copies the parameters into a DevEntry object. iSCSIOptions, maxBurstSize and taskMngmntTimeout cross as Java shorts
 // with the bits as they are, retryCount and retryDelay as shorts of 0 to 255, the other numbers as ints of 0 to 65535.

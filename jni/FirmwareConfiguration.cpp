@@ -3,20 +3,24 @@
 #include "DeviceParameters.h"
 #include "JavaAccess.h"
 #include "NodeInfo.h"
-#include "Records.h"
+#include "RecordMemory.h"
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
 
+static constexpr const char *NO_DEV_ENTRY = "NULL javaDevEntryObject!\n";
+static constexpr const char *NO_INIT_FW = "NULL javaInitFWObject!\n";
+
 SD_UINT32 getInitFW(JNIEnv *env, jobject javaInitFWObject, const INITFWISCSI &block)
 {
-    return withClassOf(env, javaInitFWObject, [&](JavaObject &initFW) {
-        return setShort(initFW, "setFWOptions", block.FWOptions, namedObj)
-               && setShort(initFW, "setAddFWOptions", block.addFWOptions, namedObj)
-               && setByte(initFW, "setReserved1", block.Reserved1, namedObj)
-               && setShort(initFW, "setWakeupThreshold", block.wakeupThreshold, namedObj)
-               && withFetched(initFW, "getDevEntry", GIVES_DEV_ENTRY, twoBlanks, "NULL javaDevEntryObject!\n",
-                              [&](jobject devEntry) { setiSCSIDevEntry(env, devEntry, block.DeviceInfo); });
-    });
+    JavaObject initFW = objectOf(env, javaInitFWObject);
+    setShort(initFW, "setFWOptions", block.FWOptions, namedObj);
+    setShort(initFW, "setAddFWOptions", block.addFWOptions, namedObj);
+    setByte(initFW, "setReserved1", block.Reserved1, namedObj);
+    setShort(initFW, "setWakeupThreshold", block.wakeupThreshold, namedObj);
+    if (const auto devEntry = fetch(initFW, "getDevEntry", GIVES_DEV_ENTRY, twoBlanks, NO_DEV_ENTRY)) {
+        setiSCSIDevEntry(env, devEntry.get(), block.DeviceInfo);
+    }
+    return initFW.status;
 }
 
 SD_UINT32 readFWData(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj)
@@ -27,15 +31,17 @@ SD_UINT32 readFWData(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj)
     if (failed(status, "SDGetInitFW call failed! 2\n")) {
         return status;
     }
-    return withClassOf(env, jObj, [&](JavaObject &hba) {
-        setIPAddr(env, jObj, block.IPAddr, ADDRESS_OWN);
-        setIPAddr(env, jObj, block.Gateway, ADDRESS_GATEWAY);
-        setIPAddr(env, jObj, block.SubnetMask, ADDRESS_SUBNET_MASK);
-        setIPAddr(env, jObj, block.PrimaryDNS.IPAddr, ADDRESS_PRIMARY_DNS);
-        setIPAddr(env, jObj, block.SLPDAAddr, ADDRESS_SLP_DA);
-        withFetched(hba, "getInitFW", GIVES_INIT_FW, twoBlanks, "NULL javaInitFWObject!\n",
-                    [&](jobject initFW) { return getInitFW(env, initFW, block); });
-    });
+    JavaObject hba = objectOf(env, jObj);
+    if (hba.status != 0) {
+        return hba.status;
+    }
+    setIPAddr(env, jObj, block.IPAddr, ADDRESS_OWN);
+    setIPAddr(env, jObj, block.Gateway, ADDRESS_GATEWAY);
+    setIPAddr(env, jObj, block.SubnetMask, ADDRESS_SUBNET_MASK);
+    setIPAddr(env, jObj, block.PrimaryDNS.IPAddr, ADDRESS_PRIMARY_DNS);
+    setIPAddr(env, jObj, block.SLPDAAddr, ADDRESS_SLP_DA);
+    const auto initFW = fetch(hba, "getInitFW", GIVES_INIT_FW, twoBlanks, NO_INIT_FW);
+    return hba.status != 0 ? hba.status : getInitFW(env, initFW.get(), block);
 }
 
 SD_UINT32 readFWDefaults(JNIEnv *env, SDMGT_HANDLE handle, jobject jInitFW)
@@ -49,30 +55,42 @@ SD_UINT32 readFWDefaults(JNIEnv *env, SDMGT_HANDLE handle, jobject jInitFW)
     return getInitFW(env, jInitFW, block);
 }
 
-// One address of the HBA object: fetched and copied over the field's 16 address bytes.
-static bool getAddress(JavaObject &hba, const char *getter, Message message, ISCSIIPADDR &field)
-{
-    return withFetched(hba, getter, GIVES_IP_ADDR, message, "NULL javaIPObject!\n",
-                       [&](jobject address) { getIPAddr(hba.env, address, field); });
-}
-
 static SD_UINT32 getNames(JNIEnv *env, jobject javaNodeInfoObject, INITFWISCSI &block)
 {
-    return withClassOf(env, javaNodeInfoObject, [&](JavaObject &nodeInfo) {
-        return getText(nodeInfo, "getiSCSIName", block.iSCSIName, twoBlanks)
-               && getText(nodeInfo, "getAlias", block.Alias, twoBlanks);
-    });
+    JavaObject nodeInfo = objectOf(env, javaNodeInfoObject);
+    getText(nodeInfo, "getiSCSIName", block.iSCSIName, twoBlanks);
+    getText(nodeInfo, "getAlias", block.Alias, twoBlanks);
+    return nodeInfo.status;
 }
 
 // Option words and session parameters; wakeupThreshold and Reserved1 keep the adapter's values.
 static SD_UINT32 getOptions(JNIEnv *env, jobject javaInitFWObject, INITFWISCSI &block)
 {
-    return withClassOf(env, javaInitFWObject, [&](JavaObject &initFW) {
-        return getShort(initFW, "getFWOptions", block.FWOptions, namedObj)
-               && getShort(initFW, "getAddFWOptions", block.addFWOptions, namedObj)
-               && withFetched(initFW, "getDevEntry", GIVES_DEV_ENTRY, twoBlanks, "NULL javaDevEntryObject!\n",
-                              [&](jobject devEntry) { getiSCSIDevEntry(env, devEntry, block.DeviceInfo); });
-    });
+    JavaObject initFW = objectOf(env, javaInitFWObject);
+    getShort(initFW, "getFWOptions", block.FWOptions, namedObj);
+    getShort(initFW, "getAddFWOptions", block.addFWOptions, namedObj);
+    if (const auto devEntry = fetch(initFW, "getDevEntry", GIVES_DEV_ENTRY, twoBlanks, NO_DEV_ENTRY)) {
+        getiSCSIDevEntry(env, devEntry.get(), block.DeviceInfo);
+    }
+    return initFW.status;
+}
+
+// What the HBA object owns of the block.
+static SD_UINT32 getBlock(JNIEnv *env, jobject jHba, INITFWISCSI &block)
+{
+    JavaObject hba = objectOf(env, jHba);
+    getAddress(hba, "getIPAddress", "GetMethodID  getIPAddr call failed!\n", block.IPAddr);
+    getAddress(hba, "getGateway", twoBlanks, block.Gateway);
+    getAddress(hba, "getSubnetMask", twoBlanks, block.SubnetMask);
+    getAddress(hba, "getPrimaryDNS", twoBlanks, block.PrimaryDNS.IPAddr);
+    getAddress(hba, "getSlpDa", twoBlanks, block.SLPDAAddr);
+    if (const auto nodeInfo = fetch(hba, "getNodeInfo", GIVES_NODE_INFO, twoBlanks, "NULL javaNodeInfoObject!4\n")) {
+        hba.status = getNames(env, nodeInfo.get(), block);
+    }
+    if (const auto initFW = fetch(hba, "getInitFW", GIVES_INIT_FW, twoBlanks, NO_INIT_FW)) {
+        hba.status = getOptions(env, initFW.get(), block);
+    }
+    return hba.status;
 }
 
 SD_UINT32 writeFWData(JNIEnv *env, SDMGT_HANDLE handle, jobject jHba)
@@ -80,26 +98,16 @@ SD_UINT32 writeFWData(JNIEnv *env, SDMGT_HANDLE handle, jobject jHba)
     INITFWISCSI block;
     clear(block);
     // A failed read is only printed: the write then starts from what the record holds.
-    failed(SDGetInitFW(handle, &block), "SDGetInitFW call failed!\n");
+    report(SDGetInitFW(handle, &block), "SDGetInitFW call failed!\n");
     if (jHba == nullptr) {
         return nullObject("NULL jHba!\n");
     }
-    const SD_UINT32 converted = withClassOf(env, jHba, [&](JavaObject &hba) {
-        return getAddress(hba, "getIPAddress", "GetMethodID  getIPAddr call failed!\n", block.IPAddr)
-               && getAddress(hba, "getGateway", twoBlanks, block.Gateway)
-               && getAddress(hba, "getSubnetMask", twoBlanks, block.SubnetMask)
-               && getAddress(hba, "getPrimaryDNS", twoBlanks, block.PrimaryDNS.IPAddr)
-               && getAddress(hba, "getSlpDa", twoBlanks, block.SLPDAAddr)
-               && withFetched(hba, "getNodeInfo", GIVES_NODE_INFO, twoBlanks, "NULL javaNodeInfoObject!4\n",
-                              [&](jobject nodeInfo) { return getNames(env, nodeInfo, block); })
-               && withFetched(hba, "getInitFW", GIVES_INIT_FW, twoBlanks, "NULL javaInitFWObject!\n",
-                              [&](jobject initFW) { return getOptions(env, initFW, block); });
-    });
+    const SD_UINT32 converted = getBlock(env, jHba, block);
     if (converted != 0) {
         return converted;
     }
     const SD_UINT32 status = SDSetInitFW(handle, &block);
-    failed(status, "SDSetInitFW call failed!\n");
+    report(status, "SDSetInitFW call failed!\n");
     return status;
 }
 
@@ -108,7 +116,7 @@ SD_UINT32 restoreFWDefaults(SDMGT_HANDLE handle)
     INITFWISCSI block;
     clear(block);
     const SD_UINT32 status = SDSetFWDefaults(handle, &block);
-    failed(status, "FAILED: %x \n");
+    report(status, "FAILED: %x \n");
     return status;
 }
 
@@ -122,14 +130,14 @@ SD_UINT32 resetHBA(SDMGT_HANDLE handle)
     HBARESET request;
     clear(request);
     const SD_UINT32 status = SDResetHBA(handle, &request);
-    failed(status, "SDResetHBA call failed!\n");
+    report(status, "SDResetHBA call failed!\n");
     return status;
 }
 
 SD_UINT32 resetCounters(SDMGT_HANDLE handle, jint portNum)
 {
     const SD_UINT32 status = SDResetStatisticsiSCSI(handle, static_cast<SD_UINT16>(portNum));
-    failed(status, "SDResetiSCSICounters call failed! %x \n");
+    report(status, "SDResetiSCSICounters call failed! %x \n");
     return status;
 }
 
@@ -143,6 +151,6 @@ SD_UINT32 sendPing(JNIEnv *env, SDMGT_HANDLE handle, jobject ipAddr, jint count)
     request.IPAddr = address;
     request.packetCount = static_cast<SD_UINT16>(count);
     const SD_UINT32 status = SDDiagPing(handle, &request);
-    failed(status, "JNI: SDDiagPing() failed! %x\n");
+    report(status, "JNI: SDDiagPing() failed! %x\n");
     return status;
 }

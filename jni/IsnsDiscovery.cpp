@@ -1,28 +1,26 @@
 #include "IsnsDiscovery.h"
 
-#include <algorithm>
-#include <cstdio>
-
 #include "JavaAccess.h"
 #include "NodeInfo.h"
-#include "Records.h"
+#include "RecordMemory.h"
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
 
-static constexpr const char *NO_STRING = "NULL string for %s!\n";
+#include <cstdio>
+#include <span>
 
 SD_UINT32 SDMToJava_iSNSDiscoveryConfig(JNIEnv *env, jobject jiSNSDiscoveryConfig, const SDM_ISNS_CONFIG &config)
 {
     if (jiSNSDiscoveryConfig == nullptr) {
-        nullObject("NULL iSNSDiscoveryConfig!\n");
+        std::printf("NULL iSNSDiscoveryConfig!\n");
         return ERR_INVALID_PARAMETER;
     }
-    return withClassOf(env, jiSNSDiscoveryConfig, [&](JavaObject &object) {
-        return setInt(object, "setEnableiSNSDiscoveryFlag", config.performiSNSDiscovery, namedObj)
-               && setInt(object, "setAutomaticDiscoveryFlag", config.AutomaticiSNSDiscovery, namedObj)
-               && setShortsAndInt(object, "setServerIPAddress", config.ipAddr.IPAddress, config.ipAddr.Type, named)
-               && setString(object, "setServerHostname", " ", "GetMethodID call failed (setServerHostname)!\n");
-    });
+    JavaObject object = objectOf(env, jiSNSDiscoveryConfig);
+    setInt(object, "setEnableiSNSDiscoveryFlag", config.performiSNSDiscovery, namedObj);
+    setInt(object, "setAutomaticDiscoveryFlag", config.AutomaticiSNSDiscovery, namedObj);
+    setShortsAndInt(object, "setServerIPAddress", config.ipAddr.IPAddress, config.ipAddr.Type, named);
+    setString(object, "setServerHostname", " ", "GetMethodID call failed (setServerHostname)!\n");
+    return object.status;
 }
 
 SD_UINT32 JavaToSDM_iSNSDiscoveryConfig(JNIEnv *env, jobject jiSNSDiscoveryConfig, SDM_ISNS_CONFIG &config)
@@ -30,34 +28,26 @@ SD_UINT32 JavaToSDM_iSNSDiscoveryConfig(JNIEnv *env, jobject jiSNSDiscoveryConfi
     if (jiSNSDiscoveryConfig == nullptr) {
         return ERR_INVALID_PARAMETER;
     }
-    const auto convert = [&](JavaObject &object) {
-        return getFlag(object, "getEnableiSNSDiscoveryFlag", config.performiSNSDiscovery, namedObj)
-               && getFlag(object, "getAutomaticDiscoveryFlag", config.AutomaticiSNSDiscovery, silent)
-               && withFetched(object, "getServerIPAddress", GIVES_IP_ADDR, "GetMethodID  getIPAddr call failed!\n",
-                              "NULL javaIPObject!\n", [&](jobject address) { getIPAddr(env, address, config.ipAddr); })
-               && getText(object, "getHBAiSCSIName", config.initiatorName, anonymous);
-    };
-    return withClassOf(env, jiSNSDiscoveryConfig, convert, "Find iSNSDiscoveryConfig class call failed!\n");
+    JavaObject object = objectOf(env, jiSNSDiscoveryConfig, "Find iSNSDiscoveryConfig class call failed!\n");
+    getFlag(object, "getEnableiSNSDiscoveryFlag", config.performiSNSDiscovery, namedObj);
+    getFlag(object, "getAutomaticDiscoveryFlag", config.AutomaticiSNSDiscovery, silent);
+    getAddress(object, "getServerIPAddress", "GetMethodID  getIPAddr call failed!\n", config.ipAddr);
+    getText(object, "getHBAiSCSIName", config.initiatorName, anonymous);
+    return object.status;
 }
 
 // The address is the one field whose setter is looked up before its array is made.
-static bool setTargetAddress(JavaObject &target, const ISCSIIPADDR &address)
+static void setTargetAddress(JavaObject &target, const ISCSIIPADDR &address)
 {
-    JNIEnv *env = target.env;
-    jmethodID method =
-        lookUp(target, "setIPAddress", "([SI)V", "GetMethodID setIPAddressJNI(short[],int) call failed!\n");
-    if (method == nullptr) {
-        return false;
+    constexpr Message missing = "GetMethodID setIPAddressJNI(short[],int) call failed!\n";
+    jmethodID setter = lookUp(target, "setIPAddress", "([SI)V", missing);
+    if (setter == nullptr) {
+        return;
     }
-    target.status =
-        withLocal(env, newShorts(env, address.IPAddress, sizeof address.IPAddress, [] {}), [&](jshortArray array) {
-            if (array == nullptr) {
-                return nullObject("NULL array for setIPAddress!\n");
-            }
-            env->CallVoidMethod(target.object, method, array, static_cast<jint>(address.Type));
-            return SD_UINT32{0};
-        });
-    return target.status == 0;
+    const auto array = newShorts(target, "setIPAddress", address.IPAddress, [] {});
+    if (target.status == 0) {
+        target.env->CallVoidMethod(target.object, setter, array.get(), static_cast<jint>(address.Type));
+    }
 }
 
 // Tells whether an input is null; if so prints its line.
@@ -80,17 +70,18 @@ SD_UINT32 SDMToJava_iSNSDiscoveredTargets(JNIEnv *env, jclass hbacls, jclass iSN
     }
     const SDM_ISNS_DISCOVERED_TARGET &found = *discoveredTargetTable;
     const SDM_DISCOVERED_TARGET_PORTAL &portal = found.targetPortal[0];
-    return withNew(env, iSNSTargetcls, "New Device Object failed for iSNSEntry!\n", [&](JavaObject &target) {
-        JavaObject hba{env, jHBAObj, hbacls, 0};
-        const bool filled =
-            setInt(target, "setPort", portal.port, namedObj)
-            && setText(target, "setiSCSIName", found.targetName, "GetMethodID call failed (setiSCSIName)!\n", NO_STRING)
-            && setText(target, "setiSCSIAlias", found.targetAlias, silent, NO_STRING)
-            && setTargetAddress(target, portal.ipAddr);
-        if (filled && !setObject(hba, "addiSNSTarget", TAKES_ISNS_TARGET, target.object, named)) {
-            target.status = hba.status;
-        }
-    });
+    const auto made = newObject(env, iSNSTargetcls, "New Device Object failed for iSNSEntry!\n");
+    JavaObject target = objectWith(env, made.get(), iSNSTargetcls);
+    setInt(target, "setPort", portal.port, namedObj);
+    setText(target, "setiSCSIName", found.targetName, "GetMethodID call failed (setiSCSIName)!\n", noString);
+    setText(target, "setiSCSIAlias", found.targetAlias, silent, noString);
+    setTargetAddress(target, portal.ipAddr);
+    if (target.status != 0) {
+        return target.status;
+    }
+    JavaObject hba = objectWith(env, jHBAObj, hbacls);
+    setObject(hba, "addiSNSTarget", TAKES_ISNS_TARGET, made.get(), named);
+    return hba.status;
 }
 
 SD_UINT32 readiSNSDiscoveryConfig(JNIEnv *env, SDMGT_HANDLE handle, jobject jiSNSDiscoveryConfig)
@@ -113,41 +104,42 @@ SD_UINT32 writeiSNSDiscoveryConfig(JNIEnv *env, SDMGT_HANDLE handle, jobject jiS
         return converted;
     }
     const SD_UINT32 status = SDSet_iSNSDiscoveryConfig(handle, config);
-    failed(status, "\nSDSet_iSNSDiscoveryConfig call failed! return Code:%X\n");
+    report(status, "\nSDSet_iSNSDiscoveryConfig call failed! return Code:%X\n");
     return status;
 }
 
 // Empties the HBA object's list and adds the targets.
-static SD_UINT32 replaceTargets(JNIEnv *env, jobject jHBAobj, const SDM_ISNS_DISCOVERED_TARGET *targets,
-                                SD_UINT32 count)
+static SD_UINT32 replaceTargets(JNIEnv *env, jobject jHBAobj, std::span<const SDM_ISNS_DISCOVERED_TARGET> targets)
 {
-    constexpr const char *noClass = "Find class call failed for iSNSTarget!\n";
     constexpr const char *notAdded =
         "Failed Adding iSNS Targets to HBA, (SDMToJava_iSNSDiscoveredTargets) call failed!\n";
-    return withClassOf(env, jHBAobj, [&](JavaObject &hba) {
-        if (!callVoid(hba, "cleariSNSTargetList", named)) {
-            return;
-        }
-        hba.status = withClassNamed(env, ISNS_TARGET_CLASS, noClass, [&](jclass targetClass) {
-            SD_UINT32 status = 0;
-            for (SD_UINT32 i = 0; i < count && status == 0; i++) {
-                status = SDMToJava_iSNSDiscoveredTargets(env, hba.type, targetClass, jHBAobj, &targets[i]);
-                failed(status, notAdded);
-            }
+    JavaObject hba = objectOf(env, jHBAobj);
+    callVoid(hba, "cleariSNSTargetList", named);
+    if (hba.status != 0) {
+        return hba.status;
+    }
+    const auto targetClass = findClass(env, ISNS_TARGET_CLASS, "Find class call failed for iSNSTarget!\n");
+    if (targetClass == nullptr) {
+        return ERR_JNI_CLASS;
+    }
+    for (const SDM_ISNS_DISCOVERED_TARGET &target : targets) {
+        const SD_UINT32 status = SDMToJava_iSNSDiscoveredTargets(env, hba.type, targetClass.get(), jHBAobj, &target);
+        if (failed(status, notAdded)) {
             return status;
-        });
-    });
+        }
+    }
+    return 0;
 }
 
-// Hands over what a call brought, unless it failed. Of a count above the buffer's capacity only what the buffer holds
-// is handed over.
-static SD_UINT32 finish(JNIEnv *env, jobject jHBAobj, SD_UINT32 status, const SDM_ISNS_DISCOVERED_TARGET *targets,
-                        SD_UINT32 count, SD_UINT32 capacity)
+// Hands over what a call brought, unless it failed.
+static SD_UINT32 finish(JNIEnv *env, jobject jHBAobj, SD_UINT32 status, SD_UINT32 count,
+                        std::span<const SDM_ISNS_DISCOVERED_TARGET> buffer)
 {
     if (failed(status, "SDGetAlliSNSDiscoveredTargets call failed return Code:%X\n")) {
         return status;
     }
-    return replaceTargets(env, jHBAobj, targets, std::min(count, capacity));
+    const SD_UINT32 held = fitting(count, static_cast<SD_UINT32>(buffer.size()), "iSNS targets");
+    return replaceTargets(env, jHBAobj, buffer.first(held));
 }
 
 SD_UINT32 readiSNSTargets(JNIEnv *env, SDMGT_HANDLE handle, jobject jHBAobj)
@@ -155,20 +147,22 @@ SD_UINT32 readiSNSTargets(JNIEnv *env, SDMGT_HANDLE handle, jobject jHBAobj)
     SDM_ISNS_DISCOVERED_TARGET small[ISNS_TARGETS_SMALL];
     clear(small);
     SD_UINT32 count = 0;
-    const SD_UINT32 status = SDGetAlliSNSDiscoveredTargets(handle, &count, small, sizeof small);
+    SD_UINT32 status = SDGetAlliSNSDiscoveredTargets(handle, &count, small, sizeof small);
     if (status == ERR_NOT_SUPPORTED || status == ERR_ISNS_NOT_SUPPORTED) {
-        failed(status, "SDGetAlliSNSDiscoveredTargets call Not Supported for this OS\n");
+        report(status, "SDGetAlliSNSDiscoveredTargets call Not Supported for this OS\n");
         return status;
     }
     if (status != ERR_BUFFER_TOO_SMALL && count <= ISNS_TARGETS_SMALL) {
-        return finish(env, jHBAobj, status, small, count, ISNS_TARGETS_SMALL);
+        return finish(env, jHBAobj, status, count, small);
     }
     // The list does not fit: once more with room for 512. There is no third attempt.
-    constexpr const char *noMemory = "Unable to Allocate Full Size Buffer, memory not available\n";
-    return withRecords<SDM_ISNS_DISCOVERED_TARGET>(ISNS_TARGETS_LARGE, noMemory, [&](auto *large) {
-        count = 0;
-        const SD_UINT32 second =
-            SDGetAlliSNSDiscoveredTargets(handle, &count, large, ISNS_TARGETS_LARGE * sizeof *large);
-        return finish(env, jHBAobj, second, large, count, ISNS_TARGETS_LARGE);
-    });
+    const auto large = newRecords<SDM_ISNS_DISCOVERED_TARGET>(
+        ISNS_TARGETS_LARGE, "Unable to Allocate Full Size Buffer, memory not available\n");
+    if (large == nullptr) {
+        return ERR_NO_MEMORY;
+    }
+    count = 0;
+    status = SDGetAlliSNSDiscoveredTargets(handle, &count, large.get(),
+                                           ISNS_TARGETS_LARGE * sizeof(SDM_ISNS_DISCOVERED_TARGET));
+    return finish(env, jHBAobj, status, count, {large.get(), ISNS_TARGETS_LARGE});
 }

@@ -2,10 +2,10 @@
 // or the management library's, unchanged.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/IsnsDiscovery.h"
 #include "vdsdm/Types.h"
+
+#include <jni.h>
 
 // Copies the settings into the configuration object. The initiator name does not cross; the host name is always " ".
 SD_UINT32 SDMToJava_iSNSDiscoveryConfig(JNIEnv *env, jobject jiSNSDiscoveryConfig, const SDM_ISNS_CONFIG &config);
@@ -20,7 +20,8 @@ SD_UINT32 SDMToJava_iSNSDiscoveredTargets(JNIEnv *env, jclass hbacls, jclass iSN
 // Reads the settings into the configuration object.
 SD_UINT32 readiSNSDiscoveryConfig(JNIEnv *env, SDMGT_HANDLE handle, jobject jiSNSDiscoveryConfig);
 
-// Writes the settings of the configuration object; nothing is written unless every value was read.
+// Writes the settings of the configuration object. Nothing is written when a method or an object is missing; failures
+// inside the address, and getters that throw, do not stop it.
 SD_UINT32 writeiSNSDiscoveryConfig(JNIEnv *env, SDMGT_HANDLE handle, jobject jiSNSDiscoveryConfig);
 
 // Replaces the HBA object's list of iSNS targets with the adapter's, at most 512.

@@ -1,19 +1,46 @@
 // The bridge's one way to the Java VM: method lookups, calls, text and arrays.
 //
-// A converter is a chain of rows joined by `&&`. A row names a method, a value and the line to print when the method is
-// missing; it looks the method up, calls it at once and tells whether to go on. The row that fails has printed its line
-// and left its status in the JavaObject, so that the chain stops there and nothing else needs to be tested.
+// A converter is a list of rows. A row names a method, a value and the line to print when the method is missing; it
+// looks the method up and calls it at once. The status of a JavaObject is sticky: the row that fails prints its line
+// and stores its status, and every later row of that object does nothing. What is no row asks for the status itself.
 //
-// Local references: whoever makes one deletes it. The with... functions and the rows do so on every path, which keeps
-// the number of live references the same for a table of one entry and for one of 512.
+// Whoever makes a local reference owns it by a Local, which deletes it on every path. That keeps the number of live
+// references the same for a table of one entry and for one of 512.
 #pragma once
-
-#include <cstddef>
-#include <jni.h>
-#include <type_traits>
 
 #include "vdsdm/Status.h"
 #include "vdsdm/Types.h"
+
+#include <jni.h>
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <type_traits>
+#include <utility>
+
+// Owns a local reference, which may be null, and deletes it in the end.
+template <typename Reference>
+auto local(JNIEnv *env, Reference reference)
+{
+    auto giveBack = [env](Reference held) {
+        env->DeleteLocalRef(held);
+    };
+    return std::unique_ptr<std::remove_pointer_t<Reference>, decltype(giveBack)>(reference, giveBack);
+}
+
+template <typename Reference>
+using Local = decltype(local(std::declval<JNIEnv *>(), std::declval<Reference>()));
+
+// Borrows the characters of a Java string. Null when the string is or the VM has no memory.
+inline auto utfChars(JNIEnv *env, jstring text)
+{
+    const char *characters = text == nullptr ? nullptr : env->GetStringUTFChars(text, nullptr);
+    auto giveBack = [env, text](const char *held) {
+        env->ReleaseStringUTFChars(text, held);
+    };
+    return std::unique_ptr<const char, decltype(giveBack)>(characters, giveBack);
+}
 
 // A Java object, the class on which its methods are looked up, and the status of the conversion: 0 until a row fails.
 struct JavaObject {
@@ -21,6 +48,7 @@ struct JavaObject {
     jobject object;
     jclass type;
     SD_UINT32 status;
+    Local<jclass> ownedType; // the class, where it was found for this object
 };
 
 // What is printed when a method is missing; %s stands for its name.
@@ -31,6 +59,12 @@ inline constexpr Message namedObj = "GetMethodID %s - Obj call failed!\n";
 inline constexpr Message twoBlanks = "GetMethodID  %s call failed!\n";
 inline constexpr Message dashed = "GetMethodID - %s call failed!\n";
 inline constexpr Message silent = nullptr;
+
+// What is printed when a value cannot be made; %s stands for the setter's name.
+inline constexpr const char *noArray = "NULL array for %s!\n";
+inline constexpr const char *noString = "NULL string for %s!\n";
+// In the place of a line: a string that cannot be made is handed over as null, as the contract does in places.
+inline constexpr const char *handNullOver = nullptr;
 
 // Classes whose objects the bridge creates, and the signatures that name model classes.
 inline constexpr const char *IP_ADDR_CLASS = "com/varden/tavo/iscsi/model/IPAddr";
@@ -44,252 +78,151 @@ inline constexpr const char *TAKES_ISNS_TARGET = "(Lcom/varden/tavo/iscsi/model/
 inline constexpr const char *GIVES_IP_ADDR = "()Lcom/varden/tavo/iscsi/model/IPAddr;";
 inline constexpr const char *GIVES_NODE_INFO = "()Lcom/varden/tavo/iscsi/model/NodeInfo;";
 inline constexpr const char *GIVES_DEV_ENTRY = "()Lcom/varden/tavo/iscsi/model/DevEntry;";
+inline constexpr const char *GIVES_DEV_DB_ENTRY_AT = "(I)Lcom/varden/tavo/iscsi/model/DevDBEntry;";
 inline constexpr const char *GIVES_INIT_FW = "()Lcom/varden/tavo/iscsi/model/InitFW;";
 inline constexpr const char *GIVES_TARGET_INFO = "()Lcom/varden/tavo/iscsi/model/TargetInfo;";
 inline constexpr const char *GIVES_SCSI_INQ_INFO = "()Lcom/varden/tavo/iscsi/model/SCSIInqInfo;";
 
+// ---- Lines and errors ----
+
+// Prints the line of something that failed, in which %x or %X stands for the status; nothing for status 0.
+void report(SD_UINT32 status, const char *line);
+
+// Reports a status and tells whether it is a failure.
+[[nodiscard]] bool failed(SD_UINT32 status, const char *line);
+
 // Prints the line for a Java object that is null and returns ERR_JNI_NULL.
 SD_UINT32 nullObject(const char *line);
 
-// Tells whether a management call failed; if so prints its line, in which %x or %X stands for the status.
-bool failed(SD_UINT32 status, const char *line);
+// Prints the line for a value that cannot be had, in which %s stands for the method's name, and stores ERR_JNI_NULL.
+void noValue(JavaObject &owner, const char *line, const char *name);
 
 // Clears the error that a failed step of the bridge's own raised (a missing class or method, no memory), for the places
 // that carry on after such a step: JNI allows no further call while an error is pending. An exception that Java code
 // threw stays pending and reaches the Java caller, as does every error elsewhere.
 void forgetOwnError(JNIEnv *env);
 
-// Looks a method up on the object's class. Missing: prints the message, stores ERR_JNI_METHOD and returns null.
+// Ends a converter that returns nothing and whose caller carries on: forgets the error of a step that failed.
+void carryOn(const JavaObject &owner);
+
+// ---- Objects and classes ----
+
+// An object with its own class. No class: prints the line, and the status is ERR_JNI_CLASS.
+JavaObject objectOf(JNIEnv *env, jobject object, const char *noClass = "Find class call failed!\n");
+
+// The same for an object that may be null, which prints its line; the status is ERR_JNI_NULL then.
+JavaObject objectOrNull(JNIEnv *env, jobject object, const char *nullLine);
+
+// An object with the class of a name. No class: prints the line, and the status is ERR_JNI_CLASS.
+JavaObject objectAs(JNIEnv *env, jobject object, const char *className, const char *noClass);
+
+// An object with a class that somebody else owns. A null object, which was reported, has the status ERR_JNI_NULL.
+JavaObject objectWith(JNIEnv *env, jobject object, jclass type);
+
+// Finds a class by its name. Null when there is none, after printing the line.
+Local<jclass> findClass(JNIEnv *env, const char *name, const char *line);
+
+// Makes an object with its class's constructor without arguments. Null when there is none, after printing the line.
+Local<jobject> newObject(JNIEnv *env, jclass type, const char *line);
+
+// Looks a method up on the object's class. Missing: prints the message, stores ERR_JNI_METHOD and returns null. Null,
+// and nothing done, once the object's status is a failure.
 jmethodID lookUp(JavaObject &owner, const char *name, const char *signature, Message message);
 
-// Makes an object with its class's constructor without arguments, or returns null.
-jobject newObject(JNIEnv *env, jclass type);
+// ---- Text and arrays ----
 
-// Makes a string of a text field: up to its first 0 byte, at most `size` (256) bytes. Null when the VM cannot.
-jstring newText(JNIEnv *env, const SD_UINT8 *field, std::size_t size);
+// Makes a string of a text field of at most 256 bytes: up to its first 0 byte. Null when the VM cannot.
+Local<jstring> newText(JNIEnv *env, std::span<const SD_UINT8> field);
 
 // Makes a string of `length` bytes, up to the first 0 byte, by way of a heap buffer. Null when there is no memory.
 void convertBytesToString(JNIEnv *env, const SD_UINT8 *bytes, jstring *javaString, int length);
 
-// Copies a Java string's characters into a text field of `size` bytes: padded with zeros when shorter, without a
-// terminator when it fills the field. Characters that cannot be had leave the field as it was.
-void copyText(JNIEnv *env, jstring text, SD_UINT8 *field, std::size_t size);
-
-// ---- Lending: each function gives back what it lent, on every path. ----
-
-// Lends a local reference, which may be null, to work(reference) and returns the result.
-template <typename Reference, typename Work>
-auto withLocal(JNIEnv *env, Reference reference, Work work)
-{
-    auto result = work(reference);
-    if (reference != nullptr) {
-        env->DeleteLocalRef(reference);
-    }
-    return result;
-}
-
-// Converts an object with its own class: work(JavaObject &). Returns the status of the conversion.
-template <typename Work>
-SD_UINT32 withClassOf(JNIEnv *env, jobject object, Work work, const char *noClass = "Find class call failed!\n")
-{
-    return withLocal(env, env->GetObjectClass(object), [&](jclass type) {
-        JavaObject owner{env, object, type, 0};
-        if (type == nullptr) {
-            owner.status = ERR_JNI_CLASS;
-            failed(owner.status, noClass);
-        } else {
-            work(owner);
-        }
-        return owner.status;
-    });
-}
-
-// The frame of a converter that returns nothing and whose caller carries on: a null object prints its line, and the
-// error of a failed row is forgotten.
-template <typename Work>
-void convertAndCarryOn(JNIEnv *env, jobject object, const char *nullLine, Work work)
-{
-    if (object == nullptr) {
-        nullObject(nullLine);
-    } else if (withClassOf(env, object, work) != 0) {
-        forgetOwnError(env);
-    }
-}
-
-// Finds a class by name: work(jclass), which returns a status. Not found: prints the line and returns ERR_JNI_CLASS.
-template <typename Work>
-SD_UINT32 withClassNamed(JNIEnv *env, const char *name, const char *line, Work work)
-{
-    return withLocal(env, env->FindClass(name), [&](jclass type) {
-        return failed(type == nullptr ? ERR_JNI_CLASS : 0, line) ? ERR_JNI_CLASS : work(type);
-    });
-}
-
-// Makes an object to be filled and handed over: work(JavaObject &). No object: prints the line, ERR_JNI_NULL.
-template <typename Work>
-SD_UINT32 withNew(JNIEnv *env, jclass type, const char *line, Work work)
-{
-    return withLocal(env, newObject(env, type), [&](jobject object) {
-        JavaObject made{env, object, type, 0};
-        if (object == nullptr) {
-            made.status = nullObject(line);
-        } else {
-            work(made);
-        }
-        return made.status;
-    });
-}
-
-// Lends the characters of a Java string to work(characters). They are null when the string is or the VM has no memory.
-template <typename Work>
-auto withUtfChars(JNIEnv *env, jstring text, Work work)
-{
-    const char *characters = text == nullptr ? nullptr : env->GetStringUTFChars(text, nullptr);
-    auto result = work(characters);
-    if (characters != nullptr) {
-        env->ReleaseStringUTFChars(text, characters);
-    }
-    return result;
-}
-
 // Makes a short[] with one element per byte, zero-extended. meanwhile() runs while its elements are borrowed: most
-// callers look the setter up there. Null when the VM cannot make the array.
+// callers look the setter up there. No array: prints the line that names the setter, and stores ERR_JNI_NULL.
 template <typename Work>
-jshortArray newShorts(JNIEnv *env, const SD_UINT8 *bytes, jsize count, Work meanwhile)
+Local<jshortArray> newShorts(JavaObject &owner, const char *setter, std::span<const SD_UINT8> bytes, Work meanwhile)
 {
-    jshortArray array = env->NewShortArray(count);
-    if (array == nullptr) {
-        return nullptr;
-    }
+    JNIEnv *env = owner.env;
+    auto array = local(env, env->NewShortArray(static_cast<jsize>(bytes.size())));
     jboolean copied = JNI_FALSE;
-    jshort *elements = env->GetShortArrayElements(array, &copied);
+    jshort *elements = array == nullptr ? nullptr : env->GetShortArrayElements(array.get(), &copied);
     if (elements == nullptr) {
-        env->DeleteLocalRef(array);
-        return nullptr;
+        noValue(owner, noArray, setter);
+        return array;
     }
-    for (jsize i = 0; i < count; i++) {
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
         elements[i] = bytes[i];
     }
     meanwhile();
-    env->ReleaseShortArrayElements(array, elements, 0);
+    env->ReleaseShortArrayElements(array.get(), elements, 0);
     return array;
 }
 
 // ---- Rows, record to Java. The Java type is part of the name, since it is part of the contract. ----
 
-bool callVoid(JavaObject &owner, const char *name, Message message);                    // ()V
-bool setInt(JavaObject &owner, const char *name, SD_UINT32 value, Message message);     // (I)V, zero-extended
-bool setShort(JavaObject &owner, const char *name, SD_UINT16 value, Message message);   // (S)V, the bits as they are
-bool setByte(JavaObject &owner, const char *name, SD_UINT8 value, Message message);     // (B)V, the bits as they are
-bool setString(JavaObject &owner, const char *name, const char *text, Message message); // a constant text
-bool setObject(JavaObject &owner, const char *name, const char *signature, jobject value, Message message);
-bool setTextOf(JavaObject &owner, const char *name, const SD_UINT8 *field, std::size_t size, Message message,
-               const char *noString);
-bool setBytesTextOf(JavaObject &owner, const char *name, const SD_UINT8 *bytes, std::size_t size, Message message);
-bool setShortsOf(JavaObject &owner, const char *name, const SD_UINT8 *bytes, std::size_t size, Message message);
-bool setShortsAndIntOf(JavaObject &owner, const char *name, const SD_UINT8 *bytes, std::size_t size, SD_UINT16 value,
-                       Message message);
+void callVoid(JavaObject &owner, const char *name, Message message);                    // ()V
+void setInt(JavaObject &owner, const char *name, SD_UINT32 value, Message message);     // (I)V, zero-extended
+void setShort(JavaObject &owner, const char *name, SD_UINT16 value, Message message);   // (S)V, the bits as they are
+void setByte(JavaObject &owner, const char *name, SD_UINT8 value, Message message);     // (B)V, the bits as they are
+void setString(JavaObject &owner, const char *name, const char *text, Message message); // a constant text
+void setObject(JavaObject &owner, const char *name, const char *signature, jobject value, Message message);
 
-// Line for a string that could not be made: a null line hands the null string over, as the contract does in places.
-inline constexpr const char *handNullOver = nullptr;
-
-// A text field as a String.
-template <std::size_t N>
-bool setText(JavaObject &owner, const char *name, const SD_UINT8 (&field)[N], Message message, const char *noString)
-{
-    static_assert(N <= 256, "newText has room for 256 bytes");
-    return setTextOf(owner, name, field, N, message, noString);
-}
+// A text field as a String; the last line is for a string that cannot be made, or handNullOver.
+void setText(JavaObject &owner, const char *name, std::span<const SD_UINT8> field, Message message,
+             const char *noStringLine);
 
 // A text field as a String made by convertBytesToString; null is handed over when it could not be made.
-template <std::size_t N>
-bool setBytesText(JavaObject &owner, const char *name, const SD_UINT8 (&field)[N], Message message)
-{
-    return setBytesTextOf(owner, name, field, N, message);
-}
+void setBytesText(JavaObject &owner, const char *name, std::span<const SD_UINT8> field, Message message);
 
 // A byte field as a short[], one element per byte. The array is made before the setter is looked up.
-template <std::size_t N>
-bool setShorts(JavaObject &owner, const char *name, const SD_UINT8 (&field)[N], Message message)
-{
-    return setShortsOf(owner, name, field, N, message);
-}
+void setShorts(JavaObject &owner, const char *name, std::span<const SD_UINT8> field, Message message);
 
 // A byte field and a number: ([SI)V. The array is made before the setter is looked up.
-template <std::size_t N>
-bool setShortsAndInt(JavaObject &owner, const char *name, const SD_UINT8 (&field)[N], SD_UINT16 value, Message message)
-{
-    return setShortsAndIntOf(owner, name, field, N, value, message);
-}
+void setShortsAndInt(JavaObject &owner, const char *name, std::span<const SD_UINT8> field, SD_UINT16 value,
+                     Message message);
 
 // ---- Rows, Java to record. A result is cut to the field's width. ----
 
-bool readInt(JavaObject &owner, const char *name, jint &result, Message message);
-bool readShort(JavaObject &owner, const char *name, jshort &result, Message message);
-bool getByte(JavaObject &owner, const char *name, SD_UINT8 &field, Message message); // ()B
-bool getFlag(JavaObject &owner, const char *name, SD_UINT8 &field, Message message); // ()Z, as 1 or 0
-bool getTextOf(JavaObject &owner, const char *name, SD_UINT8 *field, std::size_t size, Message message);
-bool getShortsOf(JavaObject &owner, const char *name, SD_UINT8 *bytes, std::size_t size, Message message);
+void getByte(JavaObject &owner, const char *name, SD_UINT8 &field, Message message); // ()B
+void getFlag(JavaObject &owner, const char *name, SD_UINT8 &field, Message message); // ()Z, as 1 or 0
 
 // ()I
 template <typename Field>
-bool getInt(JavaObject &owner, const char *name, Field &field, Message message)
+void getInt(JavaObject &owner, const char *name, Field &field, Message message)
 {
-    jint result = 0;
-    const bool found = readInt(owner, name, result, message);
-    if (found) {
-        field = static_cast<Field>(result);
+    if (jmethodID getter = lookUp(owner, name, "()I", message)) {
+        field = static_cast<Field>(owner.env->CallIntMethod(owner.object, getter));
     }
-    return found;
 }
 
 // ()S
 template <typename Field>
-bool getShort(JavaObject &owner, const char *name, Field &field, Message message)
+void getShort(JavaObject &owner, const char *name, Field &field, Message message)
 {
-    jshort result = 0;
-    const bool found = readShort(owner, name, result, message);
-    if (found) {
-        field = static_cast<Field>(result);
+    if (jmethodID getter = lookUp(owner, name, "()S", message)) {
+        field = static_cast<Field>(owner.env->CallShortMethod(owner.object, getter));
     }
-    return found;
 }
 
-// A String into a text field; null leaves the field as it was.
-template <std::size_t N>
-bool getText(JavaObject &owner, const char *name, SD_UINT8 (&field)[N], Message message)
-{
-    return getTextOf(owner, name, field, N, message);
-}
+// A String into a text field: padded with zeros when shorter, without a terminator when it fills the field. A null
+// string, or characters that the VM has no memory for, leave the field as it was.
+void getText(JavaObject &owner, const char *name, std::span<SD_UINT8> field, Message message);
 
 // A short[] into a byte field, the low 8 bits of each element. A null array, or one with fewer elements than the field
 // has bytes, prints a line that names the getter and is ERR_JNI_NULL; the field stays as it was.
-template <std::size_t N>
-bool getShorts(JavaObject &owner, const char *name, SD_UINT8 (&field)[N], Message message)
-{
-    return getShortsOf(owner, name, field, N, message);
-}
+void getShorts(JavaObject &owner, const char *name, std::span<SD_UINT8> field, Message message);
 
-// Fetches an object from its owner's getter and lends it to work(jobject), which returns a status, or nothing when its
-// failures do not count. The getter missing: its message and ERR_JNI_METHOD; a null object: its line and ERR_JNI_NULL.
-template <typename Work>
-bool withFetched(JavaObject &owner, const char *name, const char *signature, Message message, const char *nullLine,
-                 Work work)
+// Fetches an object from its owner's getter. The getter missing: its message and ERR_JNI_METHOD; a null object: its
+// line and ERR_JNI_NULL. Null once the owner's status is a failure.
+template <typename... Arguments>
+Local<jobject> fetch(JavaObject &owner, const char *name, const char *signature, Message message, const char *nullLine,
+                     Arguments... arguments)
 {
-    jmethodID method = lookUp(owner, name, signature, message);
-    if (method == nullptr) {
-        return false;
+    jmethodID getter = lookUp(owner, name, signature, message);
+    auto object =
+        local(owner.env, getter == nullptr ? nullptr : owner.env->CallObjectMethod(owner.object, getter, arguments...));
+    if (getter != nullptr && object == nullptr) {
+        owner.status = nullObject(nullLine);
     }
-    owner.status = withLocal(owner.env, owner.env->CallObjectMethod(owner.object, method), [&](jobject object) {
-        if (object == nullptr) {
-            return nullObject(nullLine);
-        }
-        if constexpr (std::is_void_v<decltype(work(object))>) {
-            work(object);
-            return SD_UINT32{0};
-        } else {
-            return work(object);
-        }
-    });
-    return owner.status == 0;
+    return object;
 }

@@ -1,17 +1,44 @@
 #include "Logs.h"
 
-#include <algorithm>
-#include <cstdio>
-
 #include "JavaAccess.h"
-#include "Records.h"
+#include "RecordMemory.h"
 #include "vdsdm/Logs.h"
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
 
-// Values per entry.
-static constexpr jsize CONNECT_ERROR_STRIDE = 11;
-static constexpr jsize ARP_STRIDE = 26;
+#include <span>
+
+namespace
+{
+
+struct Log {
+    const char *name;
+    SD_UINT32 type;
+    const char *failure;
+    const char *setter;
+    Message message;
+    jsize stride; // values per entry
+};
+
+constexpr Log CONNECTION_ERROR_LOG{
+    .name = "Connection error log",
+    .type = LOG_CONNECTION_ERRORS,
+    .failure = "SDGetLogs call failed! %x \n",
+    .setter = "setConnectErrorLogEntries",
+    .message = named,
+    .stride = 11,
+};
+
+constexpr Log ARP_TABLE_LOG{
+    .name = "ARP log",
+    .type = LOG_ARP,
+    .failure = "SDGetLogs call failed!\n",
+    .setter = "setARPLogEntries",
+    .message = silent,
+    .stride = 26,
+};
+
+} // namespace
 
 // Each value is the field zero-extended, so that none is negative.
 static void pack(const CONNERRTABLE &entry, jlong *values)
@@ -45,56 +72,51 @@ static void pack(const ARPTABLE &entry, jlong *values)
 
 // Packs the entries into a new long[] and hands it to the setter, which is looked up while the elements are borrowed.
 template <typename Entry>
-static void setEntries(JavaObject &hba, const char *setter, Message message, const Entry *entries, jsize count,
-                       jsize stride)
+static void setEntries(JavaObject &hba, const Log &log, std::span<const Entry> entries)
 {
     JNIEnv *env = hba.env;
-    hba.status = withLocal(env, env->NewLongArray(stride * count), [&](jlongArray array) {
-        jboolean copied = JNI_FALSE;
-        jlong *values = array == nullptr ? nullptr : env->GetLongArrayElements(array, &copied);
-        if (values == nullptr) {
-            std::printf("NULL array for %s!\n", setter);
-            return ERR_JNI_NULL;
-        }
-        jlong *group = values;
-        for (jsize i = 0; i < count; i++) {
-            pack(entries[i], group);
-            group += stride;
-        }
-        jmethodID method = lookUp(hba, setter, "([J)V", message);
-        env->ReleaseLongArrayElements(array, values, 0);
-        if (method != nullptr) {
-            env->CallVoidMethod(hba.object, method, array);
-        }
-        return hba.status;
-    });
+    const auto array = local(env, env->NewLongArray(log.stride * static_cast<jsize>(entries.size())));
+    jboolean copied = JNI_FALSE;
+    jlong *values = array == nullptr ? nullptr : env->GetLongArrayElements(array.get(), &copied);
+    if (values == nullptr) {
+        noValue(hba, noArray, log.setter);
+        return;
+    }
+    jlong *group = values;
+    for (const Entry &entry : entries) {
+        pack(entry, group);
+        group += log.stride;
+    }
+    jmethodID setter = lookUp(hba, log.setter, "([J)V", log.message);
+    env->ReleaseLongArrayElements(array.get(), values, 0);
+    if (setter != nullptr) {
+        env->CallVoidMethod(hba.object, setter, array.get());
+    }
 }
 
-// Reads the log of one type. Of a count above the buffer's capacity only what the buffer holds is handed over.
 template <typename Entry>
-static SD_UINT32 readLog(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj, SD_UINT32 logType, const char *failure,
-                         const char *setter, Message message, jsize stride)
+static SD_UINT32 readLog(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj, const Log &log)
 {
     Entry entries[LOG_CAPACITY];
     clear(entries);
     SD_UINT32 count = 0;
-    const SD_UINT32 status = SDGetLogs(handle, logType, &count, entries);
-    if (failed(status, failure)) {
+    const SD_UINT32 status = SDGetLogs(handle, log.type, &count, entries);
+    if (failed(status, log.failure)) {
         return status;
     }
-    return withClassOf(env, jObj, [&](JavaObject &hba) {
-        setEntries(hba, setter, message, entries, static_cast<jsize>(std::min(count, LOG_CAPACITY)), stride);
-    });
+    JavaObject hba = objectOf(env, jObj);
+    if (hba.status == 0) {
+        setEntries(hba, log, std::span<const Entry>(entries).first(fitting(count, LOG_CAPACITY, log.name)));
+    }
+    return hba.status;
 }
 
 SD_UINT32 readConnectErrorLog(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj)
 {
-    return readLog<CONNERRTABLE>(env, handle, jObj, LOG_CONNECTION_ERRORS, "SDGetLogs call failed! %x \n",
-                                 "setConnectErrorLogEntries", named, CONNECT_ERROR_STRIDE);
+    return readLog<CONNERRTABLE>(env, handle, jObj, CONNECTION_ERROR_LOG);
 }
 
 SD_UINT32 readARPLog(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj)
 {
-    return readLog<ARPTABLE>(env, handle, jObj, LOG_ARP, "SDGetLogs call failed!\n", "setARPLogEntries", silent,
-                             ARP_STRIDE);
+    return readLog<ARPTABLE>(env, handle, jObj, ARP_TABLE_LOG);
 }

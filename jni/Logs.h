@@ -2,9 +2,9 @@
 // management library's, unchanged.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/Types.h"
+
+#include <jni.h>
 
 // The connection-error log: 11 values per entry.
 SD_UINT32 readConnectErrorLog(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj);

@@ -2,9 +2,10 @@
 // carries on as if they had succeeded.
 #pragma once
 
-#include <jni.h>
-
+#include "JavaAccess.h"
 #include "vdsdm/NodeInfo.h"
+
+#include <jni.h>
 
 // Which setter of its owner receives an address. Every other value chooses setIPAddress too.
 enum AddressSelector : int {
@@ -21,6 +22,9 @@ void setIPAddr(JNIEnv *env, jobject jObj, const ISCSIIPADDR &addr, int type);
 
 // Fills the 16 address bytes from an IPAddr object, which may be null.
 void getIPAddr(JNIEnv *env, jobject jIPObj, ISCSIIPADDR &addr);
+
+// A row: fetches an IPAddr object from its owner's getter and fills the 16 address bytes from it.
+void getAddress(JavaObject &owner, const char *getter, Message message, ISCSIIPADDR &addr);
 
 // Copies name, alias, address and portal count into a node object or the HBA object.
 void setNodeInfo(JNIEnv *env, jobject jObj, const NODEINFOISCSI &node);

@@ -1,12 +1,15 @@
 #include "ScsiPassThrough.h"
 
-#include <algorithm>
-#include <cstdio>
-
 #include "JavaAccess.h"
-#include "Records.h"
+#include "RecordMemory.h"
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
+
+#include <cstdio>
+#include <cstring>
+#include <span>
+
+static constexpr const char *NO_TARGET_INFO = "NULL javaTargetInfoObject!\n";
 
 // Bytes of the header of a REPORT LUNS response, and of each entry after it.
 static constexpr SD_UINT32 LUN_HEADER = 8;
@@ -27,44 +30,55 @@ static SD_UINT32 bigEndian32(SD_UINT32 word)
 
 SD_UINT32 getTargetInfo(JNIEnv *env, jobject javaTargetInfoObject, TARGETINFORMATION &address)
 {
-    if (javaTargetInfoObject == nullptr) {
-        return nullObject("NULL javaTargetInfoObject!\n");
+    JavaObject info = objectOrNull(env, javaTargetInfoObject, NO_TARGET_INFO);
+    getInt(info, "getBus", address.BusNumber, named);
+    getInt(info, "getLUN", address.LUN, named);
+    getInt(info, "getTargetID", address.TargetID, named);
+    return info.status;
+}
+
+// A row: the address in the TargetInfo object of a target or a LUN.
+static void getTargetInfoOf(JavaObject &owner, TARGETINFORMATION &address)
+{
+    if (const auto targetInfo = fetch(owner, "getTargetInfo", GIVES_TARGET_INFO, twoBlanks, NO_TARGET_INFO)) {
+        owner.status = getTargetInfo(owner.env, targetInfo.get(), address);
     }
-    return withClassOf(env, javaTargetInfoObject, [&](JavaObject &info) {
-        return getInt(info, "getBus", address.BusNumber, named) //
-               && getInt(info, "getLUN", address.LUN, named)    //
-               && getInt(info, "getTargetID", address.TargetID, named);
-    });
 }
 
 // Sends the command into the area. A tolerated status counts as success and is kept as the command's status.
-static bool reportLUNs(SDMGT_HANDLE handle, TARGETINFORMATION &address, SD_UINT8 *area, SD_UINT32 size,
+static bool reportLUNs(SDMGT_HANDLE handle, TARGETINFORMATION &address, std::span<SD_UINT8> area,
                        SD_UINT32 &commandStatus)
 {
     SD_UINT8 sense[SENSE_SIZE];
     clear(sense);
-    commandStatus = SDSendScsiReportLunsCmdiSCSI(handle, &address, area, size, sense, SENSE_SIZE);
+    commandStatus = SDSendScsiReportLunsCmdiSCSI(handle, &address, area.data(), static_cast<SD_UINT32>(area.size()),
+                                                 sense, SENSE_SIZE);
     return commandStatus == ERR_SCSI_TOLERATED || !failed(commandStatus, "SDSendScsiReportLunsCmdiSCSI returned %x\n");
 }
 
-// Hands each reported unit to the target object. The list length is the target's word: entries are read no further than
-// the area reaches. A missing addLUN leaves the command's status to stand.
-static void addLUNs(JavaObject &target, const SD_UINT8 *area, SD_UINT32 size, SD_UINT32 commandStatus)
+// Hands each reported unit to the target object. The length of the list is the target's word. A missing addLUN leaves
+// the command's status to stand.
+static void addLUNs(JavaObject &target, std::span<const SD_UINT8> area, SD_UINT32 commandStatus)
 {
-    const SD_UINT32 length = bigEndian32(area);
+    const SD_UINT32 length = bigEndian32(area.data());
     if (length > REPORT_LUNS_LARGE_SIZE) {
         std::printf("JNI: Bad Report Luns Data - LUNs Reported: %x \n", length);
         target.status = ERR_BAD_DATA;
         return;
     }
-    // A target that reports no unit is given LUN 0.
-    bool added = length != 0 || setInt(target, "addLUN", 0, namedObj);
-    const SD_UINT32 end = std::min(length + LUN_HEADER, size);
-    for (SD_UINT32 offset = LUN_HEADER; offset < end && added; offset += LUN_ENTRY) {
-        const auto lun = static_cast<SD_UINT32>(area[offset] * 256 + area[offset + 1]);
-        added = setInt(target, "addLUN", lun, namedObj);
+    if (length == 0) {
+        // A target that reports no unit is given LUN 0.
+        setInt(target, "addLUN", 0, namedObj);
     }
-    if (!added) {
+    const SD_UINT32 reported = (length + LUN_ENTRY - 1) / LUN_ENTRY;
+    const SD_UINT32 room = (static_cast<SD_UINT32>(area.size()) - LUN_HEADER) / LUN_ENTRY;
+    const SD_UINT32 units = fitting(reported, room, "LUN list");
+    for (SD_UINT32 i = 0; i < units; ++i) {
+        const auto entry = area.subspan(LUN_HEADER + i * LUN_ENTRY);
+        setInt(target, "addLUN", static_cast<SD_UINT32>(entry[0] * 256 + entry[1]), namedObj);
+    }
+    if (target.status != 0) {
+        carryOn(target);
         target.status = commandStatus;
     }
 }
@@ -75,28 +89,27 @@ SD_UINT32 sendReportLUNs(JNIEnv *env, SDMGT_HANDLE handle, jobject jTarget)
     clear(smallArea);
     SD_UINT8 largeArea[REPORT_LUNS_LARGE_SIZE];
     clear(largeArea);
-    return withClassOf(env, jTarget, [&](JavaObject &target) {
-        TARGETINFORMATION address;
-        clear(address);
-        if (!withFetched(target, "getTargetInfo", GIVES_TARGET_INFO, twoBlanks, "NULL javaTargetInfoObject!\n",
-                         [&](jobject targetInfo) { return getTargetInfo(env, targetInfo, address); })) {
-            return;
-        }
-        SD_UINT32 status = 0;
-        if (!reportLUNs(handle, address, smallArea, REPORT_LUNS_SMALL_SIZE, status)) {
-            target.status = status;
-            return;
-        }
-        // The command is always sent a second time, into the area that the first response calls for.
-        const bool small = bigEndian32(smallArea) <= REPORT_LUNS_SMALL_SIZE;
-        SD_UINT8 *area = small ? smallArea : largeArea;
-        const SD_UINT32 size = small ? REPORT_LUNS_SMALL_SIZE : REPORT_LUNS_LARGE_SIZE;
-        if (!reportLUNs(handle, address, area, size, status)) {
-            target.status = status;
-            return;
-        }
-        addLUNs(target, area, size, status);
-    });
+    TARGETINFORMATION address;
+    clear(address);
+    JavaObject target = objectOf(env, jTarget);
+    getTargetInfoOf(target, address);
+    if (target.status != 0) {
+        return target.status;
+    }
+    SD_UINT32 status = 0;
+    if (!reportLUNs(handle, address, smallArea, status)) {
+        return status;
+    }
+    // The command is always sent a second time, into the area that the first response calls for.
+    std::span<SD_UINT8> area = largeArea;
+    if (bigEndian32(smallArea) <= REPORT_LUNS_SMALL_SIZE) {
+        area = smallArea;
+    }
+    if (!reportLUNs(handle, address, area, status)) {
+        return status;
+    }
+    addLUNs(target, area, status);
+    return target.status;
 }
 
 SD_UINT32 sendInquiry(JNIEnv *env, SDMGT_HANDLE handle, jobject targetInfoObj, jobject inqObj)
@@ -116,44 +129,48 @@ SD_UINT32 sendInquiry(JNIEnv *env, SDMGT_HANDLE handle, jobject targetInfoObj, j
     if (failed(status, "SDSendScsiInquiryCmdiSCSI returned %x\n")) {
         return status;
     }
-    const SD_UINT32 converted = withClassOf(env, inqObj, [&](JavaObject &info) {
-        return setBytesText(info, "setExtraData", inquiry.cExtraData, namedObj)
-               && setBytesText(info, "setInquiryHeader", inquiry.cInquiryHeader, namedObj)
-               && setBytesText(info, "setProductID", inquiry.cProductID, namedObj)
-               && setBytesText(info, "setRevision", inquiry.cRevision, namedObj)
-               && setBytesText(info, "setSerialNumber", inquiry.cSerialNumber, namedObj)
-               && setBytesText(info, "setVendorID", inquiry.cVendorID, namedObj);
-    });
+    JavaObject info = objectOf(env, inqObj);
+    setBytesText(info, "setExtraData", inquiry.cExtraData, namedObj);
+    setBytesText(info, "setInquiryHeader", inquiry.cInquiryHeader, namedObj);
+    setBytesText(info, "setProductID", inquiry.cProductID, namedObj);
+    setBytesText(info, "setRevision", inquiry.cRevision, namedObj);
+    setBytesText(info, "setSerialNumber", inquiry.cSerialNumber, namedObj);
+    setBytesText(info, "setVendorID", inquiry.cVendorID, namedObj);
     // A missing setter is printed, and the call counts as a success: getiSCSILunData goes on to the capacity.
-    if (converted != 0) {
-        forgetOwnError(env);
-    }
+    carryOn(info);
     return 0;
+}
+
+// Sends the command to the unit that the LUN object's TargetInfo names.
+static SD_UINT32 readCapacity(JNIEnv *env, SDMGT_HANDLE handle, jobject jLun, READ_CAPACITY_DATA &capacity)
+{
+    TARGETINFORMATION address;
+    clear(address);
+    SD_UINT8 sense[SENSE_SIZE];
+    clear(sense);
+    JavaObject lun = objectOf(env, jLun);
+    getTargetInfoOf(lun, address);
+    if (lun.status != 0) {
+        return lun.status;
+    }
+    const SD_UINT32 status =
+        SDSendScsiReadCapacityCmdiSCSI(handle, &address, &capacity, sizeof capacity, sense, SENSE_SIZE);
+    report(status, "SDSendScsiReadCapacityCmdiSCSI returned %x\n");
+    return status;
 }
 
 SD_UINT32 sendReadCapacity(JNIEnv *env, SDMGT_HANDLE handle, jobject jLun)
 {
-    TARGETINFORMATION address;
-    clear(address);
     READ_CAPACITY_DATA capacity;
     clear(capacity);
-    const SD_UINT32 status = withClassOf(env, jLun, [&](JavaObject &lun) {
-        SD_UINT8 sense[SENSE_SIZE];
-        clear(sense);
-        if (!withFetched(lun, "getTargetInfo", GIVES_TARGET_INFO, twoBlanks, "NULL javaTargetInfoObject!\n",
-                         [&](jobject targetInfo) { return getTargetInfo(env, targetInfo, address); })) {
-            return;
-        }
-        lun.status = SDSendScsiReadCapacityCmdiSCSI(handle, &address, &capacity, sizeof capacity, sense, SENSE_SIZE);
-        failed(lun.status, "SDSendScsiReadCapacityCmdiSCSI returned %x\n");
-    });
+    const SD_UINT32 status = readCapacity(env, handle, jLun, capacity);
     if (status != 0) {
         return status;
     }
+    JavaObject lun = objectOf(env, jLun);
+    setInt(lun, "setLogicalBlockAddress", bigEndian32(capacity.LogicalBlockAddress), namedObj);
+    setInt(lun, "setBytesPerBlock", bigEndian32(capacity.BytesPerBlock), namedObj);
     // A missing setter is printed, and the call counts as a success.
-    withClassOf(env, jLun, [&](JavaObject &lun) {
-        return setInt(lun, "setLogicalBlockAddress", bigEndian32(capacity.LogicalBlockAddress), namedObj)
-               && setInt(lun, "setBytesPerBlock", bigEndian32(capacity.BytesPerBlock), namedObj);
-    });
+    carryOn(lun);
     return 0;
 }

@@ -1,10 +1,10 @@
 // SCSI commands to a target's units. A status is 0, one of the bridge's own or the management library's, unchanged.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/TargetDatabase.h"
 #include "vdsdm/Types.h"
+
+#include <jni.h>
 
 // Fills bus, LUN and target ID, the low 16 bits of each, from a TargetInfo object.
 SD_UINT32 getTargetInfo(JNIEnv *env, jobject javaTargetInfoObject, TARGETINFORMATION &address);

@@ -1,9 +1,7 @@
 #include "Statistics.h"
 
-#include <cstdio>
-
 #include "JavaAccess.h"
-#include "Records.h"
+#include "RecordMemory.h"
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
 
@@ -58,50 +56,44 @@ constexpr jsize COUNTER_ARRAY = 9;
 
 SD_UINT32 assign64toBigInt(JNIEnv *env, SD_UINT64 counter, jmethodID method, jobject jStats)
 {
-    return withLocal(env, env->NewByteArray(COUNTER_ARRAY), [&](jbyteArray array) {
-        jboolean copied = JNI_FALSE;
-        jbyte *elements = array == nullptr ? nullptr : env->GetByteArrayElements(array, &copied);
-        if (elements == nullptr) {
-            return ERR_JNI_NULL;
-        }
-        for (int i = 1; i < COUNTER_ARRAY; i++) {
-            elements[i] = static_cast<jbyte>(counter);
-            counter >>= 8;
-        }
-        env->ReleaseByteArrayElements(array, elements, 0);
-        env->CallVoidMethod(jStats, method, array);
-        return SD_UINT32{0};
-    });
+    const auto array = local(env, env->NewByteArray(COUNTER_ARRAY));
+    jboolean copied = JNI_FALSE;
+    jbyte *elements = array == nullptr ? nullptr : env->GetByteArrayElements(array.get(), &copied);
+    if (elements == nullptr) {
+        return ERR_JNI_NULL;
+    }
+    for (int i = 1; i < COUNTER_ARRAY; ++i) {
+        elements[i] = static_cast<jbyte>(counter);
+        counter >>= 8;
+    }
+    env->ReleaseByteArrayElements(array.get(), elements, 0);
+    env->CallVoidMethod(jStats, method, array.get());
+    return 0;
 }
 
-static bool setCounter(JavaObject &stats, const Counter &counter, const HBAPORTSTATISCSI &statistics)
+static void setCounter(JavaObject &stats, const Counter &counter, const HBAPORTSTATISCSI &statistics)
 {
-    jmethodID method = lookUp(stats, counter.setter, "([B)V", dashed);
-    if (method == nullptr) {
-        return false;
+    jmethodID setter = lookUp(stats, counter.setter, "([B)V", dashed);
+    if (setter == nullptr || counter.field == nullptr) {
+        return;
     }
-    if (counter.field != nullptr) {
-        stats.status = assign64toBigInt(stats.env, statistics.*counter.field, method, stats.object);
+    if (assign64toBigInt(stats.env, statistics.*counter.field, setter, stats.object) != 0) {
+        noValue(stats, noArray, counter.setter);
     }
-    if (stats.status != 0) {
-        std::printf("NULL array for %s!\n", counter.setter);
-    }
-    return stats.status == 0;
 }
 
 SD_UINT32 readStatistics(JNIEnv *env, SDMGT_HANDLE handle, jobject jStats)
 {
-    return withClassOf(env, jStats, [&](JavaObject &stats) {
-        HBAPORTSTATISCSI statistics;
-        clear(statistics);
-        stats.status = SDGetStatisticsiSCSI(handle, &statistics);
-        if (failed(stats.status, "SDGetStatisticsiSCSI call failed!\n")) {
-            return;
-        }
-        for (const Counter &counter : COUNTERS) {
-            if (!setCounter(stats, counter, statistics)) {
-                return;
-            }
-        }
-    });
+    JavaObject stats = objectOf(env, jStats);
+    if (stats.status != 0) {
+        return stats.status;
+    }
+    HBAPORTSTATISCSI statistics;
+    clear(statistics);
+    stats.status = SDGetStatisticsiSCSI(handle, &statistics);
+    report(stats.status, "SDGetStatisticsiSCSI call failed!\n");
+    for (const Counter &counter : COUNTERS) {
+        setCounter(stats, counter, statistics);
+    }
+    return stats.status;
 }

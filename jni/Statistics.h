@@ -1,9 +1,9 @@
 // The port's counters, handed to the statistics object.
 #pragma once
 
-#include <jni.h>
-
 #include "vdsdm/Types.h"
+
+#include <jni.h>
 
 // Hands a counter to a setter as a new byte[9]: element 0 is 0, elements 1 to 8 the counter, least significant first.
 // Returns 0, or ERR_JNI_NULL when the VM could not make the array.

@@ -1,83 +1,73 @@
 #include "TargetDatabase.h"
 
-#include <cstdio>
-
+#include "Handles.h"
 #include "JavaAccess.h"
 #include "NodeInfo.h"
-#include "Records.h"
+#include "RecordMemory.h"
 #include "ScsiPassThrough.h"
-#include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 #include "vdsdm/DeviceDatabaseEntry.h"
 #include "vdsdm/Operations.h"
 #include "vdsdm/Status.h"
 
-// The target ID of the HBA object's DevDBEntry with this instance number.
-static bool readTargetIdOf(JavaObject &hba, jint instance, SD_UINT32 &target)
-{
-    constexpr const char *signature = "(I)Lcom/varden/tavo/iscsi/model/DevDBEntry;";
-    jmethodID getEntry = lookUp(hba, "getDeviceDataBaseEntry", signature, twoBlanks);
-    if (getEntry == nullptr) {
-        return false;
-    }
-    hba.status = withLocal(hba.env, hba.env->CallObjectMethod(hba.object, getEntry, instance), [&](jobject object) {
-        if (object == nullptr) {
-            return nullObject("NULL javaDDBEntryObject!\n");
-        }
-        return withClassOf(hba.env, object,
-                           [&](JavaObject &entry) { return getInt(entry, "getTargetID", target, named); });
-    });
-    return hba.status == 0;
-}
+#include <cstdio>
 
 // Chooses the target of the portal query: the instance number itself when Java holds no targets, else the target ID of
 // the entry that Java holds under that number.
-static bool chooseTarget(JavaObject &hba, JavaObject &jTarget, SD_UINT32 &target)
+static SD_UINT32 chooseTarget(JNIEnv *env, jobject jHba, JavaObject &target, SD_UINT32 &chosen)
 {
+    JavaObject hba = objectOf(env, jHba);
     SD_UINT32 numberDiskTargets = 0;
-    if (!getInt(hba, "getNumberDiskTargets", numberDiskTargets, named)) {
-        return false;
+    getInt(hba, "getNumberDiskTargets", numberDiskTargets, named);
+    if (hba.status != 0) {
+        return hba.status;
     }
     if (numberDiskTargets > DDB_SLOTS) {
         std::printf("Too many targets from Java!\n");
-        hba.status = ERR_INVALID_PARAMETER;
-        return false;
+        return ERR_INVALID_PARAMETER;
     }
     jint instance = 0;
-    if (!getInt(jTarget, "getInstance", instance, named)) {
-        hba.status = jTarget.status;
-        return false;
+    getInt(target, "getInstance", instance, named);
+    chosen = static_cast<SD_UINT32>(instance);
+    if (target.status != 0 || numberDiskTargets == 0) {
+        return target.status;
     }
-    target = static_cast<SD_UINT32>(instance);
-    return numberDiskTargets == 0 || readTargetIdOf(hba, instance, target);
+    const auto held =
+        fetch(hba, "getDeviceDataBaseEntry", GIVES_DEV_DB_ENTRY_AT, twoBlanks, "NULL javaDDBEntryObject!\n", instance);
+    if (held == nullptr) {
+        return hba.status;
+    }
+    JavaObject entry = objectOf(env, held.get());
+    getInt(entry, "getTargetID", chosen, named);
+    return entry.status;
 }
 
-static bool setDiscPortal(JavaObject &target, const DISCISCSIPORTAL &portal)
+static void setDiscPortal(JavaObject &target, const DISCISCSIPORTAL &portal)
 {
-    const bool converted = setInt(target, "setNodeCount", portal.NodeCount, namedObj)
-                           && setBytesText(target, "setHostName", portal.hostName, namedObj)
-                           && setInt(target, "setTCPPortNumber", portal.portNumber, namedObj);
-    if (converted) {
+    setInt(target, "setNodeCount", portal.NodeCount, namedObj);
+    setBytesText(target, "setHostName", portal.hostName, namedObj);
+    setInt(target, "setTCPPortNumber", portal.portNumber, namedObj);
+    if (target.status == 0) {
         setIPAddr(target.env, target.object, portal.IPAddr, ADDRESS_OWN);
     }
-    return converted;
 }
 
-static bool setDiscNode(JavaObject &target, const DISCISCSINODE &node)
+static void setDiscNode(JavaObject &target, const DISCISCSINODE &node)
 {
-    return setInt(target, "setSessionID", node.SessionID, namedObj)
-           && setInt(target, "setConnectionID", node.ConnectionID, namedObj)
-           && setInt(target, "setPortalGroup", node.PortalGroupID, namedObj)
-           && withFetched(target, "getNodeInfo", GIVES_NODE_INFO, twoBlanks, "NULL javaNodeInfoObject!5\n",
-                          [&](jobject nodeInfo) { setNodeInfo(target.env, nodeInfo, node.NodeInfo); });
+    setInt(target, "setSessionID", node.SessionID, namedObj);
+    setInt(target, "setConnectionID", node.ConnectionID, namedObj);
+    setInt(target, "setPortalGroup", node.PortalGroupID, namedObj);
+    if (const auto nodeInfo = fetch(target, "getNodeInfo", GIVES_NODE_INFO, twoBlanks, "NULL javaNodeInfoObject!5\n")) {
+        setNodeInfo(target.env, nodeInfo.get(), node.NodeInfo);
+    }
 }
 
 static SD_UINT32 setTargetInfo(JNIEnv *env, jobject javaTargetInfoObject, const TARGETINFORMATION &address)
 {
-    return withClassOf(env, javaTargetInfoObject, [&](JavaObject &info) {
-        return setInt(info, "setBus", address.BusNumber, namedObj) //
-               && setInt(info, "setLUN", address.LUN, namedObj)
-               && setInt(info, "setTargetID", address.TargetID, namedObj);
-    });
+    JavaObject info = objectOf(env, javaTargetInfoObject);
+    setInt(info, "setBus", address.BusNumber, namedObj);
+    setInt(info, "setLUN", address.LUN, namedObj);
+    setInt(info, "setTargetID", address.TargetID, namedObj);
+    return info.status;
 }
 
 // The second half of the target query: the node is named by the target ID in the target object's TargetInfo, which then
@@ -96,51 +86,50 @@ static SD_UINT32 readNode(JavaObject &target, SDMGT_HANDLE handle, jobject javaT
     if (failed(status, "SDGetDiscNodePropertyiSCSI returned %x\n")) {
         return status;
     }
-    if (!setDiscNode(target, node)) {
-        return target.status;
-    }
-    return setTargetInfo(target.env, javaTargetInfoObject, node.TargetInfo);
+    setDiscNode(target, node);
+    return target.status != 0 ? target.status : setTargetInfo(target.env, javaTargetInfoObject, node.TargetInfo);
 }
 
 SD_UINT32 readTargetData(JNIEnv *env, SDMGT_HANDLE handle, jobject jHba, jobject jTarget)
 {
-    return withClassOf(env, jTarget, [&](JavaObject &target) {
-        DISCISCSIPORTAL portal;
-        clear(portal);
-        SD_UINT32 chosen = 0;
-        target.status = withClassOf(env, jHba, [&](JavaObject &hba) { return chooseTarget(hba, target, chosen); });
-        if (target.status != 0) {
-            return;
-        }
-        target.status = SDGetDiscPortalPropertyiSCSI(handle, 0, chosen, 0, &portal);
-        if (failed(target.status, "SDGetDiscPortalPropertyiSCSI returned %x\n") || !setDiscPortal(target, portal)) {
-            return;
-        }
-        withFetched(target, "getTargetInfo", GIVES_TARGET_INFO, twoBlanks, "NULL javaTargetInfoObject!\n",
-                    [&](jobject targetInfo) { return readNode(target, handle, targetInfo); });
-    });
+    JavaObject target = objectOf(env, jTarget);
+    if (target.status != 0) {
+        return target.status;
+    }
+    SD_UINT32 chosen = 0;
+    SD_UINT32 status = chooseTarget(env, jHba, target, chosen);
+    if (status != 0) {
+        return status;
+    }
+    DISCISCSIPORTAL portal;
+    clear(portal);
+    status = SDGetDiscPortalPropertyiSCSI(handle, 0, chosen, 0, &portal);
+    if (failed(status, "SDGetDiscPortalPropertyiSCSI returned %x\n")) {
+        return status;
+    }
+    setDiscPortal(target, portal);
+    const auto targetInfo =
+        fetch(target, "getTargetInfo", GIVES_TARGET_INFO, twoBlanks, "NULL javaTargetInfoObject!\n");
+    return target.status != 0 ? target.status : readNode(target, handle, targetInfo.get());
 }
 
-SD_UINT32 readLunData(JNIEnv *env, jobject self, jint dev, jobject jLun)
+SD_UINT32 readLunData(JNIEnv *env, jint dev, jobject jLun)
 {
-    return withClassOf(env, jLun, [&](JavaObject &lun) {
-        const auto readUnit = [&](jobject targetInfo, jobject inquiryInfo) {
-            auto status = static_cast<SD_UINT32>(
-                Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiInquiryData(env, self, dev, targetInfo, inquiryInfo));
-            if (failed(status, "getScsiInquiryData failed! %x\n")) {
-                return status;
-            }
-            status = static_cast<SD_UINT32>(
-                Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReadCapacityData(env, self, dev, jLun));
-            failed(status, "getScsiReadCapacityData failed! %x\n");
-            return status;
-        };
-        withFetched(lun, "getTargetInfo", GIVES_TARGET_INFO, twoBlanks, "NULL javaTargetInfoObject!\n",
-                    [&](jobject targetInfo) {
-                        withFetched(lun, "getSCSIInqInfo", GIVES_SCSI_INQ_INFO, twoBlanks,
-                                    "NULL javaSCSIInqInfoObject!\n",
-                                    [&](jobject inquiryInfo) { return readUnit(targetInfo, inquiryInfo); });
-                        return lun.status;
-                    });
-    });
+    JavaObject lun = objectOf(env, jLun);
+    const auto targetInfo = fetch(lun, "getTargetInfo", GIVES_TARGET_INFO, twoBlanks, "NULL javaTargetInfoObject!\n");
+    const auto inquiryInfo =
+        fetch(lun, "getSCSIInqInfo", GIVES_SCSI_INQ_INFO, twoBlanks, "NULL javaSCSIInqInfoObject!\n");
+    if (lun.status != 0) {
+        return lun.status;
+    }
+    SD_UINT32 status = ERR_INVALID_PARAMETER;
+    if (isAdapterIndex(dev)) {
+        status = sendInquiry(env, hbaHandle(dev), targetInfo.get(), inquiryInfo.get());
+    }
+    if (failed(status, "getScsiInquiryData failed! %x\n")) {
+        return status;
+    }
+    status = sendReadCapacity(env, hbaHandle(dev), jLun);
+    report(status, "getScsiReadCapacityData failed! %x\n");
+    return status;
 }

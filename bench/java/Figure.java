@@ -3,12 +3,12 @@ package com.varden.tavo.iscsi.bench;
 import java.util.Arrays;
 import java.util.Locale;
 
-/** A measured figure: the median of many, with the quartiles. Printed as one line of the report's input. */
-record Figure(double median, double low, double high, int count) {
+/** A measured figure: the median of many, with the quartiles. */
+record Figure(double median, double low, double high) {
     static Figure of(double[] values) {
         double[] sorted = values.clone();
         Arrays.sort(sorted);
-        return new Figure(quantile(sorted, 0.5), quantile(sorted, 0.25), quantile(sorted, 0.75), sorted.length);
+        return new Figure(quantile(sorted, 0.5), quantile(sorted, 0.25), quantile(sorted, 0.75));
     }
 
     private static double quantile(double[] sorted, double share) {
@@ -19,24 +19,14 @@ record Figure(double median, double low, double high, int count) {
     }
 
     /**
-     * Prints the figure.
+     * Prints the figure as one line of the report's input, with the VM's name, the property bench.vm.
      *
-     * @param section part of the report
-     * @param subject what was measured
-     * @param other what it was measured against
-     * @param mark what the figure has to be: "" or an operator and a number, as in "<=1.05"
+     * @param section heading in the report
+     * @param subject what was measured, and against what
+     * @param mark the bounds that the figure has to keep, as in "0..1.05", or "" when there are none
      */
-    void print(String section, String subject, String other, String mark) {
-        System.out.println(String.join("\t", vm(), section, subject, other, number(median), number(low), number(high),
-            Integer.toString(count), mark));
-    }
-
-    static String vm() {
-        String width = "32".equals(System.getProperty("sun.arch.data.model")) ? "32-bit" : "64-bit";
-        return width + " Java " + Runtime.version().feature();
-    }
-
-    private static String number(double value) {
-        return String.format(Locale.ROOT, "%.6g", value);
+    void print(String section, String subject, String mark) {
+        System.out.println(String.format(Locale.ROOT, "%s\t%s\t%s\t%.6g\t%.6g\t%.6g\t%s",
+            System.getProperty("bench.vm"), section, subject, median, low, high, mark));
     }
 }

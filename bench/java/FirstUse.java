@@ -2,7 +2,7 @@ package com.varden.tavo.iscsi.bench;
 
 import com.varden.tavo.iscsi.model.HBA;
 
-/** One peer's first use in this process, from before its first class is loaded to a whole snapshot. */
+/** A peer's first use in this process, from before its first class is loaded to the end of a snapshot. */
 final class FirstUse {
     private FirstUse() {}
 
@@ -10,9 +10,9 @@ final class FirstUse {
     public static void main(String[] arguments) {
         long start = System.nanoTime();
         HBA hba = new HBA();
-        int status = Peers.open(arguments[0]).getiSCSIHBAData(Contract.DEV, hba);
+        int status = Peer.open(arguments[0]).snapshot().applyAsInt(hba);
         long time = System.nanoTime() - start;
-        if (status != 0 || hba.getDeviceDataBaseEntries().size() != Records.SLOTS) {
+        if (status != 0 || hba.getDeviceDataBaseEntries().size() != Fixture.ENTRIES) {
             throw new IllegalStateException("no full snapshot");
         }
         System.out.println(time);

@@ -10,19 +10,12 @@ import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.IPAddr;
 import com.varden.tavo.iscsi.model.InitFW;
 import com.varden.tavo.iscsi.model.NodeInfo;
-import com.varden.tavo.iscsi.model.PortStatistics;
-import java.io.File;
-import java.nio.charset.StandardCharsets;
-import java.util.function.Supplier;
+import java.nio.file.Path;
+import java.util.function.ToIntFunction;
 
-/**
- * JNA with direct mapping and Structures: the mapping that its manual teaches.
- *
- * A new Structure for each record, as one writes it; or one kept for all, which saves most of the time and is up to one
- * thread at a time.
- */
-final class JnaStructure extends Contract {
-    static final String LIBRARY = new File("libvdsdm.so").getAbsolutePath();
+/** The snapshot by way of JNA: direct mapping, and a new Structure for each record, as its manual teaches. */
+final class JnaStructure implements ToIntFunction<HBA> {
+    private static final int SLOTS = 512;
 
     /** One address. */
     @FieldOrder({"IPAddress", "Type", "Reserved"})
@@ -144,32 +137,10 @@ final class JnaStructure extends Contract {
         public byte[] Reserved = new byte[16];
     }
 
-    /** The counters. */
-    @FieldOrder({"words", "Reserved"})
-    public static class Counters extends Structure {
-        public long[] words = new long[35];
-        public int[] Reserved = new int[20];
-    }
-
-    /** One entry of the log. */
-    @FieldOrder({"seconds", "milliseconds", "deviceIndex", "connState", "entryType", "errorType", "errorDetail",
-        "dupErrorCnt", "reserved"})
-    public static class LogEntry extends Structure {
-        public int seconds;
-        public int milliseconds;
-        public short deviceIndex;
-        public short connState;
-        public byte entryType;
-        public byte errorType;
-        public short errorDetail;
-        public byte dupErrorCnt;
-        public byte[] reserved = new byte[3];
-    }
-
     /** The management library's operations. */
     private static final class Library {
         static {
-            Native.register(Library.class, LIBRARY);
+            Native.register(Library.class, Path.of("libvdsdm.so").toAbsolutePath().toString());
         }
 
         static native int SDOpenDeviceiSCSI(int adapterIndex, IntByReference handle);
@@ -180,80 +151,46 @@ final class JnaStructure extends Contract {
 
         static native int SDGetDDBEntry(int handle, Entry entry, int index);
 
-        static native int SDSetDDBEntry(int handle, Entry entry, int index);
-
         static native int SDGetInitFW(int handle, Firmware block);
-
-        static native int SDGetStatisticsiSCSI(int handle, Counters statistics);
-
-        static native int SDGetLogs(int handle, int logType, IntByReference count, LogEntry entries);
     }
 
-    private final Kept<Portal> portals;
-    private final Kept<Entry> incoming;
-    private final Kept<Entry> outgoing;
-    private final Kept<Firmware> firmware;
-    private final Kept<Counters> counters;
-    private final Kept<LogEntry[]> logs;
-    private int handle;
+    private final int handle;
 
-    JnaStructure(boolean kept) {
-        portals = new Kept<>(kept, Portal::new);
-        incoming = new Kept<>(kept, Entry::new);
-        outgoing = new Kept<>(kept, Entry::new);
-        firmware = new Kept<>(kept, Firmware::new);
-        counters = new Kept<>(kept, Counters::new);
-        logs = new Kept<>(kept, () -> (LogEntry[]) new LogEntry().toArray(Records.LOG_CAPACITY));
-    }
-
-    private static final class Kept<T> {
-        private final Supplier<T> make;
-        private final T kept;
-
-        Kept(boolean kept, Supplier<T> make) {
-            this.make = make;
-            this.kept = kept ? make.get() : null;
-        }
-
-        T get() {
-            return kept != null ? kept : make.get();
-        }
-    }
-
-    @Override
-    boolean openDevice(int dev) {
+    JnaStructure() {
         IntByReference opened = new IntByReference();
-        int status = Library.SDOpenDeviceiSCSI(dev, opened);
+        Library.SDOpenDeviceiSCSI(Peer.DEV, opened);
         handle = opened.getValue();
-        return status == 0;
     }
 
     @Override
-    int getiSCSIHBAState(int dev, HBA hba) {
-        Portal portal = portals.get();
+    public int applyAsInt(HBA hba) {
+        Portal portal = new Portal();
         int status = Library.SDGetHbaDevicePortalPropertyiSCSI(handle, 0, portal);
-        if (status == 0) {
-            setState(portal, hba);
+        setPortal(portal, hba);
+        IntByReference count = new IntByReference();
+        status |= Library.SDGetDDBEntryNum(handle, count);
+        int found = 0;
+        for (int index = 0; index < SLOTS && found < count.getValue();) {
+            Entry record = new Entry();
+            status |= Library.SDGetDDBEntry(handle, record, index);
+            if (record.DeviceState != 0) {
+                hba.addDeviceDataBaseEntry(entry(record, found));
+                found++;
+            }
+            index = record.NextValid > index && record.NextValid < SLOTS ? record.NextValid : index + 1;
         }
+        Firmware block = new Firmware();
+        status |= Library.SDGetInitFW(handle, block);
+        setFirmware(block, hba);
         return status;
     }
 
-    private static void setState(Portal portal, HBA hba) {
+    private static void setPortal(Portal portal, HBA hba) {
+        hba.setNumberDiskTargets(Short.toUnsignedInt(portal.DiscTargetCount));
+        hba.setMACAddress(shorts(portal.MacAddr));
         hba.setState(Short.toUnsignedInt(portal.State));
         hba.setDhcpState(Short.toUnsignedInt(portal.dhcpState));
         hba.setLinkStatus(Short.toUnsignedInt(portal.linkStatus));
-    }
-
-    @Override
-    int getiSCSIHBAData(int dev, HBA hba) {
-        Portal portal = portals.get();
-        int status = Library.SDGetHbaDevicePortalPropertyiSCSI(handle, 0, portal);
-        if (status != 0) {
-            return status;
-        }
-        hba.setNumberDiskTargets(Short.toUnsignedInt(portal.DiscTargetCount));
-        hba.setMACAddress(shorts(portal.MacAddr));
-        setState(portal, hba);
         hba.setType(Short.toUnsignedInt(portal.Type));
         hba.setDriverAttribute(portal.DriverAttr);
         hba.setFirmwareAttribute(portal.FWAttr);
@@ -263,26 +200,6 @@ final class JnaStructure extends Contract {
         hba.setModel(text(portal.Model));
         hba.setOptRomVersion(text(portal.OptRomVersion));
         hba.setSerialNumberStr(text(portal.SerialNum));
-        IntByReference count = new IntByReference();
-        status = Library.SDGetDDBEntryNum(handle, count);
-        int found = 0;
-        int index = 0;
-        while (index < Records.SLOTS && found < count.getValue()) {
-            Entry record = incoming.get();
-            record.DeviceState = 0;
-            record.NextValid = 0;
-            status = Library.SDGetDDBEntry(handle, record, index);
-            if (record.DeviceState != 0) {
-                hba.addDeviceDataBaseEntry(entry(record, found));
-                found++;
-            }
-            index = Records.following(record.NextValid, index);
-        }
-        Firmware block = firmware.get();
-        if (Library.SDGetInitFW(handle, block) == 0) {
-            setFirmware(block, hba);
-        }
-        return status;
     }
 
     private static DevDBEntry entry(Entry record, int index) {
@@ -343,114 +260,12 @@ final class JnaStructure extends Contract {
         device.setPortNumber(Short.toUnsignedInt(record.portNumber));
     }
 
-    @Override
-    int getiSCSIStatistics(int dev, PortStatistics statistics) {
-        Counters record = counters.get();
-        int status = Library.SDGetStatisticsiSCSI(handle, record);
-        if (status != 0) {
-            return status;
-        }
-        for (int i = 0; i < record.words.length; i++) {
-            if (Records.COUNTERS.get(i) != null) {
-                Records.COUNTERS.get(i).accept(statistics, Records.counter(record.words[i]));
-            }
-        }
-        return 0;
-    }
-
-    @Override
-    int getConnectErrorLog(int dev, HBA hba) {
-        LogEntry[] entries = logs.get();
-        IntByReference count = new IntByReference();
-        int status = Library.SDGetLogs(handle, 1, count, entries[0]);
-        if (status != 0) {
-            return status;
-        }
-        int held = Math.min(count.getValue(), Records.LOG_CAPACITY);
-        long[] log = new long[held * Records.LOG_STRIDE];
-        int to = 0;
-        for (int i = 0; i < held; i++) {
-            LogEntry entry = entries[i];
-            log[to++] = Integer.toUnsignedLong(entry.seconds);
-            log[to++] = Integer.toUnsignedLong(entry.milliseconds);
-            log[to++] = Short.toUnsignedInt(entry.deviceIndex);
-            log[to++] = Short.toUnsignedInt(entry.connState);
-            log[to++] = Byte.toUnsignedInt(entry.entryType);
-            log[to++] = Byte.toUnsignedInt(entry.errorType);
-            log[to++] = Short.toUnsignedInt(entry.errorDetail);
-            log[to++] = Byte.toUnsignedInt(entry.dupErrorCnt);
-            for (byte reserved : entry.reserved) {
-                log[to++] = Byte.toUnsignedInt(reserved);
-            }
-        }
-        hba.setConnectErrorLogEntries(log);
-        return 0;
-    }
-
-    @Override
-    int setDDBsData(int dev, DevDBEntry[] entries) {
-        if (entries.length > Records.MOST_WRITTEN) {
-            return 0;
-        }
-        for (DevDBEntry entry : entries) {
-            Entry record = outgoing.get();
-            put(entry, record);
-            Library.SDSetDDBEntry(handle, record, record.TargetID);
-        }
-        return 0;
-    }
-
-    // The fields that are not set here stay zero: nothing is ever read into these records.
-    private static void put(DevDBEntry entry, Entry record) {
-        NodeInfo nodeInfo = entry.getNodeInfo();
-        putText(nodeInfo.getiSCSIName(), record.EntryInfo.iSCSIName);
-        putText(nodeInfo.getAlias(), record.EntryInfo.Alias);
-        putBytes(nodeInfo.getIPAddress().getAddress(), record.EntryInfo.IPAddr.IPAddress);
-        record.EntryInfo.PortalCount = (short) nodeInfo.getPortalCount();
-        record.DeviceState = entry.getState();
-        record.TargetID = entry.getTargetID();
-        record.Options = entry.getOptions();
-        record.exeCount = (short) entry.getExeCount();
-        record.Control = entry.getControl();
-        record.TargetSessID = (short) entry.getTargetSessionID();
-        record.TargetPortalGroupID = (short) entry.getTargetPortalGroupID();
-        record.ReservedFlags = entry.getReservedFlags();
-        putBytes(entry.getInitiatorSessionID(), record.InitiatorSessID);
-        record.MaxTxDataSegmentLen = (short) entry.getMaxTxDataSegmentLen();
-        record.DDBLink = (short) entry.getDDBLink();
-        record.CHAPTableIndex = (short) entry.getChapIndex();
-        DevEntry device = entry.getDeviceEntry();
-        record.DeviceInfo.iSCSIOptions = device.getiSCSIOptions();
-        record.DeviceInfo.taskMngmntTimeout = device.getTaskManagementTimeout();
-        record.DeviceInfo.maxBurstSize = device.getMaxBurstSize();
-        record.DeviceInfo.retryCount = (byte) device.getRetryCount();
-        record.DeviceInfo.retryDelay = (byte) device.getRetryDelay();
-        record.DeviceInfo.deviceType = (short) device.getDeviceType();
-        record.DeviceInfo.exeThrottle = (short) device.getExecutionThrottle();
-        record.DeviceInfo.firstBurstSize = (short) device.getFirstBurstSize();
-        record.DeviceInfo.IPOptions = (short) device.getIPOptions();
-        record.DeviceInfo.MaxRxDataSegmentLen = (short) device.getMaxRxDataSegmentLen();
-        record.DeviceInfo.DefaultTime2Wait = (short) device.getDefaultTime2Wait();
-        record.DeviceInfo.DefaultTime2Retain = (short) device.getDefaultTime2Retain();
-        record.DeviceInfo.keepAliveTimeout = (short) device.getKeepAliveTO();
-        record.DeviceInfo.maxOutstandingR2T = (short) device.getMaxOutstandingR2T();
-        record.DeviceInfo.TCPOptions = (short) device.getTCPOptions();
-        putText(device.getTargetAddress(), record.DeviceInfo.targetAddr);
-        record.DeviceInfo.portNumber = (short) device.getPortNumber();
-    }
-
     private static short[] shorts(byte[] bytes) {
         short[] shorts = new short[bytes.length];
         for (int i = 0; i < bytes.length; i++) {
             shorts[i] = (short) Byte.toUnsignedInt(bytes[i]);
         }
         return shorts;
-    }
-
-    private static void putBytes(short[] shorts, byte[] bytes) {
-        for (int i = 0; i < bytes.length; i++) {
-            bytes[i] = (byte) shorts[i];
-        }
     }
 
     private static IPAddr address(Address record) {
@@ -460,17 +275,6 @@ final class JnaStructure extends Contract {
     }
 
     private static String text(byte[] field) {
-        int length = 0;
-        while (length < field.length && field[length] != 0) {
-            length++;
-        }
-        return new String(field, 0, length, StandardCharsets.UTF_8);
-    }
-
-    private static void putText(String text, byte[] field) {
-        byte[] bytes = text.getBytes(StandardCharsets.UTF_8);
-        int length = Math.min(bytes.length, field.length);
-        System.arraycopy(bytes, 0, field, 0, length);
-        java.util.Arrays.fill(field, length, field.length, (byte) 0);
+        return Native.toString(field, "UTF-8");
     }
 }

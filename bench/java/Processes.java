@@ -6,11 +6,11 @@ import java.util.Arrays;
 import java.util.List;
 
 /**
- * Compares two kinds of fresh processes, A B, B A, A B, ...: {@code Processes ROUNDS wall|printed SECTION SUBJECT OTHER
- * MARK A... -- B...}. What counts is the time until the process has ended, or the number of nanoseconds it prints.
+ * Compares two kinds of fresh processes, A B, B A, A B, ...: {@code Processes ROUNDS wall|printed SECTION SUBJECT MARK
+ * A... -- B...}. What counts is the time until the process has ended, or the number of nanoseconds it prints.
  */
 final class Processes {
-    private static final int COMMANDS = 6;
+    private static final int COMMANDS = 5;
 
     private Processes() {}
 
@@ -22,25 +22,25 @@ final class Processes {
         List<String> b = commands.subList(commands.indexOf("--") + 1, commands.size());
         double[] ratios = new double[rounds];
         for (int i = -1; i < rounds; i++) {
-            double first = time(i % 2 == 0 ? a : b, printed);
-            double second = time(i % 2 == 0 ? b : a, printed);
+            boolean straight = i % 2 == 0;
+            double first = time(straight ? a : b, printed);
+            double second = time(straight ? b : a, printed);
             if (i >= 0) {
-                ratios[i] = i % 2 == 0 ? first / second : second / first;
+                ratios[i] = straight ? first / second : second / first;
             }
         }
-        Figure.of(ratios).print(arguments[2], arguments[3], arguments[4], arguments[5]);
+        Figure.of(ratios).print(arguments[2], arguments[3], arguments[4]);
     }
 
     private static double time(List<String> command, boolean printed) throws IOException, InterruptedException {
         long start = System.nanoTime();
         Process process = new ProcessBuilder(command).redirectErrorStream(true).start();
-        byte[] output = process.getInputStream().readAllBytes();
+        String output = new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
         int status = process.waitFor();
         long time = System.nanoTime() - start;
-        String text = new String(output, StandardCharsets.UTF_8);
         if (status != 0) {
-            throw new IllegalStateException(command + " ended with " + status + ": " + text);
+            throw new IllegalStateException(command + " ended with " + status + ": " + output);
         }
-        return printed ? Double.parseDouble(text.strip()) : time;
+        return printed ? Double.parseDouble(output.strip()) : time;
     }
 }

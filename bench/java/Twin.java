@@ -2,25 +2,12 @@ package com.varden.tavo.iscsi.bench;
 
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
-import com.varden.tavo.iscsi.model.PortStatistics;
 
 /** The bridge's own source, compiled a second time: what differs from the bridge is chance. */
-final class Twin extends Contract {
-    @Override
+final class Twin {
     native boolean openDevice(int dev);
 
-    @Override
-    native int getiSCSIHBAState(int dev, HBA hba);
-
-    @Override
     native int getiSCSIHBAData(int dev, HBA hba);
 
-    @Override
-    native int getiSCSIStatistics(int dev, PortStatistics statistics);
-
-    @Override
-    native int getConnectErrorLog(int dev, HBA hba);
-
-    @Override
     native int setDDBsData(int dev, DevDBEntry[] entries);
 }

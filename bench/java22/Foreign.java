@@ -4,8 +4,11 @@ import static java.lang.foreign.ValueLayout.ADDRESS;
 import static java.lang.foreign.ValueLayout.JAVA_INT;
 
 import com.varden.tavo.iscsi.model.DevDBEntry;
+import com.varden.tavo.iscsi.model.DevEntry;
 import com.varden.tavo.iscsi.model.HBA;
-import com.varden.tavo.iscsi.model.PortStatistics;
+import com.varden.tavo.iscsi.model.IPAddr;
+import com.varden.tavo.iscsi.model.InitFW;
+import com.varden.tavo.iscsi.model.NodeInfo;
 import java.lang.foreign.Arena;
 import java.lang.foreign.FunctionDescriptor;
 import java.lang.foreign.Linker;
@@ -15,136 +18,179 @@ import java.lang.foreign.SymbolLookup;
 import java.lang.invoke.MethodHandle;
 import java.nio.ByteBuffer;
 import java.nio.ByteOrder;
+import java.nio.charset.StandardCharsets;
 import java.nio.file.Path;
+import java.util.function.ToIntFunction;
 
-/** The foreign-function interface of Java 22 and later: off-heap records, decoded in place. */
-final class Foreign extends Contract {
+/** The snapshot by way of the foreign-function interface of Java 22 and later: records decoded where they lie. */
+final class Foreign implements ToIntFunction<HBA> {
     private static final SymbolLookup LIBRARY =
         SymbolLookup.libraryLookup(Path.of("libvdsdm.so").toAbsolutePath(), Arena.global());
     private static final MethodHandle OPEN = operation("SDOpenDeviceiSCSI", JAVA_INT, ADDRESS);
     private static final MethodHandle PORTAL =
         operation("SDGetHbaDevicePortalPropertyiSCSI", JAVA_INT, JAVA_INT, ADDRESS);
     private static final MethodHandle COUNT = operation("SDGetDDBEntryNum", JAVA_INT, ADDRESS);
-    private static final MethodHandle GET_ENTRY = operation("SDGetDDBEntry", JAVA_INT, ADDRESS, JAVA_INT);
-    private static final MethodHandle SET_ENTRY = operation("SDSetDDBEntry", JAVA_INT, ADDRESS, JAVA_INT);
+    private static final MethodHandle ENTRY = operation("SDGetDDBEntry", JAVA_INT, ADDRESS, JAVA_INT);
     private static final MethodHandle FIRMWARE = operation("SDGetInitFW", JAVA_INT, ADDRESS);
-    private static final MethodHandle STATISTICS = operation("SDGetStatisticsiSCSI", JAVA_INT, ADDRESS);
-    private static final MethodHandle LOGS = operation("SDGetLogs", JAVA_INT, JAVA_INT, ADDRESS, ADDRESS);
 
-    private int handle;
+    private static final int PORTAL_SIZE = 720;
+    private static final int FIRMWARE_SIZE = 780;
+    private static final int ENTRY_SIZE = 484;
+    private static final int SLOTS = 512;
+
+    private final int handle;
+
+    Foreign() throws Throwable {
+        try (Arena arena = Arena.ofConfined()) {
+            MemorySegment opened = arena.allocate(JAVA_INT);
+            int status = (int) OPEN.invokeExact(Peer.DEV, opened);
+            handle = status == 0 ? opened.get(JAVA_INT, 0) : 0;
+        }
+    }
 
     private static MethodHandle operation(String name, MemoryLayout... arguments) {
         return Linker.nativeLinker().downcallHandle(LIBRARY.find(name).orElseThrow(),
             FunctionDescriptor.of(JAVA_INT, arguments));
     }
 
-    private interface Work {
-        int run(Arena arena) throws Throwable;
-    }
-
-    private static int inArena(Work work) {
+    @Override
+    public int applyAsInt(HBA hba) {
         try (Arena arena = Arena.ofConfined()) {
-            return work.run(arena);
+            return snapshot(arena, hba);
         } catch (Throwable e) {
             throw new IllegalStateException(e);
         }
     }
 
-    private static ByteBuffer bytes(MemorySegment segment) {
-        return segment.asByteBuffer().order(ByteOrder.LITTLE_ENDIAN);
-    }
-
-    @Override
-    boolean openDevice(int dev) {
-        return inArena(arena -> {
-            MemorySegment opened = arena.allocate(JAVA_INT);
-            int status = (int) OPEN.invokeExact(dev, opened);
-            handle = opened.get(JAVA_INT, 0);
-            return status;
-        }) == 0;
-    }
-
-    @Override
-    int getiSCSIHBAState(int dev, HBA hba) {
-        return inArena(arena -> {
-            MemorySegment portal = arena.allocate(Records.PORTAL, 8);
-            int status = (int) PORTAL.invokeExact(handle, 0, portal);
-            if (status == 0) {
-                Records.state(bytes(portal), hba);
+    private int snapshot(Arena arena, HBA hba) throws Throwable {
+        MemorySegment portal = arena.allocate(PORTAL_SIZE, 8);
+        int status = (int) PORTAL.invokeExact(handle, 0, portal);
+        setPortal(bytes(portal), hba);
+        MemorySegment count = arena.allocate(JAVA_INT);
+        status |= (int) COUNT.invokeExact(handle, count);
+        MemorySegment entry = arena.allocate(ENTRY_SIZE, 8);
+        ByteBuffer record = bytes(entry);
+        int found = 0;
+        for (int index = 0; index < SLOTS && found < count.get(JAVA_INT, 0);) {
+            entry.fill((byte) 0);
+            status |= (int) ENTRY.invokeExact(handle, entry, index);
+            if (record.getInt(464) != 0) {
+                hba.addDeviceDataBaseEntry(entry(record, found));
+                found++;
             }
-            return status;
-        });
-    }
-
-    @Override
-    int getiSCSIHBAData(int dev, HBA hba) {
-        return inArena(arena -> {
-            MemorySegment segment = arena.allocate(Records.FIRMWARE, 8);
-            ByteBuffer record = bytes(segment);
-            int status = (int) PORTAL.invokeExact(handle, 0, segment);
-            if (status != 0) {
-                return status;
-            }
-            Records.portal(record, hba);
-            MemorySegment count = arena.allocate(JAVA_INT);
-            status = (int) COUNT.invokeExact(handle, count);
-            int found = 0;
-            int index = 0;
-            while (index < Records.SLOTS && found < count.get(JAVA_INT, 0)) {
-                segment.asSlice(0, Records.ENTRY).fill((byte) 0);
-                status = (int) GET_ENTRY.invokeExact(handle, segment, index);
-                if (Records.isUsed(record)) {
-                    hba.addDeviceDataBaseEntry(Records.entry(record, found));
-                    found++;
-                }
-                index = Records.following(record, index);
-            }
-            if ((int) FIRMWARE.invokeExact(handle, segment) == 0) {
-                Records.firmware(record, hba);
-            }
-            return status;
-        });
-    }
-
-    @Override
-    int getiSCSIStatistics(int dev, PortStatistics statistics) {
-        return inArena(arena -> {
-            MemorySegment words = arena.allocate(Records.STATISTICS, 8);
-            int status = (int) STATISTICS.invokeExact(handle, words);
-            if (status == 0) {
-                Records.counters(bytes(words), statistics);
-            }
-            return status;
-        });
-    }
-
-    @Override
-    int getConnectErrorLog(int dev, HBA hba) {
-        return inArena(arena -> {
-            MemorySegment entries = arena.allocate(Records.LOG_ENTRY * Records.LOG_CAPACITY, 8);
-            MemorySegment count = arena.allocate(JAVA_INT);
-            int status = (int) LOGS.invokeExact(handle, 1, count, entries);
-            if (status == 0) {
-                Records.log(bytes(entries), count.get(JAVA_INT, 0), hba);
-            }
-            return status;
-        });
-    }
-
-    @Override
-    int setDDBsData(int dev, DevDBEntry[] entries) {
-        if (entries.length > Records.MOST_WRITTEN) {
-            return 0;
+            int next = record.getInt(472);
+            index = next > index && next < SLOTS ? next : index + 1;
         }
-        return inArena(arena -> {
-            MemorySegment segment = arena.allocate(Records.ENTRY, 8);
-            ByteBuffer record = bytes(segment);
-            for (DevDBEntry entry : entries) {
-                segment.fill((byte) 0);
-                Records.put(entry, record);
-                int status = (int) SET_ENTRY.invokeExact(handle, segment, entry.getTargetID());
-            }
-            return 0;
-        });
+        MemorySegment block = arena.allocate(FIRMWARE_SIZE, 8);
+        status |= (int) FIRMWARE.invokeExact(handle, block);
+        setFirmware(bytes(block), hba);
+        return status;
+    }
+
+    private static ByteBuffer bytes(MemorySegment segment) {
+        return segment.asByteBuffer().order(ByteOrder.nativeOrder());
+    }
+
+    private static void setPortal(ByteBuffer portal, HBA hba) {
+        hba.setNumberDiskTargets(unsignedShort(portal, 686));
+        hba.setMACAddress(shorts(portal, 36, 6));
+        hba.setState(unsignedShort(portal, 682));
+        hba.setDhcpState(unsignedShort(portal, 700));
+        hba.setLinkStatus(unsignedShort(portal, 702));
+        hba.setType(unsignedShort(portal, 684));
+        hba.setDriverAttribute(portal.getInt(688));
+        hba.setFirmwareAttribute(portal.getInt(692));
+        hba.setDriverVersion(text(portal, 298, 128));
+        hba.setFirmwareVersion(text(portal, 426, 128));
+        hba.setManufacturer(text(portal, 42, 128));
+        hba.setModel(text(portal, 170, 128));
+        hba.setOptRomVersion(text(portal, 554, 128));
+        hba.setSerialNumberStr(text(portal, 20, 16));
+    }
+
+    private static void setFirmware(ByteBuffer block, HBA hba) {
+        hba.setIPAddress(address(block, 8));
+        hba.setGateway(address(block, 68));
+        hba.setSubnetMask(address(block, 48));
+        hba.setPrimaryDNS(address(block, 88));
+        hba.setSlpDa(address(block, 392));
+        InitFW initFW = hba.getInitFW();
+        initFW.setFWOptions(block.getShort(2));
+        initFW.setAddFWOptions(block.getShort(4));
+        initFW.setReserved1(block.get(0));
+        initFW.setWakeupThreshold(block.getShort(6));
+        setDevice(block, 700, initFW.getDevEntry());
+    }
+
+    private static DevDBEntry entry(ByteBuffer record, int index) {
+        DevDBEntry entry = new DevDBEntry();
+        entry.setInitiatorSessionID(shorts(record, 6, 6));
+        entry.setTargetID(record.getInt(460));
+        entry.setState(record.getInt(464));
+        entry.setIndex(index);
+        entry.setMaxTxDataSegmentLen(unsignedShort(record, 480));
+        entry.setDDBLink(unsignedShort(record, 476));
+        entry.setChapIndex(unsignedShort(record, 478));
+        entry.setOptions(record.get(0));
+        entry.setControl(record.get(1));
+        entry.setExeCount(unsignedShort(record, 2));
+        entry.setReservedFlags(record.getInt(468));
+        entry.setTargetSessionID(unsignedShort(record, 4));
+        entry.setTargetPortalGroupID(unsignedShort(record, 482));
+        NodeInfo nodeInfo = entry.getNodeInfo();
+        nodeInfo.setiSCSIName(text(record, 160, 256));
+        nodeInfo.setAlias(text(record, 416, 32));
+        nodeInfo.setIPAddress(address(record, 140));
+        nodeInfo.setPortalCount(unsignedShort(record, 448));
+        setDevice(record, 76, entry.getDeviceEntry());
+        return entry;
+    }
+
+    private static void setDevice(ByteBuffer record, int at, DevEntry device) {
+        device.setiSCSIOptions(record.getShort(at + 8));
+        device.setTaskManagementTimeout(record.getShort(at + 30));
+        device.setRetryCount((short) Byte.toUnsignedInt(record.get(at + 6)));
+        device.setRetryDelay((short) Byte.toUnsignedInt(record.get(at + 7)));
+        device.setDeviceType(unsignedShort(record, at));
+        device.setExecutionThrottle(unsignedShort(record, at + 2));
+        device.setFirstBurstSize(unsignedShort(record, at + 16));
+        device.setMaxBurstSize(record.getShort(at + 28));
+        device.setIPOptions(unsignedShort(record, at + 12));
+        device.setMaxRxDataSegmentLen(unsignedShort(record, at + 14));
+        device.setDefaultTime2Wait(unsignedShort(record, at + 18));
+        device.setDefaultTime2Retain(unsignedShort(record, at + 20));
+        device.setKeepAliveTO(unsignedShort(record, at + 24));
+        device.setMaxOutstandingR2T(unsignedShort(record, at + 22));
+        device.setTCPOptions(unsignedShort(record, at + 10));
+        device.setTargetAddress(text(record, at + 32, 32));
+        device.setPortNumber(unsignedShort(record, at + 26));
+    }
+
+    private static IPAddr address(ByteBuffer record, int at) {
+        IPAddr address = new IPAddr();
+        address.setAddress(shorts(record, at, IPAddr.LENGTH));
+        return address;
+    }
+
+    private static int unsignedShort(ByteBuffer record, int at) {
+        return Short.toUnsignedInt(record.getShort(at));
+    }
+
+    private static short[] shorts(ByteBuffer record, int at, int count) {
+        short[] shorts = new short[count];
+        for (int i = 0; i < count; i++) {
+            shorts[i] = (short) Byte.toUnsignedInt(record.get(at + i));
+        }
+        return shorts;
+    }
+
+    private static String text(ByteBuffer record, int at, int size) {
+        int length = 0;
+        while (length < size && record.get(at + length) != 0) {
+            length++;
+        }
+        byte[] bytes = new byte[length];
+        record.get(at, bytes);
+        return new String(bytes, StandardCharsets.UTF_8);
     }
 }

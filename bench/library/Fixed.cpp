@@ -1,12 +1,16 @@
 // A management library whose answers are constant and cost next to nothing: what is measured above it is the way from
 // the record to the Java object and back. Values differ from field to field and from entry to entry, so that a peer
-// that mixes two of them up is found out before anything is timed.
-
-#include "Fixed.h"
+// that mixes two of them up is found out before anything is timed. The Java class Fixture sets the number of entries
+// and takes what was written.
 
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
+#include <jni.h>
+
+#include "com_varden_tavo_iscsi_bench_Fixture.h"
+#include "vdsdm.h"
 
 namespace
 {
@@ -16,8 +20,6 @@ constexpr SDMGT_HANDLE HANDLE = 0x51;
 struct Answers {
     HBAISCSIPORTAL portal{};
     INITFWISCSI firmware{};
-    HBAPORTSTATISCSI statistics{};
-    CONNERRTABLE log[LOG_CAPACITY]{};
     DEVICEENTRYISCSI entries[DDB_SLOTS]{};
     DEVICEENTRYISCSI written[DDB_SLOTS]{};
     SD_UINT32 entryCount = DDB_SLOTS;
@@ -28,7 +30,7 @@ void fillBytes(void *record, std::size_t size, SD_UINT32 seed)
 {
     auto *bytes = static_cast<SD_UINT8 *>(record);
     SD_UINT32 state = seed * 2654435761U + 12345;
-    for (std::size_t i = 0; i < size; i++) {
+    for (std::size_t i = 0; i < size; ++i) {
         state = state * 1664525U + 1013904223U;
         bytes[i] = static_cast<SD_UINT8>(state >> 24);
     }
@@ -38,14 +40,14 @@ template <std::size_t N>
 void putText(SD_UINT8 (&field)[N], const char *format, SD_UINT32 number = 0)
 {
     std::memset(field, 0, N);
-    std::snprintf(reinterpret_cast<char *>(field), N, format, number);
+    static_cast<void>(std::snprintf(reinterpret_cast<char *>(field), N, format, number));
 }
 
 void putAddress(ISCSIIPADDR &address, SD_UINT32 number)
 {
     address = {};
     const SD_UINT32 ipv4 = 0x0A010203U + number;
-    for (int i = 0; i < 4; i++) {
+    for (int i = 0; i < 4; ++i) {
         address.IPAddress[i] = static_cast<SD_UINT8>(ipv4 >> (24 - 8 * i));
     }
 }
@@ -68,9 +70,7 @@ Answers &answers()
         putAddress(made.firmware.PrimaryDNS.IPAddr, 4);
         putAddress(made.firmware.SLPDAAddr, 5);
         putText(made.firmware.DeviceInfo.targetAddr, "10.1.2.200");
-        fillBytes(&made.statistics, sizeof made.statistics, 3);
-        fillBytes(made.log, sizeof made.log, 4);
-        for (SD_UINT32 i = 0; i < DDB_SLOTS; i++) {
+        for (SD_UINT32 i = 0; i < DDB_SLOTS; ++i) {
             DEVICEENTRYISCSI &entry = made.entries[i];
             fillBytes(&entry, sizeof entry, 100 + i);
             putAddress(entry.EntryInfo.IPAddr, 1000 + i);
@@ -99,21 +99,6 @@ SD_UINT32 answer(SDMGT_HANDLE handle, Record *record, const Record &value)
 } // namespace
 
 extern "C" {
-
-void fixedSetEntryCount(SD_UINT32 count)
-{
-    answers().entryCount = count;
-}
-
-const DEVICEENTRYISCSI *fixedWritten()
-{
-    return answers().written;
-}
-
-void fixedForgetWritten()
-{
-    std::memset(answers().written, 0, sizeof answers().written);
-}
 
 SD_UINT32 SDOpenDeviceiSCSI(SD_UINT32, SDMGT_HANDLE *handle)
 {
@@ -147,21 +132,6 @@ SD_UINT32 SDGetInitFW(SDMGT_HANDLE handle, INITFWISCSI *block)
     return answer(handle, block, answers().firmware);
 }
 
-SD_UINT32 SDGetStatisticsiSCSI(SDMGT_HANDLE handle, HBAPORTSTATISCSI *statistics)
-{
-    return answer(handle, statistics, answers().statistics);
-}
-
-SD_UINT32 SDGetLogs(SDMGT_HANDLE handle, SD_UINT32, SD_UINT32 *count, void *entries)
-{
-    if (handle != HANDLE) {
-        return ERR_INVALID_HANDLE;
-    }
-    std::memcpy(entries, answers().log, sizeof answers().log);
-    *count = LOG_CAPACITY;
-    return 0;
-}
-
 // The operations that nothing here uses; the bridge is bound to all of them when it is loaded.
 #define UNUSED(name, ...)                                                                                              \
     SD_UINT32 name(__VA_ARGS__)                                                                                        \
@@ -184,6 +154,8 @@ UNUSED(SDGetFWDefaults, SDMGT_HANDLE, INITFWISCSI *)
 UNUSED(SDSetFWDefaults, SDMGT_HANDLE, INITFWISCSI *)
 UNUSED(SDUpdateiSCSIFW, SDMGT_HANDLE, const char *, SD_UINT32)
 UNUSED(SDResetHBA, SDMGT_HANDLE, HBARESET *)
+UNUSED(SDGetStatisticsiSCSI, SDMGT_HANDLE, HBAPORTSTATISCSI *)
+UNUSED(SDGetLogs, SDMGT_HANDLE, SD_UINT32, SD_UINT32 *, void *)
 UNUSED(SDResetStatisticsiSCSI, SDMGT_HANDLE, SD_UINT32)
 UNUSED(SDGetCrashRecord, SDMGT_HANDLE, const char *)
 UNUSED(SDDiagPing, SDMGT_HANDLE, PING *)
@@ -197,4 +169,30 @@ UNUSED(SDSetCHAPTable, SDMGT_HANDLE, CHAPTABLE *, SD_UINT32 *)
 UNUSED(SDGet_iSNSDiscoveryConfig, SDMGT_HANDLE, SDM_ISNS_CONFIG *)
 UNUSED(SDSet_iSNSDiscoveryConfig, SDMGT_HANDLE, SDM_ISNS_CONFIG)
 UNUSED(SDGetAlliSNSDiscoveredTargets, SDMGT_HANDLE, SD_UINT32 *, SDM_ISNS_DISCOVERED_TARGET *, SD_UINT32)
+
+// The number of device database entries, 0 to 512; they are those with the lowest indices.
+JNIEXPORT void JNICALL Java_com_varden_tavo_iscsi_bench_Fixture_setEntryCount(JNIEnv *, jclass, jint count)
+{
+    answers().entryCount = static_cast<SD_UINT32>(count);
+}
+
+// The 512 records as they were written since the last call, all zero where none was.
+JNIEXPORT jbyteArray JNICALL Java_com_varden_tavo_iscsi_bench_Fixture_takeWritten(JNIEnv *env, jclass)
+{
+    auto &written = answers().written;
+    jbyteArray bytes = env->NewByteArray(sizeof written);
+    if (bytes != nullptr) {
+        env->SetByteArrayRegion(bytes, 0, sizeof written, reinterpret_cast<const jbyte *>(written));
+        std::memset(written, 0, sizeof written);
+    }
+    return bytes;
+}
+
+// Nanoseconds of processor time that the threads of this process have taken.
+JNIEXPORT jlong JNICALL Java_com_varden_tavo_iscsi_bench_Fixture_processorTime(JNIEnv *, jclass)
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return time.tv_sec * jlong{1'000'000'000} + time.tv_nsec;
+}
 }

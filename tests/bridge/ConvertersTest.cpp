@@ -123,7 +123,7 @@ TEST(Converters, javaHoldsAtMost512Targets)
     jmethodID add = env->GetMethodID(hbaClass, "addDeviceDataBaseEntry", TAKES_DEV_DB_ENTRY);
     const auto addEntries = [&](int count) {
         for (int i = 0; i < count; i++) {
-            jobject entry = newObject(env, entryClass);
+            jobject entry = newObject(env, entryClass, "").release();
             env->CallVoidMethod(hba, add, entry);
             env->DeleteLocalRef(entry);
         }
@@ -172,6 +172,21 @@ TEST(Converters, aClassThatCannotBeHadEndsTheConversion)
         EXPECT_EQ(JavaToSDM_iSNSDiscoveryConfig(env, object, config), ERR_JNI_CLASS);
         EXPECT_EQ(watch.printed, "Find iSNSDiscoveryConfig class call failed!\n");
     });
+}
+
+// The VM has no memory for the characters of a name; a name that is null has a line of its own.
+TEST(Converters, aNameWithoutCharactersIsNotCalledNull)
+{
+    for (const auto &[method, name] :
+         {std::pair("iSCSIUpdateFW", "fName"), std::pair("retrieveCrashRecord", "fileName")}) {
+        World world(nativeMethod(method));
+        const auto noMemory = [](JniWatch &watch) {
+            watch.failEvent = 0;
+        };
+        EXPECT_EQ(call(world, noMemory).printed, std::string("NULL characters of ") + name + "!\n");
+        world.nulls = 1;
+        EXPECT_EQ(call(world).printed, std::string("NULL ") + name + "!\n");
+    }
 }
 
 // An error whose kind cannot be found out is not the bridge's to forget.

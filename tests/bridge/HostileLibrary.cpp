@@ -162,6 +162,7 @@ TEST(HostileLibrary, everyLengthOfTheLunList)
             expected += length == 0 ? "0]" : "]"; // no unit reported: unit 0
             EXPECT_EQ(world.get("Target/getLUNs"), expected);
             EXPECT_EQ(outcome.result, length > 2048 ? "20000075" : "0");
+            EXPECT_EQ(outcome.printed.starts_with("LUN list cut: "), length > 8 * held && length <= 2048);
             if (HasFailure()) {
                 return;
             }

@@ -1,20 +1,19 @@
-import java.io.IOException;
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
 import java.io.InputStream;
 import java.io.OutputStream;
 import java.nio.charset.StandardCharsets;
+import java.util.List;
+import org.junit.jupiter.api.Test;
 
 /** Questions, secrets and progress on a terminal, which script(1) provides. */
-public final class TerminalTest {
-    private final Tool tool = new Tool();
-
-    public TerminalTest() throws IOException {}
-
+final class TerminalTest extends ToolTest {
     /** Runs a command on a terminal and answers each prompt when it comes; gives what the terminal showed. */
     private String converse(int expected, String line, String... promptsAndAnswers) throws Exception {
-        ProcessBuilder builder =
-            new ProcessBuilder("script", "-qec", "'" + tool.launcher + "' " + line, "/dev/null");
-        builder.directory(tool.directory.toFile()).redirectErrorStream(true).environment().putAll(tool.environment);
-        Process process = builder.start();
+        Process process = tool.process(List.of("script", "-qec", "'" + tool.launcher + "' " + line, "/dev/null"))
+            .redirectErrorStream(true).start();
         StringBuilder shown = new StringBuilder();
         try (InputStream out = process.getInputStream(); OutputStream in = process.getOutputStream()) {
             int next = 0;
@@ -28,33 +27,42 @@ public final class TerminalTest {
                     next += 2;
                 }
             }
-            Check.equal("prompts of '" + line + "' in\n" + shown, promptsAndAnswers.length, next);
+            assertEquals(promptsAndAnswers.length, next, () -> "prompts of '" + line + "' in\n" + shown);
         }
-        Check.equal(shown + "exit status of '" + line + "'", expected, process.waitFor());
+        assertEquals(expected, process.waitFor(), () -> "exit status of '" + line + "':\n" + shown);
         return shown.toString();
     }
 
-    public void questions() throws Exception {
-        Check.that("refusal is told", converse(1, "firmware restore 0", "[y/N] ", "n").contains("nothing was done"));
-        tool.run("firmware show 0").expect(0).shows("10.20.0.5");
-        converse(0, "firmware restore 0", "[y/N] ", "y");
-        Check.that("restored", !tool.run("firmware show 0").expect(0).out.contains("10.20.0.5"));
+    private void converseAndShow(String shows, String line, String... promptsAndAnswers) throws Exception {
+        String shown = converse(0, line, promptsAndAnswers);
+        assertTrue(shown.contains(shows), shown);
     }
 
-    public void secretIsTypedUnseen() throws Exception {
+    @Test
+    void questions() throws Exception {
+        assertTrue(converse(1, "firmware restore 0", "[y/N] ", "n").contains("nothing was done"));
+        tool.run("firmware show 0").expect(0).shows("10.20.0.5");
+        converse(0, "firmware restore 0", "[y/N] ", "y");
+        assertFalse(tool.run("firmware show 0").expect(0).out().contains("10.20.0.5"));
+        tool.write("x.json", "precious");
+        converse(1, "export 0 x.json", "replaces " + tool.directory.resolve("x.json") + ". Continue? [y/N] ", "n");
+        assertEquals("precious", tool.readFile("x.json"));
+    }
+
+    @Test
+    void secretIsTypedUnseen() throws Exception {
         String shown = converse(
             0, "chap set 1 1 --secret --yes", "CHAP secret: ", "swordfish", "CHAP secret again: ", "swordfish");
-        Check.that("the secret is not shown:\n" + shown, !shown.contains("swordfish"));
+        assertFalse(shown.contains("swordfish"), shown);
         tool.run("chap list 1 --reveal").expect(0).shows("swordfish");
         converse(2, "chap set 1 1 --secret --yes", "secret: ", "swordfish", "again: ", "swordfisk");
     }
 
-    public void progress() throws Exception {
+    @Test
+    void progress() throws Exception {
         tool.run("export 2 large.json").expect(0);
-        String shown = converse(0, "import 2 large.json --yes");
-        Check.that(shown, shown.contains("targets written: 32 of 512") && shown.contains("512 of 512"));
+        converseAndShow("targets written: 32 of 512", "import 2 large.json --yes");
         tool.writeSampleFiles();
-        shown = converse(0, "firmware update 0 image.bin --yes");
-        Check.that(shown, shown.contains("writing the image: 0 s"));
+        converseAndShow("writing the image: 0 s", "firmware update 0 image.bin --yes");
     }
 }

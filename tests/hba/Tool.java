@@ -1,6 +1,9 @@
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
 import com.google.gson.JsonElement;
 import com.google.gson.JsonParser;
-import java.io.File;
 import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
@@ -10,8 +13,9 @@ import java.util.Arrays;
 import java.util.List;
 import java.util.Map;
 import java.util.TreeMap;
+import java.util.stream.Stream;
 
-/** Runs the tool as a user would: by its launcher, in a folder of its own, on adapters fresh from the factory. */
+/** Runs the tool as a user would: by its launcher, in a folder of its own, without a locale. */
 final class Tool {
     /** The build tree that holds bin/hba. */
     static final Path PREFIX = Path.of(System.getProperty("tavo.prefix"));
@@ -25,29 +29,17 @@ final class Tool {
     Path launcher = PREFIX.resolve("bin/hba");
     Path directory;
 
-    Tool() throws IOException {
-        folder = Files.createTempDirectory("hba-test");
+    Tool(Path folder) throws IOException {
+        this.folder = folder;
         flash = Files.createDirectory(folder.resolve("flash"));
         directory = Files.createDirectory(folder.resolve("where the user stands"));
         environment.put("TAVO_ADAPTER_FLASH", flash.toString());
     }
 
     /** What one run printed, and its exit status. */
-    static final class Result {
-        final String command;
-        final int status;
-        final String out;
-        final String err;
-
-        Result(String command, int status, String out, String err) {
-            this.command = command;
-            this.status = status;
-            this.out = out;
-            this.err = err;
-        }
-
+    record Result(String command, int status, String out, String err) {
         Result expect(int expected) {
-            Check.equal(command + "\n" + out + err + "exit status", expected, status);
+            assertEquals(expected, status, () -> "exit status of " + this);
             return this;
         }
 
@@ -58,23 +50,24 @@ final class Tool {
         }
 
         Result says(String... parts) {
-            for (String part : parts) {
-                Check.that("standard error of '" + command + "' holds '" + part + "':\n" + err, err.contains(part));
-            }
+            Stream.of(parts).forEach(part -> assertTrue(err.contains(part), () -> "no '" + part + "' from " + this));
             return this;
         }
 
         Result shows(String... parts) {
-            for (String part : parts) {
-                Check.that("output of '" + command + "' holds '" + part + "':\n" + out, out.contains(part));
-            }
+            Stream.of(parts).forEach(part -> assertTrue(out.contains(part), () -> "no '" + part + "' from " + this));
             return this;
+        }
+
+        @Override
+        public String toString() {
+            return "'" + command + "':\n" + out + err;
         }
     }
 
     /** Runs a command line; arguments are separated by blanks. */
     Result run(String line) {
-        return run(null, line.split(" "));
+        return run(null, line.split(" +"));
     }
 
     Result run(String input, String... arguments) {
@@ -86,28 +79,29 @@ final class Tool {
     /** Runs any command in this tool's surroundings. */
     Result execute(String input, List<String> command) {
         try {
-            Path in = folder.resolve("in");
+            Path in = Files.writeString(folder.resolve("in"), input == null ? "" : input);
             Path out = folder.resolve("out");
             Path err = folder.resolve("err");
-            Files.writeString(in, input == null ? "" : input);
-            ProcessBuilder builder = new ProcessBuilder(command).directory(directory.toFile())
-                .redirectInput(in.toFile()).redirectOutput(out.toFile()).redirectError(err.toFile());
-            builder.environment().keySet().removeIf(name -> name.startsWith("HBA_") || name.startsWith("LC_"));
-            builder.environment().put("LANG", "C");
-            builder.environment().putAll(environment);
-            int status = builder.start().waitFor();
+            int status = process(command).redirectInput(in.toFile()).redirectOutput(out.toFile())
+                .redirectError(err.toFile()).start().waitFor();
             Result result = new Result(String.join(" ", command.subList(1, command.size())), status, read(out),
                 read(err));
-            if (!result.command.contains("--reveal")) {
-                for (String secret : SECRETS) {
-                    Check.that("no secret in what '" + result.command + "' printed",
-                        !(result.out + result.err).contains(secret));
-                }
-            }
+            boolean hasSecret = SECRETS.stream().anyMatch((result.out + result.err)::contains);
+            assertTrue(result.command.contains("--reveal") || !hasSecret, () -> "a secret from " + result);
+            boolean hasTrace = result.err.contains("\tat ");
+            assertTrue(result.command.contains("--debug") || !hasTrace, () -> "a stack trace from " + result);
             return result;
         } catch (IOException | InterruptedException e) {
             throw new IllegalStateException(e);
         }
+    }
+
+    /** A process where the user stands, with the environment of a bare machine. */
+    ProcessBuilder process(List<String> command) {
+        ProcessBuilder builder = new ProcessBuilder(command).directory(directory.toFile());
+        builder.environment().keySet().removeIf(name -> name.matches("(HBA|LC)_.*|LANG|LANGUAGE"));
+        builder.environment().putAll(environment);
+        return builder;
     }
 
     private static String read(Path file) throws IOException {
@@ -129,12 +123,20 @@ final class Tool {
     /** All bytes of all settings, to see that nothing was written. */
     String settings() throws IOException {
         StringBuilder all = new StringBuilder();
-        File[] files = flash.toFile().listFiles((dir, name) -> name.endsWith(".flash"));
-        Arrays.sort(files);
-        for (File file : files) {
-            all.append(file.getName()).append(Arrays.hashCode(Files.readAllBytes(file.toPath()))).append('\n');
+        try (Stream<Path> files = Files.list(flash).filter(file -> file.toString().endsWith(".flash")).sorted()) {
+            for (Path file : (Iterable<Path>) files::iterator) {
+                all.append(file).append(Arrays.hashCode(Files.readAllBytes(file))).append('\n');
+            }
         }
         return all.toString();
+    }
+
+    /** Runs what has to be refused: status 2, nothing on the standard output, nothing written. */
+    void refused(String line, String... says) throws IOException {
+        String before = settings();
+        Result result = run(line).expect(2).says(says);
+        assertEquals("", result.out, line);
+        assertEquals(before, settings(), line);
     }
 
     /** Every command with arguments that fit adapter 0, from the table in java/README.md, without the word hba. */
@@ -146,12 +148,19 @@ final class Tool {
                 commands.put(cells[1], cells[3].substring("hba ".length()));
             }
         }
+        assertFalse(commands.isEmpty());
         return commands;
     }
 
     /** Writes the files that the commands of the table name. */
     void writeSampleFiles() throws IOException {
-        write("targets.json", "[{\"targetID\": 9, \"nodeInfo\": {\"alias\": \"nine\"}}]");
+        write("targets.json", "[{\"targetID\": 9, \"nodeInfo\": {\"iSCSIName\": \"iqn.2004-07.com.example:nine\"}}]");
         write("image.bin", "TAVOFW 3.1.0.2\nthe rest of the image");
+        write("all.json", "{\"format\": \"hba settings\", \"firmware\": {\"alias\": \"a\"}}");
+    }
+
+    /** A document; names and text may stand in single quotes. */
+    static JsonElement document(String text, Object... values) {
+        return JsonParser.parseString(String.format(text, values));
     }
 }

@@ -33,9 +33,7 @@ public final class ArpEntry {
 
     /** The IP address. */
     public IPAddr getIPAddress() {
-        IPAddr address = new IPAddr();
-        address.setAddress(bytes(0, IPAddr.LENGTH));
-        return address;
+        return IPAddr.ofBytes(bytes(0, IPAddr.LENGTH));
     }
 
     /** Type of the IP address, 16 bits; its values are the adapter's. */

@@ -44,15 +44,16 @@ public final class CHAPTableEntry {
     }
 
     /**
-     * The secret: 100 bytes, one (0 to 255) per element, zero-filled. Written only when {@link #getChapSecretStr} is
-     * null.
+     * The secret: always 100 bytes, one (0 to 255) per element, zero-filled. Written only when
+     * {@link #getChapSecretStr} is null.
      */
     public short[] getChapSecret() {
         return chapSecret.clone();
     }
 
+    /** Takes up to 100 bytes; a shorter secret is filled up with zeros, and null is all zeros. */
     public void setChapSecret(short[] chapSecret) {
-        this.chapSecret = Elements.copy(chapSecret, SECRET_LENGTH, "chapSecret");
+        this.chapSecret = Elements.filledUp(chapSecret, SECRET_LENGTH, "chapSecret");
     }
 
     /**

@@ -3,7 +3,6 @@ package com.varden.tavo.iscsi.model;
 import java.util.ArrayList;
 import java.util.Collections;
 import java.util.List;
-import java.util.Objects;
 
 /**
  * One adapter: what it says of itself, its addresses and firmware settings, and the tables that were read from it.
@@ -92,7 +91,7 @@ public final class HBA {
     }
 
     public void setGateway(IPAddr gateway) {
-        this.gateway = Objects.requireNonNull(gateway, "gateway");
+        this.gateway = IPAddr.copy(gateway, "gateway");
     }
 
     /** Subnet mask; never null. */
@@ -101,7 +100,7 @@ public final class HBA {
     }
 
     public void setSubnetMask(IPAddr subnetMask) {
-        this.subnetMask = Objects.requireNonNull(subnetMask, "subnetMask");
+        this.subnetMask = IPAddr.copy(subnetMask, "subnetMask");
     }
 
     /** Address of the primary DNS server; never null. */
@@ -110,7 +109,7 @@ public final class HBA {
     }
 
     public void setPrimaryDNS(IPAddr primaryDNS) {
-        this.primaryDNS = Objects.requireNonNull(primaryDNS, "primaryDNS");
+        this.primaryDNS = IPAddr.copy(primaryDNS, "primaryDNS");
     }
 
     /** Address of the secondary DNS server; never null. Neither read from the adapter nor written to it. */
@@ -119,7 +118,7 @@ public final class HBA {
     }
 
     public void setSecondaryDNS(IPAddr secondaryDNS) {
-        this.secondaryDNS = Objects.requireNonNull(secondaryDNS, "secondaryDNS");
+        this.secondaryDNS = IPAddr.copy(secondaryDNS, "secondaryDNS");
     }
 
     /** Address of the SLP directory agent; never null. */
@@ -128,7 +127,7 @@ public final class HBA {
     }
 
     public void setSlpDa(IPAddr slpDa) {
-        this.slpDa = Objects.requireNonNull(slpDa, "slpDa");
+        this.slpDa = IPAddr.copy(slpDa, "slpDa");
     }
 
     /** Option words of the firmware and default session parameters; never null. */

@@ -1,12 +1,15 @@
 package com.varden.tavo.iscsi.model;
 
 import java.util.Arrays;
+import java.util.Objects;
 
 /**
  * An IP address as the adapter keeps it: 16 bytes, of which an IPv4 address uses the first four.
  *
  * The adapter's records do not say which kind an address is. An address whose last twelve bytes are zero is taken as
  * IPv4; an IPv6 address of that form (a bare prefix of 32 bits or less) cannot be told from it.
+ *
+ * The setters of the model classes keep a copy of the address that they are given.
  */
 public final class IPAddr {
     /** Bytes of an address. */
@@ -19,6 +22,17 @@ public final class IPAddr {
 
     /** The address 0.0.0.0, which stands for none. */
     public IPAddr() {}
+
+    // For setters: two objects that share an address would change each other's.
+    static IPAddr copy(IPAddr source, String name) {
+        return ofBytes(Objects.requireNonNull(source, name).address);
+    }
+
+    static IPAddr ofBytes(short[] address) {
+        IPAddr result = new IPAddr();
+        result.setAddress(address);
+        return result;
+    }
 
     /**
      * Reads an IPv4 address in dotted form or an IPv6 address. Names are not looked up.
@@ -40,9 +54,7 @@ public final class IPAddr {
                     + "the adapter cannot tell it from an IPv4 address");
             }
         }
-        IPAddr result = new IPAddr();
-        result.address = bytes;
-        return result;
+        return ofBytes(bytes);
     }
 
     /** The 16 bytes, one (0 to 255) per element. */
@@ -72,7 +84,7 @@ public final class IPAddr {
 
     @Override
     public boolean equals(Object other) {
-        return other instanceof IPAddr && Arrays.equals(address, ((IPAddr) other).address);
+        return other instanceof IPAddr that && Arrays.equals(address, that.address);
     }
 
     @Override

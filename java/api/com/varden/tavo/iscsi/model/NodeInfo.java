@@ -1,7 +1,5 @@
 package com.varden.tavo.iscsi.model;
 
-import java.util.Objects;
-
 /**
  * The identity of an iSCSI node: the adapter itself, or a target.
  *
@@ -38,7 +36,7 @@ public final class NodeInfo {
     }
 
     public void setIPAddress(IPAddr ipAddress) {
-        this.ipAddress = Objects.requireNonNull(ipAddress, "ipAddress");
+        this.ipAddress = IPAddr.copy(ipAddress, "ipAddress");
     }
 
     /** Number of portals, 0 to 65535. */

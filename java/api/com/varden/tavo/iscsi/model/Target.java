@@ -3,7 +3,6 @@ package com.varden.tavo.iscsi.model;
 import java.util.ArrayList;
 import java.util.Collections;
 import java.util.List;
-import java.util.Objects;
 
 /**
  * A target that the adapter discovered: where it was found, how it is connected, which logical units it has.
@@ -66,7 +65,7 @@ public final class Target {
     }
 
     public void setIPAddress(IPAddr ipAddress) {
-        this.ipAddress = Objects.requireNonNull(ipAddress, "ipAddress");
+        this.ipAddress = IPAddr.copy(ipAddress, "ipAddress");
     }
 
     /** Bus, target ID and LUN by which the host addresses the target; never null. */

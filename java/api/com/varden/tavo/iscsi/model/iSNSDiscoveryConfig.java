@@ -1,7 +1,5 @@
 package com.varden.tavo.iscsi.model;
 
-import java.util.Objects;
-
 /**
  * The adapter's settings for discovery by iSNS.
  */
@@ -39,12 +37,12 @@ public final class iSNSDiscoveryConfig {
     }
 
     public void setServerIPAddress(IPAddr address) {
-        serverIPAddress = Objects.requireNonNull(address, "address");
+        serverIPAddress = IPAddr.copy(address, "address");
     }
 
     /** Takes the 16 bytes of the address, one (0 to 255) per element, and its type. */
     public void setServerIPAddress(short[] address, int type) {
-        serverIPAddress.setAddress(address);
+        serverIPAddress = IPAddr.ofBytes(address);
         serverIPAddressType = type;
     }
 

@@ -7,7 +7,7 @@ public final class iSNSTarget {
     private int port;
     private String iscsiName;
     private String iscsiAlias;
-    private final IPAddr ipAddress = new IPAddr();
+    private IPAddr ipAddress = new IPAddr();
     private int ipAddressType;
 
     /** TCP port of the first portal, 0 to 65535. */
@@ -49,7 +49,7 @@ public final class iSNSTarget {
 
     /** Takes the 16 bytes of an address, one (0 to 255) per element, and its type. */
     public void setIPAddress(short[] address, int type) {
-        ipAddress.setAddress(address);
+        ipAddress = IPAddr.ofBytes(address);
         ipAddressType = type;
     }
 }

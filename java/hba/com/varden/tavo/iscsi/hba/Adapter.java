@@ -48,7 +48,8 @@ final class Adapter implements AutoCloseable {
     /** Ends the command when the operation failed. */
     void check(String operation, int status) {
         if (status != 0) {
-            throw new OperationFailed("adapter " + dev + ": " + operation + " failed: " + Status.describe(status));
+            throw new OperationFailed("adapter " + dev + ": " + operation + " failed: " + Cure.describe(status),
+                status);
         }
     }
 

@@ -7,34 +7,23 @@ import java.util.List;
 
 /** What adapters say of themselves. */
 final class AdapterInformation {
-    static final Field MODEL = Field.text("model", 128, "Model").readOnly();
-    static final Field SERIAL_NUMBER = Field.text("serialNumberStr", 16, "Serial number").readOnly();
-    private static final Field MANUFACTURER = Field.text("manufacturer", 128, "Manufacturer").readOnly();
-    private static final Field PORTALS = Field.number("portalCount", 16, "Portals").readOnly();
-    private static final Field ISCSI_VERSION = Field.text("iSCSIVersion", 4, "iSCSI version").readOnly();
-    private static final Field FIRMWARE_VERSION = Field.text("firmwareVersion", 128, "Firmware version").readOnly();
-    private static final Field FIRMWARE_BITS = Field.bits("firmwareAttribute", 32, "Firmware attributes").readOnly();
-    private static final Field OPTION_ROM = Field.text("optRomVersion", 128, "Option ROM version").readOnly();
-    private static final Field DRIVER_VERSION = Field.text("driverVersion", 128, "Driver version").readOnly();
-    private static final Field DRIVER_BITS = Field.bits("driverAttribute", 32, "Driver attributes").readOnly();
-    private static final Field BOARD_TYPE = Field.text("boardType", 64, "Board type").readOnly();
-    private static final Field CHIP_VERSION = Field.number("chipVersion", 16, "Chip version").readOnly();
-    private static final Field STATE = Field.number("state", 16, "State").readOnly();
-    private static final Field DHCP_STATE = Field.number("dhcpState", 16, "DHCP state").readOnly();
-    private static final Field LINK_STATUS = Field.number("linkStatus", 16, "Link status").readOnly();
+    static final Field MODEL = new TextField("model", 128, "Model").readOnly();
+    static final Field SERIAL_NUMBER = new TextField("serialNumberStr", 16, "Serial number").readOnly();
+    private static final Field MANUFACTURER = new TextField("manufacturer", 128, "Manufacturer").readOnly();
+    private static final Field PORTALS = new NumberField("portalCount", 16, "Portals").readOnly();
+    private static final Field ISCSI_VERSION = new TextField("iSCSIVersion", 4, "iSCSI version").readOnly();
+    private static final Field FIRMWARE_VERSION = new TextField("firmwareVersion", 128, "Firmware version").readOnly();
+    private static final Field FIRMWARE_BITS = new BitsField("firmwareAttribute", 32, "Firmware attributes").readOnly();
+    private static final Field OPTION_ROM = new TextField("optRomVersion", 128, "Option ROM version").readOnly();
+    private static final Field DRIVER_VERSION = new TextField("driverVersion", 128, "Driver version").readOnly();
+    private static final Field DRIVER_BITS = new BitsField("driverAttribute", 32, "Driver attributes").readOnly();
+    private static final Field BOARD_TYPE = new TextField("boardType", 64, "Board type").readOnly();
+    private static final Field CHIP_VERSION = new NumberField("chipVersion", 16, "Chip version").readOnly();
+    private static final Field STATE = new NumberField("state", 16, "State").readOnly();
+    private static final Field DHCP_STATE = new NumberField("dhcpState", 16, "DHCP state").readOnly();
+    private static final Field LINK_STATUS = new NumberField("linkStatus", 16, "Link status").readOnly();
 
     private AdapterInformation() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "adapters":
-                return new Adapters();
-            case "show":
-                return new Show();
-            default:
-                return new Info();
-        }
-    }
 
     /** hba adapters. */
     static final class Adapters extends Command {
@@ -70,8 +59,8 @@ final class AdapterInformation {
     }
 
     private static final RecordTable ENTRY = new RecordTable(
-        Field.number("dev", 16, "DEV").readOnly(),
-        Field.record("HBA", new RecordTable(MODEL, NodeInfo.NAME, NodeInfo.ALIAS,
+        new NumberField("dev", 16, "DEV").readOnly(),
+        new RecordField("HBA", new RecordTable(MODEL, NodeInfo.NAME, NodeInfo.ALIAS,
             FirmwareConfiguration.ADDRESS), "Adapter"));
 
     /** One adapter of the list. */
@@ -101,13 +90,14 @@ final class AdapterInformation {
 
         @Override
         int run(Adapter adapter) throws IOException {
-            show(new RecordTable(MODEL, MANUFACTURER, SERIAL_NUMBER, Field.bytes("MACAddress", 6, "MAC address"), STATE,
-                Field.number("type", 16, "Type"), LINK_STATUS, DHCP_STATE,
-                Field.number("reportedDiskTargets", 16, "Discovered targets"), DRIVER_BITS, FIRMWARE_BITS,
-                DRIVER_VERSION, FIRMWARE_VERSION, OPTION_ROM, FirmwareConfiguration.ADDRESS,
+            show(new RecordTable(MODEL, MANUFACTURER, SERIAL_NUMBER,
+                new BytesField("MACAddress", 6, "MAC address"), STATE, new NumberField("type", 16, "Type"),
+                LINK_STATUS, DHCP_STATE, new NumberField("reportedDiskTargets", 16, "Discovered targets"), DRIVER_BITS,
+                FIRMWARE_BITS, DRIVER_VERSION, FIRMWARE_VERSION, OPTION_ROM, FirmwareConfiguration.ADDRESS,
                 FirmwareConfiguration.SUBNET_MASK, FirmwareConfiguration.GATEWAY, FirmwareConfiguration.PRIMARY_DNS,
                 FirmwareConfiguration.SLP_AGENT, FirmwareConfiguration.INIT_FW,
-                Field.list("deviceDataBaseEntries", DeviceDatabaseEntry.TABLE, "Target")), snapshot(adapter));
+                new ListField("deviceDataBaseEntries", DeviceDatabaseEntry.TABLE,
+                    DeviceDatabaseEntry.TARGET_ID, "Target")), snapshot(adapter));
             return DONE;
         }
     }

@@ -2,12 +2,11 @@ package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
 import java.io.IOException;
-import java.io.OutputStreamWriter;
-import java.nio.charset.StandardCharsets;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
 import java.util.concurrent.Callable;
+import picocli.CommandLine.Model.ArgSpec;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
@@ -21,6 +20,8 @@ abstract class Command implements Callable<Integer> {
     static final int FAILED = 1;
     static final int USAGE = 2;
     static final int NOT_LOADED = 3;
+    /** What a shell makes of a program that writes to a pipe whose reader has gone. */
+    static final int PIPE_CLOSED = 141;
 
     final CommandSpec spec = CommandSpec.wrapWithoutInspection(this);
     private final OptionSpec json;
@@ -54,16 +55,22 @@ abstract class Command implements Callable<Integer> {
         return add(OptionSpec.builder(name).type(boolean.class).description(description).build());
     }
 
+    /** For commands that refuse input which is permitted but hardly meant. */
+    final OptionSpec force() {
+        return flag("--force", "Write also what hardly can be meant: a target without a name, a name that is no iSCSI "
+            + "name.");
+    }
+
     final OptionSpec option(String name, String label, String description) {
         return add(OptionSpec.builder(name).type(String.class).paramLabel(label).description(description).build());
     }
 
     /** An option whose value is that of a field; its range stands in the help. */
-    final OptionSpec option(Field field) {
+    final OptionSpec option(SettingField<?> field) {
         return option(field.option(), field, field.label + ": " + field.range() + ".");
     }
 
-    final OptionSpec option(String name, Field field, String description) {
+    final OptionSpec option(String name, SettingField<?> field, String description) {
         return add(OptionSpec.builder(name).type(Object.class).converters(field)
             .paramLabel(field.valueLabel()).description(description).build());
     }
@@ -77,7 +84,7 @@ abstract class Command implements Callable<Integer> {
         return add(PositionalParamSpec.builder().type(String.class), label, arity, description);
     }
 
-    final PositionalParamSpec parameter(String label, Field field, String description) {
+    final PositionalParamSpec parameter(String label, SettingField<?> field, String description) {
         return add(PositionalParamSpec.builder().type(Object.class).converters(field), label, "1", description);
     }
 
@@ -92,7 +99,7 @@ abstract class Command implements Callable<Integer> {
         return Boolean.TRUE.equals(flag.getValue());
     }
 
-    static int number(picocli.CommandLine.Model.ArgSpec argument) {
+    static int number(ArgSpec argument) {
         return ((Long) argument.getValue()).intValue();
     }
 
@@ -104,7 +111,7 @@ abstract class Command implements Callable<Integer> {
     final void show(RecordTable table, Object owner) throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            table.write(writer, owner, false);
+            table.write(writer, owner);
             finish(writer);
         } else {
             TextOutput.record(System.out, table, owner, 0);
@@ -116,7 +123,7 @@ abstract class Command implements Callable<Integer> {
         throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            table.writeList(writer, owners, false);
+            table.writeList(writer, owners);
             finish(writer);
         } else if (owners.isEmpty()) {
             System.out.println(none);
@@ -136,15 +143,39 @@ abstract class Command implements Callable<Integer> {
         }
     }
 
-    static JsonWriter jsonWriter() {
-        return jsonWriter(System.out);
+    /**
+     * Says what was done, what differs afterwards, and what became of logins, if any follow; returns the exit status.
+     */
+    final int report(String what, Differences differences, Logins logins) throws IOException {
+        List<String> lines = differences.lines();
+        if (wantsJson()) {
+            JsonWriter writer = jsonWriter();
+            writer.beginObject().name("done").value(what).name("differences").beginArray();
+            for (String line : lines) {
+                writer.value(line);
+            }
+            writer.endArray();
+            if (logins != null) {
+                writer.name("logins");
+                logins.write(writer);
+            }
+            writer.endObject();
+            finish(writer);
+        } else {
+            System.out.println(what);
+            for (String line : logins == null ? List.<String>of() : logins.lines()) {
+                System.out.println(line);
+            }
+            System.out.println(lines.isEmpty() ? "Nothing differs." : lines.size() + " differences:");
+            for (String line : lines) {
+                System.out.println("  " + TerminalText.of(line));
+            }
+        }
+        return lines.isEmpty() ? DONE : FAILED;
     }
 
-    static JsonWriter jsonWriter(java.io.OutputStream out) {
-        JsonWriter writer = new JsonWriter(new OutputStreamWriter(out, StandardCharsets.UTF_8));
-        writer.setIndent("  ");
-        writer.setHtmlSafe(false);
-        return writer;
+    static JsonWriter jsonWriter() {
+        return Terminal.json(System.out, "  ");
     }
 
     static void finish(JsonWriter writer) throws IOException {

@@ -1,118 +1,116 @@
 package com.varden.tavo.iscsi.hba;
 
+import java.util.concurrent.Callable;
+import picocli.AutoComplete;
 import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
 
 /** The tree of commands. Of a command line that names a command only that one is made; for help, all of them. */
 final class Commands {
-    /** Full names in the order of the help; those of groups have no command of their own. */
-    private static final String[][] TREE = {
-        {"adapters", "List the adapters."},
-        {"show", "Show all about an adapter: addresses, versions, state, targets."},
-        {"info", "Show identity, versions, chip and state of an adapter."},
-        {"target", "Show and change the configured targets."},
-        {"target list", "List the configured targets."},
-        {"target show", "Show a configured target."},
-        {"target default", "Show the adapter's default entry."},
-        {"target initial", "Show the contents proposed for a new target."},
-        {"target set", "Change a configured target, or make a new one."},
-        {"target load", "Write many targets from a JSON file."},
-        {"target logout", "Log out of a target."},
-        {"target portal", "Show where a target was discovered and how it is connected."},
-        {"lun", "Ask the logical units of a target."},
-        {"lun list", "List the logical units of a target."},
-        {"lun show", "Show identity and capacity of a logical unit."},
-        {"lun inquiry", "Show what a logical unit says of itself."},
-        {"lun capacity", "Show the capacity of a logical unit."},
-        {"firmware", "Show and change the firmware's settings, update the firmware."},
-        {"firmware show", "Show the firmware's settings."},
-        {"firmware defaults", "Show the firmware's default settings."},
-        {"firmware set", "Change the firmware's settings."},
-        {"firmware restore", "Restore the firmware's default settings."},
-        {"firmware update", "Write a firmware image to the adapter."},
-        {"stats", "Show and reset the counters of the port."},
-        {"stats show", "Show the counters."},
-        {"stats reset", "Set the counters to zero."},
-        {"log", "Show the adapter's logs."},
-        {"log errors", "Show the log of connection errors."},
-        {"log arp", "Show the ARP table."},
-        {"chap", "Show and change the CHAP table."},
-        {"chap list", "List the CHAP entries."},
-        {"chap set", "Change or add a CHAP entry."},
-        {"chap clear", "Empty a CHAP entry."},
-        {"isns", "Show and change discovery by iSNS."},
-        {"isns show", "Show the settings of iSNS discovery."},
-        {"isns set", "Change the settings of iSNS discovery."},
-        {"isns targets", "List the targets that iSNS discovery found."},
-        {"ping", "Have the adapter ping an address."},
-        {"reset", "Reset an adapter."},
-        {"crash", "Have the adapter's crash record written to a file."},
-        {"export", "Write all settings of an adapter as one JSON document."},
-        {"import", "Write an adapter's settings back and say what differs."},
-        {"version", "Show the versions of the tool and of the management library."},
-        {"completion", "Write a completion script for bash."},
-    };
+    /** All commands and groups in the order of the help, with what the list of commands says of each. */
+    private enum Name {
+        ADAPTERS("adapters", "List the adapters."),
+        SHOW("show", "Show all about an adapter: addresses, versions, state, targets."),
+        INFO("info", "Show identity, versions, chip and state of an adapter."),
+        TARGET("target", "Show and change the configured targets."),
+        TARGET_LIST("target list", "List the configured targets."),
+        TARGET_SHOW("target show", "Show a configured target."),
+        TARGET_DEFAULT("target default", "Show the adapter's default entry."),
+        TARGET_INITIAL("target initial", "Show the contents proposed for a new target."),
+        TARGET_SET("target set", "Change a configured target, or make a new one."),
+        TARGET_LOAD("target load", "Write many targets from a JSON file."),
+        TARGET_LOGOUT("target logout", "Log out of a target."),
+        TARGET_PORTAL("target portal", "Show where a target was discovered and how it is connected."),
+        LUN("lun", "Ask the logical units of a target."),
+        LUN_LIST("lun list", "List the logical units of a target."),
+        LUN_SHOW("lun show", "Show identity and capacity of a logical unit."),
+        LUN_INQUIRY("lun inquiry", "Show what a logical unit says of itself."),
+        LUN_CAPACITY("lun capacity", "Show the capacity of a logical unit."),
+        FIRMWARE("firmware", "Show and change the firmware's settings, update the firmware."),
+        FIRMWARE_SHOW("firmware show", "Show the firmware's settings."),
+        FIRMWARE_DEFAULTS("firmware defaults", "Show the firmware's default settings."),
+        FIRMWARE_SET("firmware set", "Change the firmware's settings."),
+        FIRMWARE_RESTORE("firmware restore", "Restore the firmware's default settings."),
+        FIRMWARE_UPDATE("firmware update", "Write a firmware image to the adapter."),
+        STATS("stats", "Show and reset the counters of the port."),
+        STATS_SHOW("stats show", "Show the counters."),
+        STATS_RESET("stats reset", "Set the counters to zero."),
+        LOG("log", "Show the adapter's logs."),
+        LOG_ERRORS("log errors", "Show the log of connection errors."),
+        LOG_ARP("log arp", "Show the ARP table."),
+        CHAP("chap", "Show and change the CHAP table."),
+        CHAP_LIST("chap list", "List the CHAP entries."),
+        CHAP_SET("chap set", "Change or add a CHAP entry."),
+        CHAP_CLEAR("chap clear", "Empty a CHAP entry."),
+        ISNS("isns", "Show and change discovery by iSNS."),
+        ISNS_SHOW("isns show", "Show the settings of iSNS discovery."),
+        ISNS_SET("isns set", "Change the settings of iSNS discovery."),
+        ISNS_TARGETS("isns targets", "List the targets that iSNS discovery found."),
+        PING("ping", "Have the adapter ping an address."),
+        RESET("reset", "Reset an adapter."),
+        CRASH("crash", "Have the adapter's crash record written to a file."),
+        EXPORT("export", "Write all settings of an adapter as one JSON document."),
+        IMPORT("import", "Write an adapter's settings back and say what differs."),
+        VERSION("version", "Show the versions of the tool and of the management library."),
+        COMPLETION("completion", "Write a completion script for bash.");
 
-    private Commands() {}
+        private final String words;
+        private final String description;
 
-    // Each family makes its own commands, so that only the classes of the one that is named are loaded.
-    private static Command create(String name) {
-        switch (name) {
-            case "adapters":
-            case "show":
-            case "info":
-                return AdapterInformation.command(name);
-            case "target list":
-            case "target show":
-            case "target default":
-            case "target initial":
-                return DeviceDatabaseEntry.command(name);
-            case "target set":
-            case "target load":
-            case "target logout":
-                return DeviceDatabaseWrites.command(name);
-            case "target portal":
-            case "lun show":
-                return TargetDatabase.command(name);
-            case "lun list":
-            case "lun inquiry":
-            case "lun capacity":
-                return ScsiPassThrough.command(name);
-            case "firmware show":
-            case "firmware defaults":
-            case "firmware set":
-            case "firmware restore":
-                return FirmwareConfiguration.command(name);
-            case "firmware update":
-            case "ping":
-            case "reset":
-            case "crash":
-                return Maintenance.command(name);
-            case "stats show":
-            case "stats reset":
-                return Statistics.command(name);
-            case "log errors":
-            case "log arp":
-                return Logs.command(name);
-            case "chap list":
-            case "chap set":
-            case "chap clear":
-                return ChapTable.command(name);
-            case "isns show":
-            case "isns set":
-            case "isns targets":
-                return IsnsDiscovery.command(name);
-            case "export":
-            case "import":
-                return Backup.command(name);
-            case "version":
-                return Version.command();
-            case "completion":
-                return Completion.command();
-            default:
-                return null;
+        Name(String words, String description) {
+            this.words = words;
+            this.description = description;
+        }
+
+        /**
+         * The command, or null for a group. The compiler sees to it that each name has its case. What is returned is an
+         * interface, so that the VM loads no more classes than that of the command that is made.
+         */
+        private Callable<Integer> create() {
+            return switch (this) {
+                case TARGET, LUN, FIRMWARE, STATS, LOG, CHAP, ISNS -> null;
+                case ADAPTERS -> new AdapterInformation.Adapters();
+                case SHOW -> new AdapterInformation.Show();
+                case INFO -> new AdapterInformation.Info();
+                case TARGET_LIST -> new DeviceDatabaseEntryCommands.ListAll();
+                case TARGET_SHOW -> new DeviceDatabaseEntryCommands.Show();
+                case TARGET_DEFAULT -> new DeviceDatabaseEntryCommands.Default();
+                case TARGET_INITIAL -> new DeviceDatabaseEntryCommands.Initial();
+                case TARGET_SET -> new DeviceDatabaseEntryCommands.SetOne();
+                case TARGET_LOAD -> new DeviceDatabaseEntryCommands.Load();
+                case TARGET_LOGOUT -> new DeviceDatabaseEntryCommands.Logout();
+                case TARGET_PORTAL -> new TargetDatabase.Portal();
+                case LUN_LIST -> new ScsiPassThrough.ListAll();
+                case LUN_SHOW -> new TargetDatabase.LunShow();
+                case LUN_INQUIRY -> new ScsiPassThrough.Inquiry();
+                case LUN_CAPACITY -> new ScsiPassThrough.Capacity();
+                case FIRMWARE_SHOW -> new FirmwareConfiguration.Show();
+                case FIRMWARE_DEFAULTS -> new FirmwareConfiguration.Defaults();
+                case FIRMWARE_SET -> new FirmwareConfiguration.SetSome();
+                case FIRMWARE_RESTORE -> new FirmwareConfiguration.Restore();
+                case FIRMWARE_UPDATE -> new Maintenance.Update();
+                case STATS_SHOW -> new Statistics.Show();
+                case STATS_RESET -> new Statistics.Reset();
+                case LOG_ERRORS -> new Logs.Errors();
+                case LOG_ARP -> new Logs.Arp();
+                case CHAP_LIST -> new ChapTableCommands.ListAll();
+                case CHAP_SET -> new ChapTableCommands.SetOne();
+                case CHAP_CLEAR -> new ChapTableCommands.Clear();
+                case ISNS_SHOW -> new IsnsDiscovery.Show();
+                case ISNS_SET -> new IsnsDiscovery.SetSome();
+                case ISNS_TARGETS -> new IsnsDiscovery.Targets();
+                case PING -> new Maintenance.Ping();
+                case RESET -> new Maintenance.Reset();
+                case CRASH -> new Maintenance.Crash();
+                case EXPORT -> new Backup.Export();
+                case IMPORT -> new Backup.Import();
+                case VERSION -> new Version();
+                case COMPLETION -> new Completion();
+            };
         }
     }
+
+    private Commands() {}
 
     /** The command line with the command that the arguments name, or with all when they name none. */
     static CommandLine build(String[] arguments) {
@@ -127,29 +125,32 @@ final class Commands {
     }
 
     private static void addAll(CommandSpec parent, String prefix, String[] arguments, int depth) {
-        String wanted = depth < arguments.length ? find(prefix + arguments[depth]) : null;
-        for (String[] entry : TREE) {
-            String name = entry[0];
-            if (!name.startsWith(prefix) || name.indexOf(' ', prefix.length()) >= 0
-                || wanted != null && !name.equals(wanted)) {
-                continue;
-            }
-            String word = name.substring(prefix.length());
-            Command command = create(name);
-            CommandSpec child = command != null ? command.spec : group(word, entry[1]);
-            child.usageMessage().header(command != null ? new String[] {entry[1], ""} : new String[0]);
-            child.usageMessage().width(TextOutput.WIDTH);
-            child.usageMessage().abbreviateSynopsis(child.options().size() > 10);
-            parent.addSubcommand(word, new CommandLine(child));
-            if (command == null) {
-                addAll(child, name + " ", arguments, depth + 1);
+        Name wanted = depth < arguments.length ? find(prefix + arguments[depth]) : null;
+        for (Name name : Name.values()) {
+            boolean belongs = name.words.startsWith(prefix) && name.words.indexOf(' ', prefix.length()) < 0;
+            if (belongs && (wanted == null || name == wanted)) {
+                add(parent, name, name.words.substring(prefix.length()), arguments, depth);
             }
         }
     }
 
-    private static String find(String name) {
-        for (String[] entry : TREE) {
-            if (entry[0].equals(name)) {
+    private static void add(CommandSpec parent, Name name, String word, String[] arguments, int depth) {
+        CommandSpec child;
+        if (name.create() instanceof Command command) {
+            child = command.spec;
+            child.usageMessage().header(name.description, "");
+        } else {
+            child = group(word, name.description);
+        }
+        child.usageMessage().width(TextOutput.WIDTH);
+        child.usageMessage().abbreviateSynopsis(child.options().size() > 10);
+        parent.addSubcommand(word, new CommandLine(child));
+        addAll(child, name.words + " ", arguments, depth + 1);
+    }
+
+    private static Name find(String words) {
+        for (Name name : Name.values()) {
+            if (name.words.equals(words)) {
                 return name;
             }
         }
@@ -161,5 +162,18 @@ final class Commands {
         spec.usageMessage().description(description);
         Command.common(spec);
         return spec;
+    }
+
+    /** hba completion. */
+    private static final class Completion extends Command {
+        Completion() {
+            super("Writes a completion script for bash to the standard output. Load it with: source <(hba completion)");
+        }
+
+        @Override
+        public Integer call() {
+            System.out.print(AutoComplete.bash("hba", build(new String[0])));
+            return DONE;
+        }
     }
 }

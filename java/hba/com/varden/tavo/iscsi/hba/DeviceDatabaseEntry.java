@@ -1,48 +1,48 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
 import java.io.IOException;
+import java.util.HashSet;
 import java.util.List;
-import picocli.CommandLine.Model.PositionalParamSpec;
+import java.util.Set;
+import java.util.StringJoiner;
 
 /** The configured targets, that is the entries of the device database. */
 final class DeviceDatabaseEntry {
     /** Slots run from 0 to this. */
     static final int LAST_SLOT = 511;
-    static final Field TARGET_ID = Field.number("targetID", 32, "Target ID").max(LAST_SLOT);
+    static final NumberField TARGET_ID = new NumberField("targetID", 32, "Target ID").max(LAST_SLOT);
+    /** The session's own once there is one: whatever was written, a login sets it anew. */
+    private static final NumberField SESSION_HANDLE = new NumberField("targetSessionID", 16, "Target session ID") {
+        @Override
+        boolean isSame(Long wanted, Long found) {
+            return true;
+        }
+    };
+    static final BytesField SESSION_ID =
+        new BytesField("initiatorSessionID", DevDBEntry.SESSION_ID_LENGTH, "Initiator session ID");
+    static final NumberField CHAP_INDEX = new NumberField("chapIndex", 16, "CHAP entry");
 
     static final RecordTable TABLE = new RecordTable(
-        Field.number("index", 32, "Position in the list").readOnly(),
+        new NumberField("index", 32, "Position in the list").readOnly(),
         TARGET_ID,
-        Field.number("state", 32, "State"),
-        Field.bits("options", 8, "Options"),
-        Field.bits("control", 8, "Control"),
-        Field.number("exeCount", 16, "Execution count"),
-        Field.number("targetSessionID", 16, "Target session ID"),
-        Field.bytes("initiatorSessionID", DevDBEntry.SESSION_ID_LENGTH, "Initiator session ID"),
-        Field.bits("reservedFlags", 32, "Reserved flags"),
-        Field.number("DDBLink", 16, "Link"),
-        Field.number("chapIndex", 16, "CHAP entry"),
-        Field.number("maxTxDataSegmentLen", 16, "Max. send segment"),
-        Field.number("targetPortalGroupID", 16, "Target portal group"),
-        Field.record("nodeInfo", NodeInfo.TABLE, "Node"),
-        Field.record("deviceEntry", DeviceParameters.TABLE, "Session parameters"));
+        new StateField(),
+        new BitsField("options", 8, "Options"),
+        new BitsField("control", 8, "Control"),
+        new NumberField("exeCount", 16, "Execution count"),
+        SESSION_HANDLE,
+        SESSION_ID,
+        new BitsField("reservedFlags", 32, "Reserved flags"),
+        new NumberField("DDBLink", 16, "Link"),
+        CHAP_INDEX,
+        new NumberField("maxTxDataSegmentLen", 16, "Max. send segment"),
+        new NumberField("targetPortalGroupID", 16, "Target portal group"),
+        new RecordField("nodeInfo", NodeInfo.TABLE, "Node"),
+        new RecordField("deviceEntry", DeviceParameters.TABLE, "Session parameters"));
 
     private DeviceDatabaseEntry() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "target list":
-                return new ListAll();
-            case "target show":
-                return new Show();
-            case "target default":
-                return new Default();
-            default:
-                return new Initial();
-        }
-    }
 
     /** All entries in use. */
     static List<DevDBEntry> readAll(Adapter adapter) {
@@ -76,74 +76,45 @@ final class DeviceDatabaseEntry {
         return entry;
     }
 
-    /** hba target list. */
-    static final class ListAll extends DeviceCommand {
-        ListAll() {
-            super("Lists the entries of the device database that are in use.");
-        }
-
-        @Override
-        int run(Adapter adapter) throws IOException {
-            List<DevDBEntry> entries = readAll(adapter);
-            TextOutput.Columns columns =
-                new TextOutput.Columns("Target", "State", "iSCSI name", "IP address", "Port");
-            for (DevDBEntry entry : entries) {
-                columns.row(entry.getTargetID(), entry.getState(), entry.getNodeInfo().getiSCSIName(),
-                    entry.getNodeInfo().getIPAddress(), entry.getDeviceEntry().getPortNumber());
-            }
-            showList(TABLE, entries, columns, "No target is configured.");
-            int count = adapter.api.getiSCSIEntryNum(adapter.dev);
-            if (count != entries.size()) {
-                Terminal.message("the adapter says that it has " + Integer.toUnsignedString(count) + " targets");
-            }
-            return DONE;
-        }
+    /** A copy of what can be written. */
+    static DevDBEntry copy(DevDBEntry entry) {
+        DevDBEntry copy = new DevDBEntry();
+        TABLE.copy(entry, copy);
+        return copy;
     }
 
-    /** hba target show. */
-    static final class Show extends DeviceCommand {
-        private final PositionalParamSpec target = parameter("TARGET", TARGET_ID, "Target ID, 0 to 511.");
-
-        Show() {
-            super("Shows all fields of one entry of the device database.");
-        }
-
-        @Override
-        int run(Adapter adapter) throws IOException {
-            DevDBEntry entry = find(readAll(adapter), number(target));
-            if (entry == null) {
-                throw new OperationFailed("adapter " + adapter.dev + " has no target " + number(target));
+    /** Writes the entries so that they can be read again. */
+    static void writeBack(JsonWriter json, List<DevDBEntry> entries, String place, List<String> leftOut)
+        throws IOException {
+        Set<Integer> seen = new HashSet<>();
+        json.beginArray();
+        for (DevDBEntry entry : entries) {
+            String entryPlace = place + "[targetID " + entry.getTargetIDUnsigned() + "]";
+            if (entry.getTargetIDUnsigned() > LAST_SLOT || !seen.add(entry.getTargetID())) {
+                leftOut.add(entryPlace + ": " + entry.getNodeInfo().getiSCSIName()
+                    + " cannot be written back (another target has this ID, or it is not " + TARGET_ID.range() + ")");
+            } else {
+                TABLE.writeBack(json, entry, entryPlace, leftOut);
             }
-            show(TABLE, entry);
-            return DONE;
         }
+        json.endArray();
     }
 
-    /** hba target default. */
-    static final class Default extends DeviceCommand {
-        Default() {
-            super("Shows the entry that the adapter uses where nothing else is said.");
-        }
-
-        @Override
-        int run(Adapter adapter) throws IOException {
-            show(TABLE, readDefault(adapter));
-            return DONE;
-        }
+    /** "target 5 (iqn...)". */
+    static String describe(DevDBEntry entry) {
+        return "target " + entry.getTargetID() + " (" + NodeInfo.NAME.show(entry.getNodeInfo()) + ")";
     }
 
-    /** hba target initial. */
-    static final class Initial extends DeviceCommand {
-        private final PositionalParamSpec index = parameter("INDEX", TARGET_ID, "Index of the new entry, 0 to 511.");
-
-        Initial() {
-            super("Shows what the adapter proposes for a new entry.");
+    /** Target IDs in words: "1, 5 to 9, 12". */
+    static String ranges(List<Integer> targets) {
+        StringJoiner ranges = new StringJoiner(", ");
+        for (int from = 0, to; from < targets.size(); from = to) {
+            to = from + 1;
+            while (to < targets.size() && targets.get(to) == targets.get(to - 1) + 1) {
+                to++;
+            }
+            ranges.add(targets.get(from) + (to - from > 1 ? " to " + targets.get(to - 1) : ""));
         }
-
-        @Override
-        int run(Adapter adapter) throws IOException {
-            show(TABLE, readInitial(adapter, number(index)));
-            return DONE;
-        }
+        return ranges.toString();
     }
 }

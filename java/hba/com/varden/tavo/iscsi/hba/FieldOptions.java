@@ -6,31 +6,42 @@ import picocli.CommandLine.Model.OptionSpec;
 
 /** One option for each field that can be written. */
 final class FieldOptions {
-    private final List<Field> fields = new ArrayList<>();
-    private final List<OptionSpec> options = new ArrayList<>();
+    private final List<FieldOption<?>> options = new ArrayList<>();
+
+    private record FieldOption<T>(SettingField<T> field, OptionSpec option) {
+        static <T> FieldOption<T> of(Command command, SettingField<T> field) {
+            return new FieldOption<>(field, command.option(field));
+        }
+
+        boolean isGiven() {
+            return option.getValue() != null;
+        }
+
+        void apply(Object owner) {
+            if (isGiven()) {
+                field.set(owner, option.getValue());
+            }
+        }
+    }
 
     FieldOptions(Command command, RecordTable table) {
         for (Field field : table.fields()) {
-            if (field.isScalar() && !field.isReadOnly()) {
-                fields.add(field);
-                options.add(command.option(field));
+            if (field instanceof SettingField<?> setting && !field.isReadOnly()) {
+                options.add(FieldOption.of(command, setting));
             }
         }
     }
 
     /** Sets what was given on the command line. */
     void apply(Object owner) {
-        for (int i = 0; i < fields.size(); i++) {
-            Object value = options.get(i).getValue();
-            if (value != null) {
-                fields.get(i).set(owner, value);
-            }
+        for (FieldOption<?> option : options) {
+            option.apply(owner);
         }
     }
 
     boolean anyGiven() {
-        for (OptionSpec option : options) {
-            if (option.getValue() != null) {
+        for (FieldOption<?> option : options) {
+            if (option.isGiven()) {
                 return true;
             }
         }

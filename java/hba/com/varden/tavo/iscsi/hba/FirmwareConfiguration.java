@@ -3,40 +3,30 @@ package com.varden.tavo.iscsi.hba;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.InitFW;
 import java.io.IOException;
+import java.util.ArrayList;
+import java.util.List;
+import picocli.CommandLine.Model.OptionSpec;
 
 /** The firmware's settings: addresses, names, option words and default session parameters. */
 final class FirmwareConfiguration {
-    static final Field ADDRESS = Field.address("IPAddress", "IP address");
-    static final Field SUBNET_MASK = Field.address("subnetMask", "Subnet mask");
-    static final Field GATEWAY = Field.address("gateway", "Gateway");
-    static final Field PRIMARY_DNS = Field.address("primaryDNS", "Primary DNS server");
-    static final Field SLP_AGENT = Field.address("slpDa", "SLP directory agent");
+    static final AddressField ADDRESS = new AddressField("IPAddress", "IP address");
+    static final AddressField SUBNET_MASK = new AddressField("subnetMask", "Subnet mask");
+    static final AddressField GATEWAY = new AddressField("gateway", "Gateway");
+    static final AddressField PRIMARY_DNS = new AddressField("primaryDNS", "Primary DNS server");
+    static final AddressField SLP_AGENT = new AddressField("slpDa", "SLP directory agent");
 
     static final RecordTable OPTIONS = new RecordTable(
-        Field.bits("FWOptions", 16, "Firmware options"),
-        Field.bits("addFWOptions", 16, "Additional options"),
-        Field.bits("reserved1", 8, "Reserved byte").readOnly(),
-        Field.number("wakeupThreshold", 16, "Wakeup threshold").readOnly(),
-        Field.record("devEntry", DeviceParameters.TABLE, "Default session parameters"));
-    static final Field INIT_FW = Field.record("initFW", OPTIONS, "Firmware settings");
+        new BitsField("FWOptions", 16, "Firmware options"),
+        new BitsField("addFWOptions", 16, "Additional options"),
+        new BitsField("reserved1", 8, "Reserved byte").readOnly(),
+        new NumberField("wakeupThreshold", 16, "Wakeup threshold").readOnly(),
+        new RecordField("devEntry", DeviceParameters.TABLE, "Default session parameters"));
+    static final RecordField INIT_FW = new RecordField("initFW", OPTIONS, "Firmware settings");
 
     static final RecordTable TABLE = new RecordTable(NodeInfo.NAME, NodeInfo.ALIAS, ADDRESS, SUBNET_MASK, GATEWAY,
         PRIMARY_DNS, SLP_AGENT, INIT_FW);
 
     private FirmwareConfiguration() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "firmware show":
-                return new Show();
-            case "firmware defaults":
-                return new Defaults();
-            case "firmware set":
-                return new SetSome();
-            default:
-                return new Restore();
-        }
-    }
 
     /** Fills addresses, option words and default session parameters; names stay as they are. */
     static void read(Adapter adapter, HBA hba) {
@@ -83,12 +73,35 @@ final class FirmwareConfiguration {
         }
     }
 
+    /** What a change of the adapter's own addresses and name costs. */
+    static List<String> losses(HBA present, HBA wanted) {
+        List<String> losses = new ArrayList<>();
+        for (AddressField field : List.of(ADDRESS, SUBNET_MASK, GATEWAY)) {
+            if (!field.get(present).equals(field.get(wanted))) {
+                losses.add("changes the adapter's own " + inSentence(field.label) + " from " + field.show(present) + " to "
+                    + field.show(wanted) + ", which ends its sessions");
+            }
+        }
+        String name = wanted.getiSCSIName();
+        if (name != null && !name.equals(present.getiSCSIName())) {
+            losses.add("changes the adapter's own name from " + NodeInfo.NAME.show(present) + " to "
+                + NodeInfo.NAME.show(wanted) + ", under which targets may not let it in");
+        }
+        return losses;
+    }
+
+    // "IP address" and "subnet mask".
+    private static String inSentence(String label) {
+        return Character.isUpperCase(label.charAt(1)) ? label : Character.toLowerCase(label.charAt(0)) + label.substring(1);
+    }
+
     /** hba firmware set. */
-    static final class SetSome extends DeviceCommand {
+    static final class SetSome extends WriteCommand {
         private final FieldOptions names = new FieldOptions(this, new RecordTable(NodeInfo.NAME, NodeInfo.ALIAS,
             ADDRESS, SUBNET_MASK, GATEWAY, PRIMARY_DNS, SLP_AGENT));
         private final FieldOptions words = new FieldOptions(this, OPTIONS);
         private final FieldOptions session = new FieldOptions(this, DeviceParameters.TABLE);
+        private final OptionSpec force = force();
 
         SetSome() {
             super("Changes what the options name and keeps the rest.");
@@ -97,37 +110,70 @@ final class FirmwareConfiguration {
         @Override
         void prepare() {
             FieldOptions.requireOne(names, words, session);
+            HBA given = new HBA();
+            names.apply(given);
+            if (given.getiSCSIName() != null && !isSet(force)) {
+                IscsiName.require(given.getiSCSIName(), NodeInfo.NAME.option());
+            }
         }
 
-        @Override
-        int run(Adapter adapter) throws IOException {
-            // Names that are not given stay null, and the adapter keeps its own.
-            HBA hba = new HBA();
-            read(adapter, hba);
+        private HBA changed(Adapter adapter) {
+            HBA hba = readWithNames(adapter);
             names.apply(hba);
             words.apply(hba.getInitFW());
             session.apply(hba.getInitFW().getDevEntry());
-            write(adapter, hba);
+            return hba;
+        }
+
+        @Override
+        List<String> losses(Adapter adapter) {
+            return FirmwareConfiguration.losses(readWithNames(adapter), changed(adapter));
+        }
+
+        @Override
+        void write(Adapter adapter) {
+            HBA wanted = changed(adapter);
+            FirmwareConfiguration.write(adapter, wanted);
+            Differences differences = new Differences("written");
+            TABLE.compare(wanted, readWithNames(adapter), "firmware", differences);
+            verify("the firmware's settings of adapter " + adapter.dev + " were written", differences);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("The firmware's settings of adapter " + adapter.dev + " were written.");
             return DONE;
         }
     }
 
     /** hba firmware restore. */
-    static final class Restore extends DeviceCommand {
+    static final class Restore extends WriteCommand {
         Restore() {
             super("Gives up the settings in force for the firmware's defaults.");
-            needsConfirmation();
         }
 
         @Override
-        void prepare() {
-            confirm("gives up the firmware's settings for its defaults");
+        List<String> losses(Adapter adapter) {
+            HBA present = readWithNames(adapter);
+            return List.of("replaces the settings of adapter " + adapter.dev + " by the firmware's defaults: name "
+                + NodeInfo.NAME.show(present) + ", address " + ADDRESS.show(present)
+                + " and all options and session parameters");
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
+        void write(Adapter adapter) {
+            InitFW defaults = new InitFW();
+            adapter.check("reading the defaults", adapter.api.getISCSIFWDefaults(adapter.dev, defaults));
             adapter.check("restoring the defaults", adapter.api.setISCSIDefaults(adapter.dev));
+            HBA restored = new HBA();
+            read(adapter, restored);
+            Differences differences = new Differences("by default");
+            OPTIONS.compare(defaults, restored.getInitFW(), "firmware", differences);
+            verify("the firmware's defaults of adapter " + adapter.dev + " were restored", differences);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("The firmware's defaults of adapter " + adapter.dev + " were restored.");
             return DONE;
         }

@@ -9,34 +9,25 @@ import java.util.List;
 /** The adapter's logs. */
 final class Logs {
     private static final RecordTable ERROR = new RecordTable(
-        Field.number("seconds", 32, "Seconds"),
-        Field.number("milliseconds", 32, "Milliseconds"),
-        Field.number("deviceIndex", 16, "Device"),
-        Field.number("connState", 16, "Connection state"),
-        Field.number("entryType", 8, "Entry type"),
-        Field.number("errorType", 8, "Error type"),
-        Field.number("errorDetail", 16, "Error detail"),
-        Field.number("dupErrorCnt", 8, "Repeated"),
-        Field.bytes("reserved", 3, "Reserved"));
+        new NumberField("seconds", 32, "Seconds"),
+        new NumberField("milliseconds", 32, "Milliseconds"),
+        new NumberField("deviceIndex", 16, "Device"),
+        new NumberField("connState", 16, "Connection state"),
+        new NumberField("entryType", 8, "Entry type"),
+        new NumberField("errorType", 8, "Error type"),
+        new NumberField("errorDetail", 16, "Error detail"),
+        new NumberField("dupErrorCnt", 8, "Repeated"),
+        new BytesField("reserved", 3, "Reserved"));
 
     private static final RecordTable NEIGHBOUR = new RecordTable(
-        Field.address("IPAddress", "IP address"),
-        Field.number("IPAddressType", 16, "Address type"),
-        Field.number("IPAddressReserved", 16, "Reserved"),
-        Field.bytes("MACAddress", HBA.MAC_ADDRESS_LENGTH, "MAC address"),
-        Field.number("valid", 8, "Valid"),
-        Field.number("timeIn", 8, "Time"));
+        new AddressField("IPAddress", "IP address"),
+        new NumberField("IPAddressType", 16, "Address type"),
+        new NumberField("IPAddressReserved", 16, "Reserved"),
+        new BytesField("MACAddress", HBA.MAC_ADDRESS_LENGTH, "MAC address"),
+        new NumberField("valid", 8, "Valid"),
+        new NumberField("timeIn", 8, "Time"));
 
     private Logs() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "log errors":
-                return new Errors();
-            default:
-                return new Arp();
-        }
-    }
 
     /** hba log errors. */
     static final class Errors extends DeviceCommand {
@@ -81,7 +72,7 @@ final class Logs {
             TextOutput.Columns columns =
                 new TextOutput.Columns("IP address", "MAC address", "Type", "Valid", "Time");
             for (ArpEntry entry : log) {
-                columns.row(entry.getIPAddress(), Field.hex(entry.getMACAddress(), ":"), entry.getIPAddressType(),
+                columns.row(entry.getIPAddress(), BytesField.format(entry.getMACAddress()), entry.getIPAddressType(),
                     entry.getValid(), entry.getTimeIn());
             }
             showList(NEIGHBOUR, log, columns, "The ARP table is empty.");

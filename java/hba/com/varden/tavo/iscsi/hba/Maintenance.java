@@ -3,6 +3,7 @@ package com.varden.tavo.iscsi.hba;
 import com.varden.tavo.iscsi.model.IPAddr;
 import java.io.File;
 import java.io.IOException;
+import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
 
@@ -10,69 +11,66 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 final class Maintenance {
     private Maintenance() {}
 
-    static Command command(String name) {
-        switch (name) {
-            case "firmware update":
-                return new Update();
-            case "ping":
-                return new Ping();
-            case "reset":
-                return new Reset();
-            default:
-                return new Crash();
-        }
-    }
-
     /** hba firmware update. */
-    static final class Update extends DeviceCommand {
+    static final class Update extends WriteCommand {
         private final PositionalParamSpec image = parameter("FILE", "1", "The image.");
-        private final OptionSpec type = option("--type", Field.number("type", 16, "Type"),
+        private final OptionSpec type = option("--type", new NumberField("type", 16, "Type"),
             "Type of the image, 0 to 65535; 0 without this option. Its meaning is the adapter's.");
         private File file;
 
         Update() {
             super("Writes a firmware image. The adapter runs it after its next reset.");
-            needsConfirmation();
         }
 
         @Override
         void prepare() {
-            file = Terminal.file(image.getValue());
+            file = UserInput.file(image.getValue());
             if (!file.isFile() || !file.canRead()) {
                 throw new BadInput(file + " is not a file that can be read");
             }
             if (file.length() == 0) {
                 throw new BadInput(file + " is empty");
             }
-            confirm("replaces the adapter's firmware by " + file);
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
+        List<String> losses(Adapter adapter) {
+            return List.of("replaces the firmware of adapter " + adapter.dev + " by " + file);
+        }
+
+        @Override
+        void write(Adapter adapter) {
             short imageType = (short) (type.getValue() == null ? 0 : number(type));
             boolean written = Terminal.during("writing the image",
                 () -> adapter.api.iSCSIUpdateFW(adapter.dev, file.getPath(), imageType));
             adapter.check("the firmware update", written);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("The firmware image of adapter " + adapter.dev + " was written.");
             return DONE;
         }
     }
 
     /** hba reset. */
-    static final class Reset extends DeviceCommand {
+    static final class Reset extends WriteCommand {
         Reset() {
             super("Resets the adapter. Its sessions are interrupted.");
-            needsConfirmation();
         }
 
         @Override
-        void prepare() {
-            confirm("resets the adapter and interrupts its sessions");
+        List<String> losses(Adapter adapter) {
+            return List.of("resets adapter " + adapter.dev + " and interrupts its sessions");
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
+        void write(Adapter adapter) {
             adapter.check("the reset", adapter.api.resetISCSIHBA(adapter.dev));
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("Adapter " + adapter.dev + " was reset.");
             return DONE;
         }
@@ -88,7 +86,7 @@ final class Maintenance {
 
         @Override
         int run(Adapter adapter) throws IOException {
-            String path = Terminal.file(file.getValue()).getPath();
+            String path = UserInput.file(file.getValue()).getPath();
             adapter.check("writing the crash record to " + path,
                 adapter.api.retrieveCrashRecord(adapter.dev, path));
             done("The crash record of adapter " + adapter.dev + " stands in " + path + ".");
@@ -101,8 +99,8 @@ final class Maintenance {
         private static final int PACKETS = 4;
 
         private final PositionalParamSpec address =
-            parameter("ADDRESS", Field.address("address", "Address"), "IPv4 or IPv6 address.");
-        private final OptionSpec count = option("--count", Field.number("count", 16, "Packets"),
+            parameter("ADDRESS", new AddressField("address", "Address"), "IPv4 or IPv6 address.");
+        private final OptionSpec count = option("--count", new NumberField("count", 16, "Packets"),
             "Number of packets, 0 to 65535; " + PACKETS + " without this option.");
 
         Ping() {

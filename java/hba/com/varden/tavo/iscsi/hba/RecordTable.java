@@ -1,14 +1,10 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.JsonElement;
-import com.google.gson.JsonObject;
-import com.google.gson.JsonPrimitive;
 import com.google.gson.stream.JsonWriter;
-import com.varden.tavo.iscsi.hba.Field.Kind;
 import java.io.IOException;
 import java.util.List;
 import java.util.Map;
-import java.util.Objects;
 
 /** The fields of a model class, and what can be done with all of them alike. */
 final class RecordTable {
@@ -34,8 +30,7 @@ final class RecordTable {
         return new RecordTable(others);
     }
 
-    /** The field of this name, or null. */
-    Field field(String name) {
+    private Field field(String name) {
         for (Field field : fields) {
             if (field.name.equals(name)) {
                 return field;
@@ -44,45 +39,41 @@ final class RecordTable {
         return null;
     }
 
-    /** Writes the object; a table for writing back leaves out what the adapter does not take. */
-    void write(JsonWriter json, Object owner, boolean writableOnly) throws IOException {
+    void write(JsonWriter json, Object owner) throws IOException {
         json.beginObject();
-        for (Field field : fields) {
-            if (writableOnly && field.isReadOnly()) {
-                continue;
-            }
-            json.name(field.name);
-            switch (field.kind) {
-                case RECORD:
-                    field.table.write(json, field.get(owner), writableOnly);
-                    break;
-                case LIST:
-                    field.table.writeList(json, field.elements(owner), writableOnly);
-                    break;
-                default:
-                    writeScalar(json, field, field.get(owner));
-            }
-        }
+        writeMembers(json, owner);
         json.endObject();
     }
 
-    void writeList(JsonWriter json, List<?> owners, boolean writableOnly) throws IOException {
+    /** The fields alone, for an object that has more than them. */
+    void writeMembers(JsonWriter json, Object owner) throws IOException {
+        for (Field field : fields) {
+            json.name(field.name);
+            field.write(json, owner);
+        }
+    }
+
+    void writeList(JsonWriter json, List<?> owners) throws IOException {
         json.beginArray();
         for (Object owner : owners) {
-            write(json, owner, writableOnly);
+            write(json, owner);
         }
         json.endArray();
     }
 
-    private static void writeScalar(JsonWriter json, Field field, Object value) throws IOException {
-        if (value == null) {
-            json.nullValue();
-        } else if (value instanceof Number) {
-            json.value((Number) value);
-        } else if (value instanceof Boolean) {
-            json.value((Boolean) value);
-        } else {
-            json.value(value.toString());
+    /** Writes the object so that it can be read again: what the adapter does not take back stays out of it. */
+    void writeBack(JsonWriter json, Object owner, String place, List<String> leftOut) throws IOException {
+        json.beginObject();
+        writeMembersBack(json, owner, place, leftOut);
+        json.endObject();
+    }
+
+    /** The fields alone, for an object that has more than them. */
+    void writeMembersBack(JsonWriter json, Object owner, String place, List<String> leftOut) throws IOException {
+        for (Field field : fields) {
+            if (!field.isReadOnly()) {
+                field.writeBack(json, owner, place + "." + field.name, leftOut);
+            }
         }
     }
 
@@ -92,68 +83,33 @@ final class RecordTable {
      * @throws BadInput when a name is unknown or a value not permitted; the message names the place
      */
     void read(JsonElement document, Object owner, String place) {
-        for (Map.Entry<String, JsonElement> member : object(document, place).entrySet()) {
+        for (Map.Entry<String, JsonElement> member : JsonDocument.object(document, place).entrySet()) {
             String memberPlace = place.isEmpty() ? member.getKey() : place + "." + member.getKey();
             Field field = field(member.getKey());
             if (field == null) {
                 throw new BadInput(memberPlace + ": there is no such field");
             }
-            if (field.isReadOnly()) {
-                continue;
-            }
-            if (field.kind == Kind.RECORD) {
-                field.table.read(member.getValue(), field.get(owner), memberPlace);
-            } else {
-                field.set(owner, scalar(field, member.getValue(), memberPlace));
+            if (!field.isReadOnly()) {
+                field.read(member.getValue(), owner, memberPlace);
             }
         }
     }
 
-    static JsonObject object(JsonElement document, String place) {
-        if (!document.isJsonObject()) {
-            throw new BadInput((place.isEmpty() ? "the document" : place) + ": an object is needed");
-        }
-        return document.getAsJsonObject();
-    }
-
-    private static Object scalar(Field field, JsonElement value, String place) {
-        if (value.isJsonNull() && field.kind == Kind.TEXT) {
-            return null;
-        }
-        if (value.isJsonPrimitive()) {
-            JsonPrimitive primitive = value.getAsJsonPrimitive();
-            boolean rightType = field.kind == Kind.NUMBER || field.kind == Kind.BITS
-                ? !primitive.isBoolean()
-                : field.kind == Kind.FLAG ? primitive.isBoolean() : primitive.isString();
-            if (rightType) {
-                try {
-                    return field.parse(primitive.getAsString());
-                } catch (IllegalArgumentException e) {
-                    throw new BadInput(place + ": " + e.getMessage());
-                }
-            }
-        }
-        throw new BadInput(place + ": " + value + " is not permitted: " + field.range());
-    }
-
-    /** Adds a line for each field that the adapter takes back and that differs. */
-    void compare(Object wanted, Object found, String place, List<String> differences) {
+    /** Gives one object the values of another in all fields that the adapter takes back. */
+    void copy(Object from, Object to) {
         for (Field field : fields) {
-            if (field.isReadOnly()) {
-                continue;
-            }
-            String fieldPlace = place + "." + field.name;
-            if (field.kind == Kind.RECORD) {
-                field.table.compare(field.get(wanted), field.get(found), fieldPlace, differences);
-            } else if (!Objects.equals(emptyIfNull(field.get(wanted)), emptyIfNull(field.get(found)))) {
-                differences.add(fieldPlace + ": " + field.format(field.get(wanted)) + " in the file, "
-                    + field.format(field.get(found)) + " on the adapter");
+            if (!field.isReadOnly()) {
+                field.copy(from, to);
             }
         }
     }
 
-    // Text that was not supplied is written as empty text.
-    private static Object emptyIfNull(Object value) {
-        return value == null ? "" : value;
+    /** Notes each field that the adapter takes back and that differs. */
+    void compare(Object wanted, Object found, String place, Differences differences) {
+        for (Field field : fields) {
+            if (!field.isReadOnly()) {
+                field.compare(wanted, found, place + "." + field.name, differences);
+            }
+        }
     }
 }

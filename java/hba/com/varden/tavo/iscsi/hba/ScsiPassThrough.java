@@ -12,33 +12,34 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 
 /** SCSI commands to the logical units of a target. */
 final class ScsiPassThrough {
-    static final RecordTable INQUIRY = new RecordTable(
-        Field.text("vendorID", 8, "Vendor"),
-        Field.text("productID", 16, "Product"),
-        Field.text("revision", 4, "Revision"),
-        Field.text("serialNumber", 8, "Serial number"),
-        Field.text("inquiryHeader", 8, "Header"),
-        Field.text("extraData", 211, "Extra data"));
+    /** The number of a unit; the property is the first level of its address. */
+    private static final NumberField UNIT = new NumberField("LUN", 16, "LUN") {
+        @Override
+        Long get(Object owner) {
+            return (long) Lun.unitNumber(super.get(owner).intValue());
+        }
+    };
+    static final RecordTable ADDRESS = new RecordTable(
+        new NumberField("bus", 16, "Bus"),
+        new NumberField("targetID", 16, "Target"),
+        UNIT);
 
-    static final Field LAST_BLOCK = Field.number("logicalBlockAddress", 32, "Last block");
-    static final Field BLOCK_LENGTH = Field.number("bytesPerBlock", 32, "Block length").unit("bytes");
-    static final Field CAPACITY = Field.capacity("capacity", "Capacity");
-    static final Field CAPACITY_MINIMUM = Field.flag("capacityMinimum", "Capacity is a minimum").readOnly();
+    static final RecordTable INQUIRY = new RecordTable(
+        new TextField("vendorID", 8, "Vendor"),
+        new TextField("productID", 16, "Product"),
+        new TextField("revision", 4, "Revision"),
+        new TextField("serialNumber", 8, "Serial number"),
+        new TextField("inquiryHeader", 8, "Header"),
+        new TextField("extraData", 211, "Extra data"));
+
+    static final NumberField LAST_BLOCK = new NumberField("logicalBlockAddress", 32, "Last block");
+    static final NumberField BLOCK_LENGTH = new NumberField("bytesPerBlock", 32, "Block length").unit("bytes");
+    static final CapacityField CAPACITY = new CapacityField("capacity", "Capacity");
+    static final Field CAPACITY_MINIMUM = new FlagField("capacityMinimum", "Capacity is a minimum").readOnly();
 
     private static final int LAST_UNIT = 0x3FFF;
 
     private ScsiPassThrough() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "lun list":
-                return new ListAll();
-            case "lun inquiry":
-                return new Inquiry();
-            default:
-                return new Capacity();
-        }
-    }
 
     /** The arguments that name a logical unit. */
     static final class Unit {
@@ -48,13 +49,13 @@ final class ScsiPassThrough {
 
         Unit(Command command) {
             target = command.parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
-            lun = command.parameter("LUN", Field.number("lun", 16, "LUN").max(LAST_UNIT),
+            lun = command.parameter("LUN", new NumberField("lun", 16, "LUN").max(LAST_UNIT),
                 "Logical unit, 0 to " + LAST_UNIT + ".");
             bus = bus(command);
         }
 
         static OptionSpec bus(Command command) {
-            return command.option("--bus", Field.number("bus", 16, "Bus"), "Bus number, 0 to 65535; 0 without this "
+            return command.option("--bus", new NumberField("bus", 16, "Bus"), "Bus number, 0 to 65535; 0 without this "
                 + "option.");
         }
 
@@ -89,8 +90,7 @@ final class ScsiPassThrough {
             if (wantsJson()) {
                 JsonWriter json = jsonWriter();
                 json.beginObject().name("targetInfo");
-                TargetDatabase.ADDRESS.without(TargetDatabase.ADDRESS.field("LUN"))
-                    .write(json, found.getTargetInfo(), false);
+                ADDRESS.without(UNIT).write(json, found.getTargetInfo());
                 json.name("LUNs").beginArray();
                 for (int firstLevel : found.getLUNs()) {
                     json.value(Lun.unitNumber(firstLevel));

@@ -3,56 +3,51 @@ package com.varden.tavo.iscsi.hba;
 import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.model.PortStatistics;
 import java.io.IOException;
+import java.math.BigDecimal;
 import java.math.BigInteger;
+import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
 
 /** The counters of the port. */
 final class Statistics {
-    private static final RecordTable TABLE = new RecordTable(
-        Field.counter("MACTxFramesCount", "MAC frames sent"),
-        Field.counter("MACTxBytesCount", "MAC bytes sent"),
-        Field.counter("MACRxFramesCount", "MAC frames received"),
-        Field.counter("MACRxBytesCount", "MAC bytes received"),
-        Field.counter("MACCRCErrorCount", "MAC CRC errors"),
-        Field.counter("IPTxPacketsCount", "IP packets sent"),
-        Field.counter("IPTxBytesCount", "IP bytes sent"),
-        Field.counter("IPTxFragmentsCount", "IP fragments sent"),
-        Field.counter("IPRxPacketsCount", "IP packets received"),
-        Field.counter("IPRxBytesCount", "IP bytes received"),
-        Field.counter("IPRxFragmentsCount", "IP fragments received"),
-        Field.counter("IPDatagramReassemblyCount", "IP reassemblies"),
-        Field.counter("IPv6RxPacketsCount", "IPv6 packets received"),
-        Field.counter("IPRxPacketErrorCount", "IP packet errors"),
-        Field.counter("IPReassemblyErrorCount", "IP reassembly errors"),
-        Field.counter("TCPTxSegmentsCount", "TCP segments sent"),
-        Field.counter("TCPTxBytesCount", "TCP bytes sent"),
-        Field.counter("TCPRxSegmentsCount", "TCP segments received"),
-        Field.counter("TCPRxBytesCount", "TCP bytes received"),
-        Field.counter("TCPTimerExpiredCount", "TCP timers expired"),
-        Field.counter("TCPRxACKCount", "TCP ACKs received"),
-        Field.counter("TCPTxACKCount", "TCP ACKs sent"),
-        Field.counter("TCPRxErrorSegmentCount", "TCP segment errors"),
-        Field.counter("TCPWindowProbeUpdateCount", "TCP window probes"),
-        Field.counter("iSCSITxPDUCount", "iSCSI PDUs sent"),
-        Field.counter("iSCSITxBytesCount", "iSCSI bytes sent"),
-        Field.counter("iSCSIRxPDUCount", "iSCSI PDUs received"),
-        Field.counter("iSCSIRxBytesCount", "iSCSI bytes received"),
-        Field.counter("iSCSICompleteIOsCount", "iSCSI I/Os completed"),
-        Field.counter("iSCSIFormatErrorCount", "iSCSI format errors"),
-        Field.counter("iSCSIHeaderDigestCount", "iSCSI header digests"),
-        Field.counter("iSCSIDataDigestErrorCount", "iSCSI data digests"),
-        Field.counter("iSCSISeqErrorCount", "iSCSI sequence errors"));
+    private static final CounterField[] COUNTERS = {
+        new CounterField("MACTxFramesCount", "MAC frames sent"),
+        new CounterField("MACTxBytesCount", "MAC bytes sent"),
+        new CounterField("MACRxFramesCount", "MAC frames received"),
+        new CounterField("MACRxBytesCount", "MAC bytes received"),
+        new CounterField("MACCRCErrorCount", "MAC CRC errors"),
+        new CounterField("IPTxPacketsCount", "IP packets sent"),
+        new CounterField("IPTxBytesCount", "IP bytes sent"),
+        new CounterField("IPTxFragmentsCount", "IP fragments sent"),
+        new CounterField("IPRxPacketsCount", "IP packets received"),
+        new CounterField("IPRxBytesCount", "IP bytes received"),
+        new CounterField("IPRxFragmentsCount", "IP fragments received"),
+        new CounterField("IPDatagramReassemblyCount", "IP reassemblies"),
+        new CounterField("IPv6RxPacketsCount", "IPv6 packets received"),
+        new CounterField("IPRxPacketErrorCount", "IP packet errors"),
+        new CounterField("IPReassemblyErrorCount", "IP reassembly errors"),
+        new CounterField("TCPTxSegmentsCount", "TCP segments sent"),
+        new CounterField("TCPTxBytesCount", "TCP bytes sent"),
+        new CounterField("TCPRxSegmentsCount", "TCP segments received"),
+        new CounterField("TCPRxBytesCount", "TCP bytes received"),
+        new CounterField("TCPTimerExpiredCount", "TCP timers expired"),
+        new CounterField("TCPRxACKCount", "TCP ACKs received"),
+        new CounterField("TCPTxACKCount", "TCP ACKs sent"),
+        new CounterField("TCPRxErrorSegmentCount", "TCP segment errors"),
+        new CounterField("TCPWindowProbeUpdateCount", "TCP window probes"),
+        new CounterField("iSCSITxPDUCount", "iSCSI PDUs sent"),
+        new CounterField("iSCSITxBytesCount", "iSCSI bytes sent"),
+        new CounterField("iSCSIRxPDUCount", "iSCSI PDUs received"),
+        new CounterField("iSCSIRxBytesCount", "iSCSI bytes received"),
+        new CounterField("iSCSICompleteIOsCount", "iSCSI I/Os completed"),
+        new CounterField("iSCSIFormatErrorCount", "iSCSI format errors"),
+        new CounterField("iSCSIHeaderDigestCount", "iSCSI header digests"),
+        new CounterField("iSCSIDataDigestErrorCount", "iSCSI data digests"),
+        new CounterField("iSCSISeqErrorCount", "iSCSI sequence errors"),
+    };
+    private static final RecordTable TABLE = new RecordTable(COUNTERS);
 
     private Statistics() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "stats show":
-                return new Show();
-            default:
-                return new Reset();
-        }
-    }
 
     private static PortStatistics read(Adapter adapter) {
         PortStatistics statistics = new PortStatistics();
@@ -62,10 +57,14 @@ final class Statistics {
 
     /** hba stats show. */
     static final class Show extends DeviceCommand {
-        private final OptionSpec watch = option("--watch", Field.number("seconds", 16, "Seconds"),
-            "Show them again every so many seconds, with what was added, until interrupted.");
-        private final OptionSpec times = option("--times", Field.number("times", 31, "Times"),
+        private static final long LEAST_PAUSE = 100;
+        private static final long LONGEST_PAUSE = 65_535_000;
+
+        private final OptionSpec watch = option("--watch", "SECONDS",
+            "Show them again every so many seconds, at least 0.1, with what was added, until interrupted.");
+        private final OptionSpec times = option("--times", new NumberField("times", 31, "Times"),
             "With --watch: end after so many times.");
+        private long pause;
 
         Show() {
             super("Shows the counters of the adapter's port.");
@@ -73,9 +72,20 @@ final class Statistics {
 
         @Override
         void prepare() {
-            if (times.getValue() != null && watch.getValue() == null) {
+            if (watch.getValue() != null) {
+                pause = milliseconds(watch.getValue());
+            } else if (times.getValue() != null) {
                 throw new BadInput("--times goes with --watch");
             }
+        }
+
+        private static long milliseconds(String seconds) {
+            long value = seconds.matches("\\d{1,9}(\\.\\d{1,9})?")
+                ? new BigDecimal(seconds).movePointRight(3).longValue() : 0;
+            if (value < LEAST_PAUSE || value > LONGEST_PAUSE) {
+                throw new BadInput("--watch: '" + seconds + "' is not permitted: 0.1 to 65535 s");
+            }
+            return value;
         }
 
         @Override
@@ -89,7 +99,7 @@ final class Statistics {
             while (--left > 0) {
                 System.out.flush();
                 try {
-                    Thread.sleep(1000L * number(watch));
+                    Thread.sleep(pause);
                 } catch (InterruptedException e) {
                     return DONE;
                 }
@@ -110,40 +120,43 @@ final class Statistics {
         private void show(PortStatistics now, PortStatistics before) throws IOException {
             if (wantsJson()) {
                 JsonWriter json = jsonWriter();
-                TABLE.write(json, now, false);
+                TABLE.write(json, now);
                 finish(json);
                 return;
             }
             boolean again = now != before;
             TextOutput.Columns columns = again ? new TextOutput.Columns("Counter", "Value", "Added")
                                                : new TextOutput.Columns("Counter", "Value");
-            for (Field field : TABLE.fields()) {
-                BigInteger value = (BigInteger) field.get(now);
-                columns.row(field.label, value, value.subtract((BigInteger) field.get(before)));
+            for (CounterField counter : COUNTERS) {
+                BigInteger value = counter.get(now);
+                columns.row(counter.label, value, value.subtract(counter.get(before)));
             }
             columns.print(System.out);
         }
     }
 
     /** hba stats reset. */
-    static final class Reset extends DeviceCommand {
-        private final OptionSpec port = option("--port", Field.number("port", 16, "Port"),
+    static final class Reset extends WriteCommand {
+        private final OptionSpec port = option("--port", new NumberField("port", 16, "Port"),
             "Port, 0 to 65535; 0 without this option.");
 
         Reset() {
             super("Sets the counters of the adapter's port to zero.");
-            needsConfirmation();
         }
 
         @Override
-        void prepare() {
-            confirm("sets the counters to zero");
+        List<String> losses(Adapter adapter) {
+            return List.of("sets the counters of adapter " + adapter.dev + " to zero");
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
+        void write(Adapter adapter) {
             adapter.check("resetting the counters",
                 adapter.api.resetISCSICounters(adapter.dev, port.getValue() == null ? 0 : number(port)));
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("The counters of adapter " + adapter.dev + " were set to zero.");
             return DONE;
         }

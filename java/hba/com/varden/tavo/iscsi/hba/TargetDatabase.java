@@ -9,39 +9,25 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 
 /** Discovered targets, and their logical units one by one. */
 final class TargetDatabase {
-    static final RecordTable ADDRESS = new RecordTable(
-        Field.number("bus", 16, "Bus"),
-        Field.number("targetID", 16, "Target"),
-        Field.number("LUN", 16, "LUN"));
-
     private static final RecordTable TARGET = new RecordTable(
-        Field.number("instance", 32, "Instance"),
-        Field.text("hostName", 128, "Host name"),
-        Field.address("IPAddress", "IP address"),
-        Field.number("TCPPortNumber", 16, "TCP port"),
-        Field.number("nodeCount", 16, "Nodes"),
-        Field.number("sessionID", 16, "Session ID"),
-        Field.number("connectionID", 16, "Connection ID"),
-        Field.number("portalGroup", 16, "Portal group"),
-        Field.record("targetInfo", ADDRESS, "Address"),
-        Field.record("nodeInfo", NodeInfo.TABLE, "Node"));
+        new NumberField("instance", 32, "Instance"),
+        new TextField("hostName", 128, "Host name"),
+        new AddressField("IPAddress", "IP address"),
+        new NumberField("TCPPortNumber", 16, "TCP port"),
+        new NumberField("nodeCount", 16, "Nodes"),
+        new NumberField("sessionID", 16, "Session ID"),
+        new NumberField("connectionID", 16, "Connection ID"),
+        new NumberField("portalGroup", 16, "Portal group"),
+        new RecordField("targetInfo", ScsiPassThrough.ADDRESS, "Address"),
+        new RecordField("nodeInfo", NodeInfo.TABLE, "Node"));
 
     private static final RecordTable LUN = new RecordTable(
-        Field.record("targetInfo", ADDRESS, "Address"),
-        Field.record("SCSIInqInfo", ScsiPassThrough.INQUIRY, "Identity"),
+        new RecordField("targetInfo", ScsiPassThrough.ADDRESS, "Address"),
+        new RecordField("SCSIInqInfo", ScsiPassThrough.INQUIRY, "Identity"),
         ScsiPassThrough.LAST_BLOCK, ScsiPassThrough.BLOCK_LENGTH, ScsiPassThrough.CAPACITY,
         ScsiPassThrough.CAPACITY_MINIMUM);
 
     private TargetDatabase() {}
-
-    static Command command(String name) {
-        switch (name) {
-            case "target portal":
-                return new Portal();
-            default:
-                return new LunShow();
-        }
-    }
 
     /** hba target portal. */
     static final class Portal extends DeviceCommand {

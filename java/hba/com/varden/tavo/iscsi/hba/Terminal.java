@@ -1,17 +1,19 @@
 package com.varden.tavo.iscsi.hba;
 
-import java.io.Console;
-import java.io.File;
+import com.google.gson.stream.JsonWriter;
+import java.io.BufferedOutputStream;
 import java.io.FileDescriptor;
 import java.io.FileOutputStream;
+import java.io.FilterOutputStream;
 import java.io.IOException;
+import java.io.OutputStream;
 import java.io.PrintStream;
 import java.lang.reflect.Constructor;
 import java.nio.charset.StandardCharsets;
 import java.util.function.BooleanSupplier;
 
 /**
- * Where the tool's words go and come from.
+ * Where the tool's words go.
  *
  * The libraries print lines on the C standard output, which must not come between those of a result. The launcher
  * therefore gives the VM the user's standard error for both of its standard streams, where the libraries' lines join
@@ -20,14 +22,35 @@ import java.util.function.BooleanSupplier;
 final class Terminal {
     private static final int BUFFER = 8192;
 
+    private static Output result;
     private static boolean progressShown;
 
     private Terminal() {}
 
+    /** The standard output, which keeps in mind why it could not be written. */
+    private static final class Output extends FilterOutputStream {
+        private IOException failure;
+
+        Output(OutputStream out) {
+            super(out);
+        }
+
+        @Override
+        public void write(byte[] bytes, int offset, int length) throws IOException {
+            try {
+                out.write(bytes, offset, length);
+            } catch (IOException e) {
+                failure = e;
+                throw e;
+            }
+        }
+    }
+
     static void start() throws ReflectiveOperationException {
         Integer output = Integer.getInteger("hba.output");
-        System.setOut(stream(output == null ? FileDescriptor.out : descriptor(output), false));
-        System.setErr(stream(FileDescriptor.err, true));
+        result = new Output(new FileOutputStream(output == null ? FileDescriptor.out : descriptor(output)));
+        System.setOut(stream(result, false));
+        System.setErr(stream(new FileOutputStream(FileDescriptor.err), true));
     }
 
     // Java names only the first three; the launcher opens java.io for this. A file under /dev/fd would be opened anew,
@@ -38,57 +61,26 @@ final class Terminal {
         return constructor.newInstance(number);
     }
 
-    private static PrintStream stream(FileDescriptor descriptor, boolean autoFlush) {
-        return new PrintStream(new java.io.BufferedOutputStream(new FileOutputStream(descriptor), BUFFER), autoFlush,
-            StandardCharsets.UTF_8);
+    private static PrintStream stream(OutputStream out, boolean autoFlush) {
+        return new PrintStream(new BufferedOutputStream(out, BUFFER), autoFlush, StandardCharsets.UTF_8);
     }
 
-    /** The file that a name means where the user stands, which is not the VM's current directory. */
-    static File file(String name) {
-        File file = new File(name);
-        String directory = System.getProperty("hba.directory");
-        return (file.isAbsolute() || directory == null ? file : new File(directory, name)).getAbsoluteFile();
+    /** Writes what is left of the result; whether all of it was written. */
+    static boolean finish() {
+        return !System.out.checkError();
     }
 
-    /** Asks before something is destroyed or interrupted; --yes has been asked for already. */
-    static void confirm(String what) {
-        Console console = System.console();
-        if (console == null) {
-            throw new BadInput("this " + what + ": give --yes to have it done without a question");
-        }
-        String answer = console.readLine("This %s. Continue? [y/N] ", what);
-        if (answer == null || !answer.trim().equalsIgnoreCase("y") && !answer.trim().equalsIgnoreCase("yes")) {
-            throw new OperationFailed("nothing was done");
-        }
+    /** Whether the result was not written because nobody reads it any more, as behind a pipe. */
+    static boolean readerHasGone() {
+        return result.failure != null && String.valueOf(result.failure.getMessage()).contains("Broken pipe");
     }
 
-    /** A secret that the user types without seeing it, twice. */
-    static String askSecret(String what) {
-        Console console = System.console();
-        if (console == null) {
-            throw new BadInput("no terminal to ask for the " + what + ": use --secret-file FILE, or - for the standard "
-                + "input");
-        }
-        char[] first = console.readPassword("%s: ", what);
-        char[] second = console.readPassword("%s again: ", what);
-        if (first == null || second == null || !java.util.Arrays.equals(first, second)) {
-            throw new BadInput("the two " + what + "s differ; nothing was done");
-        }
-        return new String(first);
-    }
-
-    /** The first line of a file, or of the standard input for "-". */
-    static String firstLine(String name) {
-        try {
-            byte[] bytes = name.equals("-") ? System.in.readAllBytes()
-                                            : java.nio.file.Files.readAllBytes(file(name).toPath());
-            String text = new String(bytes, StandardCharsets.UTF_8);
-            int end = text.indexOf('\n');
-            String line = end < 0 ? text : text.substring(0, end);
-            return line.endsWith("\r") ? line.substring(0, line.length() - 1) : line;
-        } catch (IOException e) {
-            throw new BadInput(name + " cannot be read: " + reason(e));
-        }
+    /** A writer of documents in which no character steers a terminal. */
+    static JsonWriter json(OutputStream out, String indent) {
+        JsonWriter writer = new JsonWriter(new TerminalText.JsonEscapes(out));
+        writer.setIndent(indent);
+        writer.setHtmlSafe(false);
+        return writer;
     }
 
     /** Shows on a terminal how far long work has come. */
@@ -129,20 +121,20 @@ final class Terminal {
 
     /** Says something that is not part of the result. */
     static void message(String text) {
+        endProgress();
+        System.err.println("hba: " + TerminalText.lines(text));
+    }
+
+    /** Asks something; the answer is read elsewhere. */
+    static void prompt(String text) {
+        System.err.print(TerminalText.lines(text));
+        System.err.flush();
+    }
+
+    static void endProgress() {
         if (progressShown) {
             System.err.println();
             progressShown = false;
         }
-        System.err.println("hba: " + text);
-    }
-
-    static String reason(IOException e) {
-        if (e instanceof java.nio.file.NoSuchFileException) {
-            return "there is no such file";
-        }
-        if (e instanceof java.nio.file.AccessDeniedException) {
-            return "permission denied";
-        }
-        return e.getMessage();
     }
 }

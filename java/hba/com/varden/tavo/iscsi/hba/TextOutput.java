@@ -1,6 +1,5 @@
 package com.varden.tavo.iscsi.hba;
 
-import com.varden.tavo.iscsi.model.IPAddr;
 import java.io.PrintStream;
 import java.util.ArrayList;
 import java.util.List;
@@ -18,10 +17,10 @@ final class TextOutput {
         int cell = (WIDTH - indent) / 2;
         StringBuilder line = new StringBuilder();
         for (Field field : table.fields()) {
-            if (!field.isScalar()) {
+            if (!(field instanceof ScalarField<?> scalar)) {
                 continue;
             }
-            String value = field.format(field.get(owner));
+            String value = scalar.show(owner);
             boolean half = value.length() <= cell - LABEL - 1;
             if (line.length() > 0 && half) {
                 pad(line, indent + cell);
@@ -43,32 +42,16 @@ final class TextOutput {
         }
         flush(out, line);
         for (Field field : table.fields()) {
-            if (field.kind == Field.Kind.RECORD) {
+            if (field instanceof RecordField record) {
                 heading(out, field.label, indent);
-                record(out, field.table, field.get(owner), indent + INDENT);
-            } else if (field.kind == Field.Kind.LIST) {
-                int i = 0;
-                for (Object element : field.elements(owner)) {
-                    heading(out, field.label + " " + i++, indent);
-                    record(out, field.table, element, indent + INDENT);
+                record(out, record.table, record.getProperty(owner), indent + INDENT);
+            } else if (field instanceof ListField list) {
+                for (Object element : list.elements(owner)) {
+                    heading(out, list.heading(element), indent);
+                    record(out, list.table, element, indent + INDENT);
                 }
             }
         }
-    }
-
-    /** A value for people, a dash for nothing. */
-    static String text(Object value) {
-        if (value == null || value instanceof IPAddr && ((IPAddr) value).isUnspecified()) {
-            return "-";
-        }
-        String text = value.toString().stripTrailing();
-        // What comes from a target or a library does not steer the terminal.
-        for (int i = 0; i < text.length(); i++) {
-            if (Character.isISOControl(text.charAt(i))) {
-                text = text.replace(text.charAt(i), '?');
-            }
-        }
-        return text.isEmpty() ? "-" : text;
     }
 
     static void heading(PrintStream out, String text, int indent) {
@@ -114,7 +97,7 @@ final class TextOutput {
         Columns row(Object... values) {
             String[] row = new String[headings.length];
             for (int i = 0; i < row.length; i++) {
-                row[i] = TextOutput.text(values[i]);
+                row[i] = TerminalText.of(values[i]);
             }
             rows.add(row);
             return this;

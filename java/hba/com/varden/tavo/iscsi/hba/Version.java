@@ -5,10 +5,6 @@ import java.io.IOException;
 
 /** hba version. */
 final class Version extends Command {
-    static Command command() {
-        return new Version();
-    }
-
     Version() {
         super("Shows the versions of the tool and of the management library.");
     }
@@ -16,7 +12,7 @@ final class Version extends Command {
     @Override
     public Integer call() throws IOException {
         String library = Adapter.api().getVersioniSCSI();
-        String tool = Hba.class.getPackage().getImplementationVersion();
+        String tool = Version.class.getPackage().getImplementationVersion();
         if (wantsJson()) {
             JsonWriter json = jsonWriter();
             json.beginObject().name("hba").value(tool).name("managementLibrary").value(library).endObject();

@@ -1,0 +1,72 @@
+package com.varden.tavo.iscsi.bench;
+
+import com.varden.tavo.iscsi.jni.ApiWrapper;
+import com.varden.tavo.iscsi.model.DevDBEntry;
+import com.varden.tavo.iscsi.model.IPAddr;
+import java.io.IOException;
+import java.nio.ByteBuffer;
+import java.nio.channels.FileChannel;
+import java.nio.file.Path;
+import java.nio.file.StandardOpenOption;
+
+/**
+ * What a durable write of one device database entry costs, through the bridge and the software adapter: {@code
+ * DurableWrite PAIRS FOLDER}, with the folder of the adapter's settings. The VM stands in the adapter's folder.
+ */
+final class DurableWrite {
+    private static final String SECTION = "What does the store cost? A durable write of one entry";
+    private static final int SMALL_ADAPTER = 0;
+    private static final int LARGE_ADAPTER = 2;
+    private static final int SMALL_TABLE = 16;
+    private static final int LARGE_TABLE = 500;
+    private static final int RECORD = 484;
+
+    private final ApiWrapper api = new ApiWrapper();
+    private int written;
+
+    private DurableWrite() {}
+
+    public static void main(String[] arguments) throws IOException {
+        DurableWrite writes = new DurableWrite();
+        writes.open(SMALL_ADAPTER, 1, SMALL_TABLE);
+        writes.open(LARGE_ADAPTER, LARGE_TABLE, Fixture.ENTRIES);
+        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), System::nanoTime, () -> {});
+        try (FileChannel file = FileChannel.open(Path.of(arguments[1], "beside"), StandardOpenOption.CREATE,
+            StandardOpenOption.WRITE)) {
+            timing.ratio(() -> writes.write(SMALL_ADAPTER), () -> sync(file))
+                .print(SECTION, "bridge and adapter / 484 bytes and fdatasync", "0..2");
+        }
+        timing.ratio(() -> writes.write(LARGE_ADAPTER), () -> writes.write(SMALL_ADAPTER))
+            .print(SECTION, "into a full table / into a small one", "0..1.1");
+    }
+
+    private void open(int dev, int fewest, int most) {
+        boolean opened = api.openDevice(dev);
+        int entries = opened ? api.getiSCSIEntryNum(dev) : -1;
+        if (entries < fewest || entries > most) {
+            throw new IllegalStateException("adapter " + dev + " holds " + entries + " entries");
+        }
+    }
+
+    // Every write changes the entry, so that none can be left out.
+    private int write(int dev) {
+        DevDBEntry entry = new DevDBEntry();
+        entry.setTargetID(10);
+        entry.setState(1);
+        entry.getNodeInfo().setiSCSIName("iqn.2004-08.com.varden:bench");
+        entry.getNodeInfo().setAlias("write " + written++);
+        entry.getNodeInfo().setIPAddress(IPAddr.parse("10.99.0.10"));
+        entry.getDeviceEntry().setPortNumber(3260);
+        return api.setDDBData(dev, entry, 0);
+    }
+
+    private static int sync(FileChannel file) {
+        try {
+            int left = RECORD - file.write(ByteBuffer.allocate(RECORD), 0);
+            file.force(false);
+            return left;
+        } catch (IOException e) {
+            throw new IllegalStateException(e);
+        }
+    }
+}

@@ -1,0 +1,12 @@
+package com.varden.tavo.iscsi.codes;
+
+/** What an entry of the connection-error log tells of: {@code ConnectionError.getEntryType}. */
+public final class ErrorEntryType {
+    public static final int LOGIN_FAILED = 1;
+    public static final int LOGGED_OUT = 2;
+
+    /** What the numbers mean. */
+    public static final Meanings MEANINGS = Meanings.of(LOGIN_FAILED, "login failed").and(LOGGED_OUT, "logged out");
+
+    private ErrorEntryType() {}
+}

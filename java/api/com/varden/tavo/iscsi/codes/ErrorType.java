@@ -1,0 +1,17 @@
+package com.varden.tavo.iscsi.codes;
+
+/** Why a login failed: {@code ConnectionError.getErrorType}. */
+public final class ErrorType {
+    /** Nothing failed: the entry tells of a logout. */
+    public static final int NONE = 0;
+    public static final int NO_ANSWER = 1;
+    /** The error detail is the {@link LoginStatus}. */
+    public static final int REFUSED = 2;
+
+    /** What the numbers mean. */
+    public static final Meanings MEANINGS = Meanings.of(NONE, "none")
+        .and(NO_ANSWER, "no answer")
+        .and(REFUSED, "refused");
+
+    private ErrorType() {}
+}

@@ -1,0 +1,89 @@
+package com.varden.tavo.iscsi.hba;
+
+import com.google.gson.JsonPrimitive;
+
+/** An unsigned number of 1 to 32 bits, whatever its Java type: a short of -32768 in a 16-bit field is 32768. */
+class NumberField extends SettingField<Long> {
+    /** Width in bits. */
+    final int width;
+    private long minimum;
+    private long maximum;
+    private String unit = "";
+
+    NumberField(String name, int width, String label) {
+        super(name, label);
+        this.width = width;
+        this.maximum = (1L << width) - 1;
+    }
+
+    final NumberField min(long value) {
+        minimum = value;
+        return this;
+    }
+
+    final NumberField max(long value) {
+        maximum = value;
+        return this;
+    }
+
+    final NumberField unit(String text) {
+        unit = " " + text;
+        return this;
+    }
+
+    @Override
+    final String range() {
+        return minimum + " to " + maximum + unit;
+    }
+
+    @Override
+    final String valueLabel() {
+        return "N";
+    }
+
+    @Override
+    final Long parse(String text) {
+        try {
+            long value = Long.decode(text.startsWith("0x") || text.startsWith("0X") ? text : decimal(text));
+            if (value >= minimum && value <= maximum) {
+                return value;
+            }
+        } catch (NumberFormatException e) {
+            // Said below, like a number that is too large.
+        }
+        throw wrong(text);
+    }
+
+    // Long.decode would read a leading zero as octal.
+    private static String decimal(String text) {
+        int start = 0;
+        while (start < text.length() - 1 && text.charAt(start) == '0') {
+            start++;
+        }
+        return text.startsWith("+") ? "" : text.substring(start);
+    }
+
+    @Override
+    final boolean accepts(JsonPrimitive value) {
+        return !value.isBoolean();
+    }
+
+    @Override
+    Long get(Object owner) {
+        return ((Number) getProperty(owner)).longValue() & (1L << width) - 1;
+    }
+
+    @Override
+    final void set(Object owner, Long value) {
+        Class<?> type = propertyType(owner);
+        Object argument = type == byte.class ? (Object) value.byteValue()
+            : type == short.class ? (Object) value.shortValue()
+            : (Object) value.intValue();
+        setProperty(owner, argument);
+    }
+
+    @Override
+    String format(Long value) {
+        return value + unit;
+    }
+}

@@ -1,0 +1,62 @@
+package com.varden.tavo.iscsi.hba;
+
+import com.google.gson.JsonElement;
+import com.google.gson.stream.JsonWriter;
+import java.io.IOException;
+import java.util.Objects;
+
+/** A field with one value, which can be shown. */
+abstract class ScalarField<T> extends Field {
+    ScalarField(String name, String label) {
+        super(name, label);
+    }
+
+    /** The value, in the form in which the tool works with it. */
+    abstract T get(Object owner);
+
+    /** A value for people, a dash for nothing. */
+    String format(T value) {
+        return TerminalText.of(value);
+    }
+
+    /** The owner's value for people. */
+    final String show(Object owner) {
+        return format(get(owner));
+    }
+
+    @Override
+    final void write(JsonWriter json, Object owner) throws IOException {
+        T value = get(owner);
+        if (value == null) {
+            json.nullValue();
+        } else if (value instanceof Number number) {
+            json.value(number);
+        } else if (value instanceof Boolean flag) {
+            json.value(flag);
+        } else {
+            json.value(value.toString());
+        }
+    }
+
+    @Override
+    void read(JsonElement value, Object owner, String place) {
+        throw new IllegalStateException(name + " cannot be set");
+    }
+
+    @Override
+    void copy(Object from, Object to) {
+        throw new IllegalStateException(name + " cannot be set");
+    }
+
+    @Override
+    final void compare(Object wanted, Object found, String place, Differences differences) {
+        if (!isSame(get(wanted), get(found))) {
+            differences.add(place, show(wanted), show(found));
+        }
+    }
+
+    /** Whether the adapter holds what was wanted. Text that was not supplied is written as empty text. */
+    boolean isSame(T wanted, T found) {
+        return Objects.equals(wanted == null ? "" : wanted, found == null ? "" : found);
+    }
+}
