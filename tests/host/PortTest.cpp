@@ -76,6 +76,11 @@ CommandResult readCapacity(TargetPort &port, const SessionRequest &request, SD_U
     return port.execute(request, lun, command, sizeof(READ_CAPACITY_DATA));
 }
 
+bool succeeded(const CommandResult &result)
+{
+    return result.login.reach == Reach::session && result.status == SCSI_GOOD;
+}
+
 SD_UINT32 wordAt(const std::vector<SD_UINT8> &bytes, std::size_t place)
 {
     if (bytes.size() < place + 4) {

@@ -38,6 +38,9 @@ CommandResult reportLuns(TargetPort &port, const SessionRequest &request, SD_UIN
 CommandResult inquiry(TargetPort &port, const SessionRequest &request, SD_UINT16 lun);
 CommandResult readCapacity(TargetPort &port, const SessionRequest &request, SD_UINT16 lun);
 
+// Whether a command reached its unit and ended well.
+bool succeeded(const CommandResult &result);
+
 // A big-endian number of four bytes.
 SD_UINT32 wordAt(const std::vector<SD_UINT8> &bytes, std::size_t place);
 

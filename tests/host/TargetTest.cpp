@@ -76,7 +76,7 @@ TEST_F(Target, AnswersComeAsTheTargetSentThem)
 
     // The list names its full length, also where it is cut off.
     const CommandResult list = reportLuns(*port_, request);
-    EXPECT_EQ(list.status, SCSI_GOOD);
+    EXPECT_TRUE(succeeded(list));
     EXPECT_EQ(list.data.size(), 8 + 3 * 8); // the controller and two disks
     EXPECT_EQ(wordAt(list.data, 0), 3 * 8U);
     const CommandResult part = reportLuns(*port_, request, 16);
@@ -88,7 +88,7 @@ TEST_F(Target, AnswersComeAsTheTargetSentThem)
 
     // The unit attention after a login is not the caller's affair.
     const CommandResult large = readCapacity(*port_, request, 1);
-    EXPECT_EQ(large.status, SCSI_GOOD);
+    EXPECT_TRUE(succeeded(large));
     EXPECT_EQ(wordAt(large.data, 0), 0xFFFFFFFF); // more than the command can tell
     EXPECT_EQ(wordAt(large.data, 4), 512U);
     const CommandResult longBlocks = readCapacity(*port_, request, 2);
@@ -183,8 +183,8 @@ TEST_F(Target, TwoInitiatorsOfOneNameDoNotThrowEachOtherOut)
     };
     for (int round = 0; round < 3; ++round) {
         const SD_UINT64 before = loggedIn(counters_.sum());
-        EXPECT_EQ(reportLuns(*port_, request).status, SCSI_GOOD);
-        EXPECT_EQ(reportLuns(*other, request).status, SCSI_GOOD);
+        EXPECT_TRUE(succeeded(reportLuns(*port_, request)));
+        EXPECT_TRUE(succeeded(reportLuns(*other, request)));
         EXPECT_EQ(loggedIn(counters_.sum()) - before, 1U) << "logged in anew";
     }
 }
@@ -201,7 +201,7 @@ TEST_F(Target, HundredsOfUnitsAndTargets)
     }
     const SessionRequest request = requestFor(crowded.address(), crowded.port(), "iqn.2024-01.example:crowd0");
     EXPECT_EQ(wordAt(reportLuns(*port_, request, 4096).data, 0), 8U * (MANY_UNITS + 1));
-    EXPECT_EQ(inquiry(*port_, request, MANY_UNITS).status, SCSI_GOOD);
+    EXPECT_TRUE(succeeded(inquiry(*port_, request, MANY_UNITS)));
 
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(port_->discover(request).targets.size(), static_cast<std::size_t>(MANY_UNITS));
@@ -214,7 +214,7 @@ TEST_F(Target, Ipv6)
     const std::string name = "iqn.2024-01.example:six";
     six.addTarget(name);
     const SessionRequest request = requestFor(six.address(), six.port(), name);
-    EXPECT_EQ(reportLuns(*port_, request).status, SCSI_GOOD);
+    EXPECT_TRUE(succeeded(reportLuns(*port_, request)));
     const DiscoveryResult found = port_->discover(request);
     ASSERT_EQ(found.targets.size(), 1U);
     EXPECT_EQ(toText(found.targets[0].portals.at(0).address), "::1");
