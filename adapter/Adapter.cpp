@@ -1,31 +1,19 @@
-// Where an adapter keeps its files.
 #include "Adapter.h"
-#include "Fields.h"
 
-namespace
-{
+#include <utility>
 
-FlashHeader headerOf(const AdapterModel &model, std::string_view magic)
+Adapter::Adapter(std::shared_ptr<const AdapterModel> fixed, const Folder &folder)
+    : model_(std::move(fixed)), settings(folder, model_->key, factorySettings(*model_)),
+      activity(folder, model_->key, factoryActivity(*model_)), port_(openPort(*model_, *this))
 {
-    FlashHeader header{};
-    std::copy_n(magic.data(), sizeof header.magic, header.magic);
-    header.formatVersion = FLASH_FORMAT;
-    header.adapterIndex = model.index;
-    setText(header.serialNumber, model.serialNumber);
-    return header;
 }
 
-std::string fileName(const AdapterModel &model, const std::string &folder, const char *suffix)
+void Adapter::count(const HBAPORTSTATISCSI &more)
 {
-    return folder + "adapter" + std::to_string(model.index) + suffix;
+    activity.count(more);
 }
 
-} // namespace
-
-Adapter::Adapter(const AdapterModel &fixed, const std::string &folder)
-    : model(fixed),
-      settings(FlashFile(fileName(fixed, folder, ".flash"), headerOf(fixed, "TAVOFLSH"), true), factorySettings(fixed)),
-      activity(FlashFile(fileName(fixed, folder, ".counters"), headerOf(fixed, "TAVOCNTS"), false),
-               factoryActivity(fixed))
+void Adapter::heardOf(const ISCSIIPADDR &address, const MacAddress &mac)
 {
+    activity.heardOf(address, mac);
 }

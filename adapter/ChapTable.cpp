@@ -1,7 +1,9 @@
-// The CHAP table. It is read and replaced as a whole; the secrets go to the caller and to the flash file only.
+// The CHAP table. It is read and replaced as a whole; the secrets go to the caller, to the database of the
+// settings and to the port that logs in with them.
 #include "Library.h"
 
 #include <algorithm>
+#include <iterator>
 
 extern "C" {
 
@@ -20,7 +22,9 @@ SD_UINT32 SDGetCHAPTable(SDMGT_HANDLE handle, CHAPTABLE *table, SD_UINT32 *count
         requirePointers(table, count);
         const auto settings = adapter.settings.read();
         const SD_UINT32 filled = std::min(*count, static_cast<SD_UINT32>(settings->chap.size()));
-        std::copy_n(settings->chap.begin(), filled, table);
+        for (SD_UINT32 number = 0; number < filled; ++number) {
+            table[number] = *settings->chap[number];
+        }
         *count = filled;
     });
 }
@@ -31,7 +35,10 @@ SD_UINT32 SDSetCHAPTable(SDMGT_HANDLE handle, CHAPTABLE *table, SD_UINT32 *count
         requirePointers(table, count);
         const SD_UINT32 records = *count;
         require(records >= 1 && records <= CHAP_CAPACITY, ERR_INVALID_PARAMETER);
-        adapter.settings.change([&](Settings &settings) { settings.chap.assign(table, table + records); });
+        adapter.settings.change([&](Settings &settings) {
+            settings.chap.clear();
+            std::transform(table, table + records, std::back_inserter(settings.chap), shareChap);
+        });
     });
 }
 }

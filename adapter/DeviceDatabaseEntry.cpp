@@ -1,38 +1,7 @@
-// The device database: entries in use, kept in the order of their index, and what links them.
+// The device database: entries in use, what links them, and the logins that follow from writing them.
+#include "Fields.h"
 #include "Initiator.h"
 #include "Library.h"
-#include "Fields.h"
-
-#include <algorithm>
-#include <utility>
-
-std::vector<DEVICEENTRYISCSI>::const_iterator Settings::place(SD_UINT32 index) const
-{
-    return std::ranges::lower_bound(entries, index, {}, &DEVICEENTRYISCSI::TargetID);
-}
-
-const DEVICEENTRYISCSI *Settings::find(SD_UINT32 index) const
-{
-    const auto entry = place(index);
-    return entry != entries.end() && entry->TargetID == index ? &*entry : nullptr;
-}
-
-DEVICEENTRYISCSI *Settings::find(SD_UINT32 index)
-{
-    const DEVICEENTRYISCSI *entry = std::as_const(*this).find(index);
-    return entry == nullptr ? nullptr : &entries[static_cast<std::size_t>(entry - entries.data())];
-}
-
-void Settings::verify() const
-{
-    const auto unordered = [](const DEVICEENTRYISCSI &one, const DEVICEENTRYISCSI &next) {
-        return one.TargetID >= next.TargetID;
-    };
-    const bool ordered = std::ranges::adjacent_find(entries, unordered) == entries.end();
-    if (!ordered || (!entries.empty() && entries.back().TargetID >= DDB_SLOTS)) {
-        throw Damaged{"its device database is not in order"};
-    }
-}
 
 extern "C" {
 
@@ -40,7 +9,7 @@ SD_UINT32 SDGetDDBEntryNum(SDMGT_HANDLE handle, SD_UINT32 *count)
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(count);
-        *count = static_cast<SD_UINT32>(adapter.settings.read()->entries.size());
+        *count = static_cast<SD_UINT32>(adapter.settings.read()->entries().size());
     });
 }
 
@@ -51,13 +20,15 @@ SD_UINT32 SDGetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 
         requirePointers(entry);
         require(index < DDB_SLOTS, ERR_INVALID_PARAMETER);
         const auto settings = adapter.settings.read();
-        auto place = settings->place(index);
         *entry = {};
         entry->TargetID = index;
-        if (place != settings->entries.end() && place->TargetID == index) {
-            *entry = *place++;
+        if (const SharedEntry present = settings->find(index)) {
+            *entry = *present;
+            if (adapter.loginsUnderWay.at(index) > 0 && present->DeviceState != ENTRY_LOGGED_OUT) {
+                entry->DeviceState = ENTRY_LOGGING_IN;
+            }
         }
-        entry->NextValid = place == settings->entries.end() ? 0 : place->TargetID;
+        entry->NextValid = settings->nextAfter(index);
     });
 }
 
@@ -65,7 +36,7 @@ SD_UINT32 SDGetDefaultDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry)
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(entry);
-        *entry = defaultEntry(adapter.model);
+        *entry = defaultEntry(adapter.model());
     });
 }
 
@@ -74,15 +45,17 @@ SD_UINT32 SDGetInitialDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(entry);
         require(index < DDB_SLOTS, ERR_INVALID_PARAMETER);
-        *entry = defaultEntry(adapter.model);
+        *entry = defaultEntry(adapter.model());
         entry->TargetID = index;
-        entry->InitiatorSessID[4] = static_cast<SD_UINT8>(index >> 8);
-        entry->InitiatorSessID[5] = static_cast<SD_UINT8>(index);
+        setSessionId(*entry);
     });
 }
 
-// Writes all of the entry except its index and NextValid, which are the adapter's. A DeviceState of 0 frees the slot.
-// Whether the adapter can log in to the target does not decide the write; a failed login goes to the log.
+// Writes all of the entry except its index and NextValid, which are the adapter's. A DeviceState of 0 frees the slot, 3
+// leaves the target logged out. With any other the adapter then logs in, and the state becomes 2 or 1 by the outcome:
+// that does not decide the write.
+//
+// An entry with an address but no name has the portal there asked for its targets: see addDiscovered.
 SD_UINT32 SDSetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index)
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
@@ -91,19 +64,27 @@ SD_UINT32 SDSetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 
         DEVICEENTRYISCSI written = *entry;
         written.TargetID = index;
         written.NextValid = 0;
+        if (written.DeviceState == ENTRY_LOGGING_IN) {
+            written.DeviceState = ENTRY_CONFIGURED;
+        }
         setAddressType(written.EntryInfo.IPAddr);
+        const bool wanted = written.DeviceState != ENTRY_FREE && written.DeviceState != ENTRY_LOGGED_OUT;
+        const TargetAddress target = addressOf(written);
+        if (wanted && target.name.empty() && !isZero(target.address)) {
+            addDiscovered(adapter, written);
+            return;
+        }
         adapter.settings.change([&](Settings &settings) {
-            DEVICEENTRYISCSI *present = settings.find(index);
             if (written.DeviceState == ENTRY_FREE) {
-                std::erase_if(settings.entries, [&](const DEVICEENTRYISCSI &other) { return other.TargetID == index; });
-            } else if (present != nullptr) {
-                *present = written;
+                settings.free(index);
             } else {
-                settings.entries.insert(settings.place(index), written);
+                settings.place(written);
             }
         });
-        if (written.DeviceState != ENTRY_FREE && written.DeviceState != ENTRY_LOGGED_OUT) {
+        if (wanted) {
             login(adapter, written);
+        } else {
+            endSession(adapter, index, false);
         }
     });
 }
@@ -116,15 +97,15 @@ SD_UINT32 SDSendiSCSILogout(SDMGT_HANDLE handle, LOGOUTISCSI *logout)
         const SD_UINT32 index = logout->TargetID;
         bool ended = false;
         adapter.settings.change([&](Settings &settings) {
-            DEVICEENTRYISCSI *entry = settings.find(index);
-            require(entry != nullptr, ERR_NO_SUCH_ENTRY);
-            ended = entry->DeviceState != ENTRY_LOGGED_OUT;
-            entry->DeviceState = ENTRY_LOGGED_OUT;
-            entry->TargetSessID = 0;
+            const SharedEntry present = settings.find(index);
+            require(present != nullptr, ERR_NO_SUCH_ENTRY);
+            ended = present->DeviceState != ENTRY_LOGGED_OUT;
+            DEVICEENTRYISCSI loggedOut = *present;
+            loggedOut.DeviceState = ENTRY_LOGGED_OUT;
+            loggedOut.TargetSessID = 0;
+            settings.place(loggedOut);
         });
-        if (ended) {
-            recordLogout(adapter, index);
-        }
+        endSession(adapter, index, ended);
     });
 }
 }

@@ -15,7 +15,7 @@ inline void require(bool condition, SD_UINT32 status)
 }
 
 // Pointers from the caller are tested before anything else is done.
-template <class... Pointer>
+template <typename... Pointer>
 void requirePointers(Pointer... pointers)
 {
     require((... && (pointers != nullptr)), ERR_INVALID_PARAMETER);

@@ -1,129 +1,194 @@
-// The adapter on the network, see Initiator.h.
 #include "Initiator.h"
 
+#include "Failure.h"
 #include "Fields.h"
 
 #include <algorithm>
+#include <cstring>
 #include <ctime>
+#include <latch>
 
 namespace
 {
 
-constexpr SD_UINT64 ISCSI_HEADER = 48; // bytes of a PDU without data
-constexpr SD_UINT64 TCP_IP_HEADERS = 40;
-constexpr SD_UINT64 FRAME_OVERHEAD = 18;
-constexpr SD_UINT64 PING_PACKET = 84;
+constexpr SD_UINT16 ISCSI_PORT = 3260;
+constexpr std::chrono::seconds USUAL_DEADLINE{10};
+constexpr SD_UINT32 FIRST_NEW_SESSION = 0x0200; // TargetSessID of the sessions that a reset makes
 
-// Has the counters and logs changed and written.
-template <class Change>
-void note(Adapter &adapter, Change &&change)
+// The session parameters of an entry, filled up with those of the firmware block where it has none.
+ISCSIDEVICE parametersOf(const Settings &settings, const ISCSIDEVICE &own)
 {
-    try {
-        adapter.activity.change(change);
-    } catch (const Failure &) {
-        return; // counting is not worth failing for
+    ISCSIDEVICE parameters = own;
+    const ISCSIDEVICE &usual = settings.block.DeviceInfo;
+    const auto fill = [](auto &value, auto other) {
+        value = value == 0 ? other : value;
+    };
+    fill(parameters.exeThrottle, usual.exeThrottle);
+    fill(parameters.retryCount, usual.retryCount);
+    fill(parameters.retryDelay, usual.retryDelay);
+    fill(parameters.iSCSIOptions, usual.iSCSIOptions);
+    fill(parameters.TCPOptions, usual.TCPOptions);
+    fill(parameters.IPOptions, usual.IPOptions);
+    fill(parameters.MaxRxDataSegmentLen, usual.MaxRxDataSegmentLen);
+    fill(parameters.firstBurstSize, usual.firstBurstSize);
+    fill(parameters.DefaultTime2Wait, usual.DefaultTime2Wait);
+    fill(parameters.DefaultTime2Retain, usual.DefaultTime2Retain);
+    fill(parameters.maxOutstandingR2T, usual.maxOutstandingR2T);
+    fill(parameters.keepAliveTimeout, usual.keepAliveTimeout);
+    fill(parameters.maxBurstSize, usual.maxBurstSize);
+    fill(parameters.taskMngmntTimeout, usual.taskMngmntTimeout);
+    return parameters;
+}
+
+// The credentials of a record of the CHAP table; none when it holds no secret.
+std::optional<Credentials> credentialsOf(const CHAPTABLE *record)
+{
+    if (record == nullptr || record->ChapSecretLength == 0) {
+        return std::nullopt;
     }
+    const std::size_t length = std::min<std::size_t>(record->ChapSecretLength, sizeof record->ChapSecret);
+    return Credentials{getText(record->ChapName), Secret(std::span(record->ChapSecret).first(length))};
 }
 
-void countPackets(HBAPORTSTATISCSI &counters, SD_UINT64 out, SD_UINT64 in, SD_UINT64 bytesOut, SD_UINT64 bytesIn)
+// What a session with an entry's target is made of; none when the CHAP table lacks a record that it needs.
+std::optional<SessionRequest> requestOf(const Settings &settings, const DEVICEENTRYISCSI &entry)
 {
-    counters.IPTxPacketsCount += out;
-    counters.IPTxBytesCount += bytesOut;
-    counters.IPRxPacketsCount += in;
-    counters.IPRxBytesCount += bytesIn;
-    counters.MACTxFramesCount += out;
-    counters.MACTxBytesCount += bytesOut + FRAME_OVERHEAD * out;
-    counters.MACRxFramesCount += in;
-    counters.MACRxBytesCount += bytesIn + FRAME_OVERHEAD * in;
+    SessionRequest request;
+    request.index = entry.TargetID;
+    request.target = addressOf(entry);
+    request.parameters = parametersOf(settings, entry.DeviceInfo);
+    request.initiatorName = getText(settings.block.iSCSIName);
+    request.initiatorAlias = getText(settings.block.Alias);
+    request.deadline = deadlineOf(settings, entry.DeviceInfo);
+    if (entry.CHAPTableIndex != 0) {
+        const CHAPTABLE *record = settings.findChap(entry.CHAPTableIndex);
+        request.own = credentialsOf(record);
+        if (!request.own) {
+            return std::nullopt;
+        }
+        if (record->Link != 0) {
+            request.targets = credentialsOf(settings.findChap(record->Link));
+            if (!request.targets) {
+                return std::nullopt;
+            }
+        }
+    }
+    return request;
 }
 
-// Requests answered by a peer, each a PDU, a segment and a packet both ways; data is what came in beside the headers.
-void countExchanges(HBAPORTSTATISCSI &counters, SD_UINT64 exchanges, SD_UINT64 data)
+void logConnection(Adapter &adapter, SD_UINT32 index, SD_UINT16 state, SD_UINT8 type, SD_UINT8 error, SD_UINT16 detail)
 {
-    const SD_UINT64 out = exchanges * ISCSI_HEADER;
-    const SD_UINT64 in = exchanges * ISCSI_HEADER + data;
-    counters.iSCSITxPDUCount += exchanges;
-    counters.iSCSITxBytesCount += out;
-    counters.iSCSIRxPDUCount += exchanges;
-    counters.iSCSIRxBytesCount += in;
-    counters.TCPTxSegmentsCount += exchanges;
-    counters.TCPTxBytesCount += out;
-    counters.TCPRxSegmentsCount += exchanges;
-    counters.TCPRxBytesCount += in;
-    counters.TCPTxACKCount += exchanges;
-    counters.TCPRxACKCount += exchanges;
-    countPackets(counters, exchanges, exchanges, out + exchanges * TCP_IP_HEADERS, in + exchanges * TCP_IP_HEADERS);
-}
-
-// Adds an entry to the connection-error log as its newest. An error that is in the log already is counted there.
-void logConnection(Activity &activity, SD_UINT32 index, SD_UINT16 state, SD_UINT8 type, SD_UINT8 error,
-                   SD_UINT16 detail)
-{
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
     CONNERRTABLE entry{};
+    entry.timeStamp.seconds = static_cast<SD_UINT32>(now.tv_sec);
+    entry.timeStamp.milliseconds = static_cast<SD_UINT32>(now.tv_nsec / 1000000);
     entry.deviceIndex = static_cast<SD_UINT16>(index);
     entry.connState = state;
     entry.entryType = type;
     entry.errorType = error;
     entry.errorDetail = detail;
-    const auto same = std::ranges::find_if(activity.errors, [&](const CONNERRTABLE &other) {
-        return other.deviceIndex == entry.deviceIndex && other.connState == state && other.entryType == type
-               && other.errorType == error && other.errorDetail == detail;
+    adapter.activity.logError(entry);
+}
+
+void logFailure(Adapter &adapter, SD_UINT32 index, const LoginResult &result)
+{
+    switch (result.reach) {
+    case Reach::session:
+        return;
+    case Reach::unreachable:
+        logConnection(adapter, index, CONNECTION_OPENING, LOG_ENTRY_LOGIN, LOG_ERROR_UNREACHABLE, 0);
+        return;
+    case Reach::timeout:
+        logConnection(adapter, index, CONNECTION_LOGIN, LOG_ENTRY_LOGIN, LOG_ERROR_TIMEOUT, 0);
+        return;
+    case Reach::unknownTarget:
+    case Reach::authentication:
+    case Reach::refused:
+        logConnection(adapter, index, CONNECTION_LOGIN, LOG_ENTRY_LOGIN, LOG_ERROR_REFUSED, result.status);
+        return;
+    }
+}
+
+SD_UINT32 stateAfter(const LoginResult &result)
+{
+    return result.reach == Reach::session ? ENTRY_SESSION : ENTRY_CONFIGURED;
+}
+
+// Whether an entry is still the one whose login this was, and not logged out meanwhile.
+bool isStill(const SharedEntry &entry, const DEVICEENTRYISCSI &asked)
+{
+    return entry != nullptr && entry->DeviceState != ENTRY_LOGGED_OUT && entry->CHAPTableIndex == asked.CHAPTableIndex
+           && std::memcmp(&entry->DeviceInfo, &asked.DeviceInfo, sizeof asked.DeviceInfo) == 0
+           && std::memcmp(&entry->EntryInfo, &asked.EntryInfo, sizeof asked.EntryInfo) == 0;
+}
+
+void setState(Settings &settings, SD_UINT32 index, SD_UINT32 state)
+{
+    DEVICEENTRYISCSI changed = *settings.find(index);
+    if (changed.DeviceState == ENTRY_LOGGED_OUT && state == ENTRY_SESSION) {
+        changed.TargetSessID = static_cast<SD_UINT16>(FIRST_NEW_SESSION + index);
+    }
+    changed.DeviceState = state;
+    settings.place(changed);
+}
+
+// Keeps the outcome of a login: in the log, and as the state of the entry when that is another one.
+void recordLogin(Adapter &adapter, const DEVICEENTRYISCSI &asked, const LoginResult &result) noexcept
+{
+    try {
+        logFailure(adapter, asked.TargetID, result);
+        const SD_UINT32 state = stateAfter(result);
+        const SharedEntry now = adapter.settings.read()->find(asked.TargetID);
+        if (isStill(now, asked) && now->DeviceState != state) {
+            adapter.settings.changeSoon([&](Settings &settings) {
+                if (isStill(settings.find(asked.TargetID), asked)) {
+                    setState(settings, asked.TargetID, state);
+                }
+            });
+        }
+    } catch (...) {
+        return; // the entry keeps the state with which it was written
+    }
+}
+
+// Starts a login; done gets the outcome. Meanwhile it is counted as under way.
+void startLogin(Adapter &adapter, const Settings &settings, const DEVICEENTRYISCSI &entry, LoginDone done)
+{
+    const auto request = requestOf(settings, entry);
+    if (!request) {
+        adapter.port().logout(entry.TargetID);
+        done({Reach::authentication, 0});
+        return;
+    }
+    std::atomic<int> &underWay = adapter.loginsUnderWay.at(entry.TargetID);
+    ++underWay;
+    adapter.port().login(*request, [&underWay, done = std::move(done)](const LoginResult &result) {
+        done(result);
+        --underWay;
     });
-    if (same != activity.errors.end()) {
-        entry.dupErrorCnt = static_cast<SD_UINT8>(std::min(same->dupErrorCnt + 1, 255));
-        activity.errors.erase(same);
-    } else if (activity.errors.size() == LOG_CAPACITY) {
-        activity.errors.erase(activity.errors.begin());
-    }
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    entry.timeStamp.seconds = static_cast<SD_UINT32>(now.tv_sec);
-    entry.timeStamp.milliseconds = static_cast<SD_UINT32>(now.tv_nsec / 1000000);
-    activity.errors.push_back(entry);
-}
-
-// Puts a host at the end of the ARP table.
-void remember(Activity &activity, const ISCSIIPADDR &address, const std::optional<MacAddress> &mac)
-{
-    if (!mac) {
-        return;
-    }
-    std::erase_if(activity.neighbours,
-                  [&](const Neighbour &other) { return sameAddress(other.entry.ipAddr, address); });
-    if (activity.neighbours.size() == LOG_CAPACITY) {
-        activity.neighbours.erase(activity.neighbours.begin());
-    }
-    Neighbour neighbour{};
-    neighbour.entry.ipAddr = address;
-    neighbour.entry.ipAddr.Reserved = 0;
-    setAddressType(neighbour.entry.ipAddr);
-    std::copy(mac->begin(), mac->end(), neighbour.entry.macAddr);
-    neighbour.entry.valid = 1;
-    neighbour.seconds = static_cast<SD_UINT32>(std::time(nullptr));
-    activity.neighbours.push_back(neighbour);
-}
-
-// What remains of an attempt to log in.
-void recordLogin(Activity &activity, SD_UINT32 index, const TargetAddress &target, Reach reach)
-{
-    if (reach == Reach::noAnswer) {
-        activity.statistics.TCPTimerExpiredCount += 1;
-        logConnection(activity, index, CONNECTION_OPENING, LOG_ENTRY_LOGIN, LOG_ERROR_TIMEOUT, 0);
-        return;
-    }
-    remember(activity, target.address, targetPort().findHost(target.address));
-    countExchanges(activity.statistics, 1, 0);
-    if (reach == Reach::unknownName) {
-        logConnection(activity, index, CONNECTION_LOGIN, LOG_ENTRY_LOGIN, LOG_ERROR_REFUSED, LOGIN_STATUS_NOT_FOUND);
-    }
-}
-
-Reach reachOf(const Adapter &adapter, const TargetAddress &target)
-{
-    return adapter.model.linkUp ? targetPort().login(target) : Reach::noAnswer;
 }
 
 } // namespace
+
+SD_UINT32 statusOf(Reach reach)
+{
+    switch (reach) {
+    case Reach::session:
+        return 0;
+    case Reach::timeout:
+        return ERR_TIMEOUT;
+    case Reach::unknownTarget:
+        return ERR_NO_SUCH_TARGET;
+    case Reach::authentication:
+        return ERR_AUTHENTICATION;
+    case Reach::refused:
+        return ERR_LOGIN_REFUSED;
+    case Reach::unreachable:
+        break;
+    }
+    return ERR_UNREACHABLE;
+}
 
 TargetAddress addressOf(const DEVICEENTRYISCSI &entry)
 {
@@ -131,88 +196,149 @@ TargetAddress addressOf(const DEVICEENTRYISCSI &entry)
     if (isZero(target.address)) {
         target.address = makeAddress(getText(entry.DeviceInfo.targetAddr));
     }
+    if (target.port == 0) {
+        target.port = ISCSI_PORT;
+    }
     return target;
 }
 
-Reach login(Adapter &adapter, const DEVICEENTRYISCSI &entry)
+void setSessionId(DEVICEENTRYISCSI &entry)
 {
-    const TargetAddress target = addressOf(entry);
-    const Reach reach = reachOf(adapter, target);
-    note(adapter, [&](Activity &activity) { recordLogin(activity, entry.TargetID, target, reach); });
-    return reach;
+    entry.InitiatorSessID[4] = static_cast<SD_UINT8>(entry.TargetID >> 8);
+    entry.InitiatorSessID[5] = static_cast<SD_UINT8>(entry.TargetID);
 }
 
-std::vector<Reach> loginAll(Adapter &adapter, const std::vector<DEVICEENTRYISCSI> &entries)
+std::chrono::milliseconds deadlineOf(const Settings &settings, const ISCSIDEVICE &parameters)
 {
-    std::vector<Reach> answers;
-    answers.reserve(entries.size());
-    for (const DEVICEENTRYISCSI &entry : entries) {
-        answers.push_back(reachOf(adapter, addressOf(entry)));
+    const std::chrono::seconds seconds(parametersOf(settings, parameters).taskMngmntTimeout);
+    return seconds.count() == 0 ? USUAL_DEADLINE : seconds;
+}
+
+void login(Adapter &adapter, const DEVICEENTRYISCSI &entry)
+{
+    startLogin(adapter, *adapter.settings.read(), entry,
+               [&adapter, entry](const LoginResult &result) { recordLogin(adapter, entry, result); });
+}
+
+void loginAll(Adapter &adapter, const SettingsStore::Change &change)
+{
+    const auto before = adapter.settings.read();
+    const std::vector<SharedEntry> entries = before->entries();
+    struct Outcomes {
+        explicit Outcomes(std::size_t count) : results(count), outstanding(static_cast<std::ptrdiff_t>(count)) {}
+        std::vector<LoginResult> results;
+        std::latch outstanding;
+    };
+    const auto outcomes = std::make_shared<Outcomes>(entries.size());
+    adapter.port().logoutAll();
+    adapter.activity.forgetNeighbours();
+    for (std::size_t number = 0; number < entries.size(); ++number) {
+        startLogin(adapter, *before, *entries[number], [outcomes, number](const LoginResult &result) {
+            outcomes->results[number] = result;
+            outcomes->outstanding.count_down();
+        });
     }
-    note(adapter, [&](Activity &activity) {
-        activity.neighbours.clear();
+    outcomes->outstanding.wait();
+    const std::vector<LoginResult> &results = outcomes->results;
+    adapter.settings.change([&](Settings &settings) {
+        change(settings);
         for (std::size_t number = 0; number < entries.size(); ++number) {
-            recordLogin(activity, entries[number].TargetID, addressOf(entries[number]), answers[number]);
+            const SharedEntry &asked = entries[number];
+            const SharedEntry now = settings.find(asked->TargetID);
+            const SD_UINT32 state = stateAfter(results[number]);
+            if (now != nullptr && now->DeviceState != state && (now == asked || isStill(now, *asked))) {
+                setState(settings, asked->TargetID, state);
+            }
         }
     });
-    return answers;
-}
-
-void recordLogout(Adapter &adapter, SD_UINT32 index)
-{
-    note(adapter, [&](Activity &activity) {
-        countExchanges(activity.statistics, 1, 0);
-        logConnection(activity, index, CONNECTION_CLOSED, LOG_ENTRY_LOGOUT, LOG_ERROR_NONE, 0);
-    });
-}
-
-CommandResult execute(Adapter &adapter, const DEVICEENTRYISCSI &entry, SD_UINT16 lun, std::span<const SD_UINT8> command)
-{
-    const TargetAddress target = addressOf(entry);
-    CommandResult result;
-    if (adapter.model.linkUp) {
-        result = targetPort().execute(target, lun, command);
+    for (std::size_t number = 0; number < entries.size(); ++number) {
+        logFailure(adapter, entries[number]->TargetID, results[number]);
     }
-    note(adapter, [&](Activity &activity) {
-        if (result.reach != Reach::session) {
-            recordLogin(activity, entry.TargetID, target, result.reach);
-            return;
-        }
-        remember(activity, target.address, targetPort().findHost(target.address));
-        countExchanges(activity.statistics, 1, result.data.size() + result.sense.size());
-        activity.statistics.iSCSICompleteIOsCount += 1;
-    });
+}
+
+void endSession(Adapter &adapter, SD_UINT32 index, bool logged)
+{
+    adapter.port().logout(index);
+    if (logged) {
+        logConnection(adapter, index, CONNECTION_CLOSED, LOG_ENTRY_LOGOUT, LOG_ERROR_NONE, 0);
+    }
+}
+
+CommandResult execute(Adapter &adapter, const DEVICEENTRYISCSI &entry, SD_UINT16 lun, std::span<const SD_UINT8> command,
+                      std::size_t allocationLength)
+{
+    const auto request = requestOf(*adapter.settings.read(), entry);
+    CommandResult result;
+    if (request) {
+        result = adapter.port().execute(*request, lun, command, allocationLength);
+    } else {
+        result.login.reach = Reach::authentication;
+    }
+    if (result.login.reach != Reach::session || entry.DeviceState != ENTRY_SESSION) {
+        recordLogin(adapter, entry, result.login);
+    }
     return result;
 }
 
-bool ping(Adapter &adapter, const ISCSIIPADDR &address, SD_UINT32 packets)
+DiscoveryResult discover(Adapter &adapter, const DEVICEENTRYISCSI &entry)
 {
-    std::optional<MacAddress> mac;
-    if (!isZero(address) && sameAddress(address, adapter.settings.read()->block.IPAddr)) {
-        mac = std::to_array(adapter.model.mac);
-    } else if (adapter.model.linkUp) {
-        mac = targetPort().findHost(address);
+    auto request = requestOf(*adapter.settings.read(), entry);
+    if (!request) {
+        return {{Reach::authentication, 0}, "", {}};
     }
-    const SD_UINT64 answers = mac ? packets : 0;
-    note(adapter, [&](Activity &activity) {
-        countPackets(activity.statistics, packets, answers, packets * PING_PACKET, answers * PING_PACKET);
-        remember(activity, address, mac);
-    });
-    return mac.has_value();
+    request->target.name.clear();
+    return adapter.port().discover(*request);
 }
 
-std::optional<std::vector<SDM_ISNS_DISCOVERED_TARGET>> queryIsns(Adapter &adapter, const ISCSIIPADDR &server)
+void addDiscovered(Adapter &adapter, const DEVICEENTRYISCSI &entry)
 {
-    if (!adapter.model.linkUp) {
-        return std::nullopt;
+    const DiscoveryResult found = discover(adapter, entry);
+    logFailure(adapter, entry.TargetID, found.login);
+    require(found.login.reach == Reach::session, statusOf(found.login.reach));
+    const TargetAddress asked = addressOf(entry);
+    std::vector<DEVICEENTRYISCSI> added;
+    bool full = false;
+    adapter.settings.change([&](Settings &settings) {
+        added.clear();
+        std::vector<std::string> known;
+        for (const SharedEntry &other : settings.entries()) {
+            known.push_back(getText(other->EntryInfo.iSCSIName));
+        }
+        SD_UINT32 tried = 0;
+        for (const OfferedTarget &offered : found.targets) {
+            if (std::ranges::find(known, offered.name) != known.end()) {
+                continue;
+            }
+            while (tried < DDB_SLOTS && settings.find((entry.TargetID + tried) % DDB_SLOTS) != nullptr) {
+                ++tried;
+            }
+            full = tried == DDB_SLOTS;
+            if (full) {
+                return;
+            }
+            // Where the portal that was asked offers the target itself the entry leads there.
+            TargetAddress portal = asked;
+            const auto same = [&](const TargetAddress &other) {
+                return sameAddress(other.address, asked.address) && other.port == asked.port;
+            };
+            if (!offered.portals.empty() && std::ranges::none_of(offered.portals, same)) {
+                portal = offered.portals.front();
+            }
+            DEVICEENTRYISCSI target = entry;
+            target.TargetID = (entry.TargetID + tried) % DDB_SLOTS;
+            target.DeviceState = ENTRY_CONFIGURED;
+            target.EntryInfo.IPAddr = portal.address;
+            setAddressType(target.EntryInfo.IPAddr);
+            target.DeviceInfo.portNumber = portal.port;
+            setText(target.DeviceInfo.targetAddr, toText(portal.address));
+            setText(target.EntryInfo.iSCSIName, offered.name);
+            setSessionId(target);
+            settings.place(target);
+            added.push_back(target);
+        }
+    });
+    for (const DEVICEENTRYISCSI &target : added) {
+        login(adapter, target);
     }
-    auto targets = targetPort().queryIsns(server);
-    if (targets) {
-        note(adapter, [&](Activity &activity) {
-            const SD_UINT64 bytes = targets->size() * sizeof(SDM_ISNS_DISCOVERED_TARGET);
-            countPackets(activity.statistics, 1, 1 + bytes / 1460, 100, bytes);
-            remember(activity, server, targetPort().findHost(server));
-        });
-    }
-    return targets;
+    require(!full, ERR_DATABASE_FULL);
 }

@@ -1,19 +1,17 @@
 // Handles, the trace, and the operations that concern the library as a whole.
 #include "Library.h"
 
-#include "Fields.h"
+#include "Files.h"
 
-#include <dlfcn.h>
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <map>
+#include <mutex>
 #include <shared_mutex>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -22,7 +20,7 @@ namespace
 struct Library {
     std::shared_mutex mutex; // guards all that follows
     std::map<SDMGT_HANDLE, std::shared_ptr<Adapter>> handles;
-    std::map<std::string, std::shared_ptr<Adapter>> adapters; // by folder and index, so that opens share one cache
+    std::map<std::string, std::weak_ptr<Adapter>> adapters; // by folder and key: one while any handle of it is open
     SDMGT_HANDLE lastHandle = 0x5D000000;
     Descriptor traceFile;
 };
@@ -33,24 +31,6 @@ Library &library()
     return *instance;
 }
 
-// The folder of the flash files: the one that TAVO_ADAPTER_FLASH names, else that of the library's own file, else the
-// current directory.
-std::string flashFolder()
-{
-    const char *named = std::getenv("TAVO_ADAPTER_FLASH");
-    if (named != nullptr && *named != '\0') {
-        return std::string(named) + "/";
-    }
-    Dl_info info{};
-    char path[PATH_MAX];
-    if (dladdr(reinterpret_cast<const void *>(&flashFolder), &info) != 0 && info.dli_fname != nullptr
-        && realpath(info.dli_fname, path) != nullptr) {
-        const std::string file(path);
-        return file.substr(0, file.rfind('/') + 1);
-    }
-    return "./";
-}
-
 // A handle that no open adapter has; 0 is none. Numbers come round only after four thousand million opens.
 SDMGT_HANDLE newHandle(Library &state)
 {
@@ -58,6 +38,18 @@ SDMGT_HANDLE newHandle(Library &state)
         ++state.lastHandle;
     } while (state.lastHandle == 0 || state.handles.contains(state.lastHandle));
     return state.lastHandle;
+}
+
+// What is counted in the last second before the process ends reaches the disk also when no handle is closed.
+[[gnu::destructor]] void writeAtExit()
+{
+    Library &state = library();
+    const std::shared_lock guard(state.mutex, std::try_to_lock);
+    if (guard.owns_lock()) {
+        for (const auto &[handle, adapter] : state.handles) {
+            adapter->activity.writeNow();
+        }
+    }
 }
 
 } // namespace
@@ -104,17 +96,19 @@ SD_UINT32 SDOpenDeviceiSCSI(SD_UINT32 adapterIndex, SDMGT_HANDLE *handle)
     SDMGT_HANDLE opened = 0;
     const SD_UINT32 status = statusOf([&] {
         requirePointers(handle);
-        const AdapterModel *model = findModel(adapterIndex);
+        auto model = findModel(adapterIndex);
         require(model != nullptr, ERR_NO_SUCH_ADAPTER);
-        const std::string folder = flashFolder();
+        const Folder folder = settingsFolder();
         Library &state = library();
         const std::unique_lock guard(state.mutex);
-        std::shared_ptr<Adapter> &adapter = state.adapters[folder + std::to_string(adapterIndex)];
+        std::weak_ptr<Adapter> &known = state.adapters[folder.path + "/" + model->key];
+        std::shared_ptr<Adapter> adapter = known.lock();
         if (!adapter) {
-            adapter = std::make_shared<Adapter>(*model, folder);
+            adapter = std::make_shared<Adapter>(std::move(model), folder);
+            known = adapter;
         }
         opened = newHandle(state);
-        state.handles.emplace(opened, adapter);
+        state.handles.emplace(opened, std::move(adapter));
         *handle = opened;
     });
     trace(__func__, opened, status);
@@ -125,8 +119,11 @@ SD_UINT32 SDCloseDeviceiSCSI(SDMGT_HANDLE handle)
 {
     const SD_UINT32 status = statusOf([&] {
         Library &state = library();
-        const std::unique_lock guard(state.mutex);
-        require(state.handles.erase(handle) != 0, ERR_INVALID_HANDLE);
+        std::unique_lock guard(state.mutex);
+        const auto closed = state.handles.extract(handle);
+        require(!closed.empty(), ERR_INVALID_HANDLE);
+        // With its last handle the adapter goes, which can take its time: nobody else waits for that.
+        guard.unlock();
     });
     trace(__func__, handle, status);
     return status;
@@ -137,7 +134,7 @@ SD_UINT32 SDGetVersioniSCSI(char *versionText, SD_UINT32 size)
     const SD_UINT32 status = statusOf([&] {
         requirePointers(versionText);
         require(size != 0, ERR_INVALID_PARAMETER);
-        (void)std::snprintf(versionText, size, "Tavo software adapter %s", TAVO_VERSION);
+        (void)std::snprintf(versionText, size, "%s", libraryVersion().c_str());
     });
     trace(__func__, 0, status);
     return status;
@@ -151,7 +148,7 @@ SD_UINT32 SDEnableDebugTraceiSCSI(SDMGT_HANDLE *handle, const char *fileName, SD
         adapterOf(*handle);
         Descriptor file;
         if (mask != 0) {
-            file = Descriptor(open(fileName, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0666));
+            file = openForLines(fileName);
             require(bool(file), ERR_OUTPUT_FILE);
         }
         Library &state = library();

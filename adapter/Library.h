@@ -15,7 +15,7 @@ std::shared_ptr<Adapter> adapterOf(SDMGT_HANDLE handle);
 void trace(const char *operation, SDMGT_HANDLE handle, SD_UINT32 status) noexcept;
 
 // Runs work and turns what it throws into a status.
-template <class Work>
+template <typename Work>
 SD_UINT32 statusOf(Work &&work)
 {
     try {
@@ -29,10 +29,14 @@ SD_UINT32 statusOf(Work &&work)
 }
 
 // An operation on an open adapter.
-template <class Work>
+template <typename Work>
 SD_UINT32 operate(const char *operation, SDMGT_HANDLE handle, Work &&work)
 {
-    const SD_UINT32 status = statusOf([&] { work(*adapterOf(handle)); });
+    const SD_UINT32 status = statusOf([&] {
+        const std::shared_ptr<Adapter> adapter = adapterOf(handle);
+        work(*adapter);
+        adapter->activity.writeWhenDue();
+    });
     trace(operation, handle, status);
     return status;
 }

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <ctime>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -14,6 +16,20 @@ SD_UINT8 minutesSince(SD_UINT32 seconds)
     return static_cast<SD_UINT8>(std::clamp<std::time_t>(passed, 0, 255));
 }
 
+// The port's own table, or the hosts that the adapter has heard of.
+std::vector<ARPTABLE> arpTable(Adapter &adapter)
+{
+    if (auto table = adapter.port().neighbours()) {
+        return *std::move(table);
+    }
+    std::vector<ARPTABLE> table;
+    for (const Neighbour &neighbour : adapter.activity.read().neighbours) {
+        table.push_back(neighbour.entry);
+        table.back().time_in = minutesSince(neighbour.seconds);
+    }
+    return table;
+}
+
 } // namespace
 
 extern "C" {
@@ -23,19 +39,16 @@ SD_UINT32 SDGetLogs(SDMGT_HANDLE handle, SD_UINT32 logType, SD_UINT32 *count, vo
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(count, entries);
         require(logType == LOG_CONNECTION_ERRORS || logType == LOG_ARP, ERR_INVALID_PARAMETER);
-        const auto activity = adapter.activity.read();
         if (logType == LOG_CONNECTION_ERRORS) {
-            std::ranges::copy(activity->errors, static_cast<CONNERRTABLE *>(entries));
-            *count = static_cast<SD_UINT32>(activity->errors.size());
+            const Activity activity = adapter.activity.read();
+            std::ranges::copy(activity.errors, static_cast<CONNERRTABLE *>(entries));
+            *count = static_cast<SD_UINT32>(activity.errors.size());
             return;
         }
-        auto *entry = static_cast<ARPTABLE *>(entries);
-        for (const Neighbour &neighbour : activity->neighbours) {
-            *entry = neighbour.entry;
-            entry->time_in = minutesSince(neighbour.seconds);
-            ++entry;
-        }
-        *count = static_cast<SD_UINT32>(activity->neighbours.size());
+        std::vector<ARPTABLE> table = arpTable(adapter);
+        table.resize(std::min<std::size_t>(table.size(), LOG_CAPACITY));
+        std::ranges::copy(table, static_cast<ARPTABLE *>(entries));
+        *count = static_cast<SD_UINT32>(table.size());
     });
 }
 }

@@ -1,17 +1,16 @@
 // Maintenance: firmware update, reset, crash record, ping.
+#include "Checksum.h"
+#include "Fields.h"
+#include "Files.h"
+#include "FirmwareConfiguration.h"
 #include "Initiator.h"
 #include "Library.h"
-#include "Fields.h"
 
 #include <fcntl.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
-#include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 
 namespace
@@ -21,28 +20,28 @@ constexpr SD_UINT32 IMAGE_FIRMWARE = 0;
 constexpr SD_UINT32 IMAGE_OPTION_ROM = 1;
 constexpr off_t IMAGE_LIMIT = 16 << 20;
 
-Bytes readImage(const char *fileName)
+std::vector<SD_UINT8> readImage(const char *fileName)
 {
     const Descriptor file(open(fileName, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat properties {
     };
     require(file && fstat(file.number(), &properties) == 0 && S_ISREG(properties.st_mode), ERR_IMAGE_FILE);
     require(properties.st_size > 0 && properties.st_size <= IMAGE_LIMIT, ERR_IMAGE_FILE);
-    Bytes image(static_cast<std::size_t>(properties.st_size));
+    std::vector<SD_UINT8> image(static_cast<std::size_t>(properties.st_size));
     require(readAll(file.number(), image), ERR_IMAGE_FILE);
     return image;
 }
 
 // The version of an image: what its first line says after "TAVOFW ", else one that follows from all of its bytes. A
 // first line whose version is empty, too long or not plain text makes the image a bad one.
-std::string imageVersion(const Bytes &image)
+std::string imageVersion(std::span<const SD_UINT8> image)
 {
     constexpr std::string_view mark = "TAVOFW ";
     constexpr std::size_t longest = 127;
     const std::string_view text(reinterpret_cast<const char *>(image.data()), image.size());
     if (!text.starts_with(mark)) {
         char version[24];
-        (void)std::snprintf(version, sizeof version, "image-%08x", static_cast<unsigned>(checksum(image)));
+        (void)std::snprintf(version, sizeof version, "image-%08x", static_cast<unsigned>(checksum(image) & 0xFFFFFFFF));
         return version;
     }
     const std::string_view version = text.substr(mark.size(), text.find('\n') - mark.size());
@@ -57,8 +56,8 @@ std::string imageVersion(const Bytes &image)
 std::string crashReport(Adapter &adapter)
 {
     const auto settings = adapter.settings.read();
-    const auto activity = adapter.activity.read();
-    const AdapterModel &model = adapter.model;
+    const Activity activity = adapter.activity.read();
+    const AdapterModel &model = adapter.model();
     const std::time_t now = std::time(nullptr);
     std::tm clock{};
     gmtime_r(&now, &clock);
@@ -76,18 +75,18 @@ std::string crashReport(Adapter &adapter)
     line("serial number", model.serialNumber);
     line("firmware", getText(settings->versions.firmware));
     line("firmware after the next reset", getText(settings->versions.nextFirmware));
-    line("address", toText(settings->block.IPAddr));
-    line("link", model.linkUp ? "up" : "down");
+    line("address", toText(blockInForce(adapter).IPAddr));
+    line("link", adapter.port().linkUp() ? "up" : "down");
     line("CHAP entries", std::to_string(settings->chap.size()));
-    line("commands completed", std::to_string(activity->statistics.iSCSICompleteIOsCount));
-    line("device database entries", std::to_string(settings->entries.size()));
-    for (const DEVICEENTRYISCSI &entry : settings->entries) {
-        line("  " + std::to_string(entry.TargetID), "state " + std::to_string(entry.DeviceState) + " "
-                                                        + toText(addressOf(entry).address) + " "
-                                                        + getText(entry.EntryInfo.iSCSIName));
+    line("commands completed", std::to_string(activity.statistics.iSCSICompleteIOsCount));
+    line("device database entries", std::to_string(settings->entries().size()));
+    for (const SharedEntry &entry : settings->entries()) {
+        line("  " + std::to_string(entry->TargetID), "state " + std::to_string(entry->DeviceState) + " "
+                                                         + toText(addressOf(*entry).address) + " "
+                                                         + getText(entry->EntryInfo.iSCSIName));
     }
-    line("connection errors", std::to_string(activity->errors.size()));
-    for (const CONNERRTABLE &error : activity->errors) {
+    line("connection errors", std::to_string(activity.errors.size()));
+    for (const CONNERRTABLE &error : activity.errors) {
         char text[120];
         (void)std::snprintf(text, sizeof text, "target %u state %u type %u error %u detail 0x%04x again %u",
                             error.deviceIndex, error.connState, error.entryType, error.errorType, error.errorDetail,
@@ -96,27 +95,10 @@ std::string crashReport(Adapter &adapter)
                  + " ms",
              text);
     }
-    return report;
-}
-
-// Writes a file whole or not at all. What is there and is no ordinary file (a device, a folder) is left alone.
-void writeWhole(const char *fileName, const std::string &text)
-{
-    static std::atomic<unsigned> number{0};
-    char resolved[PATH_MAX];
-    const std::string path = realpath(fileName, resolved) == nullptr ? fileName : resolved;
-    struct stat properties {
-    };
-    require(stat(path.c_str(), &properties) == 0 ? S_ISREG(properties.st_mode) : errno == ENOENT, ERR_OUTPUT_FILE);
-
-    const std::string next = path + "." + std::to_string(getpid()) + "." + std::to_string(++number) + ".new";
-    const Descriptor file(open(next.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    require(bool(file), ERR_OUTPUT_FILE);
-    const std::span bytes(reinterpret_cast<const SD_UINT8 *>(text.data()), text.size());
-    if (!writeAll(file.number(), bytes) || fdatasync(file.number()) != 0 || rename(next.c_str(), path.c_str()) != 0) {
-        unlink(next.c_str());
-        throw Failure{ERR_OUTPUT_FILE};
+    for (const std::string &more : adapter.port().report()) {
+        report.append(more).append("\n");
     }
+    return report;
 }
 
 // What waits for the reset comes into force.
@@ -139,6 +121,7 @@ SD_UINT32 SDUpdateiSCSIFW(SDMGT_HANDLE handle, const char *fileName, SD_UINT32 i
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(fileName);
         require(imageType == IMAGE_FIRMWARE || imageType == IMAGE_OPTION_ROM, ERR_INVALID_PARAMETER);
+        require(adapter.port().takesImages(), ERR_NOT_SUPPORTED);
         const std::string version = imageVersion(readImage(fileName));
         adapter.settings.change([&](Settings &settings) {
             ImageVersions &versions = settings.versions;
@@ -153,27 +136,9 @@ SD_UINT32 SDResetHBA(SDMGT_HANDLE handle, HBARESET *request)
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(request);
-        const auto before = adapter.settings.read();
-        const auto loggedOut = [](const DEVICEENTRYISCSI &entry) {
-            return entry.DeviceState == ENTRY_LOGGED_OUT;
-        };
-        const std::vector<Reach> answers = loginAll(adapter, before->entries);
-        if (before->versions.nextFirmware[0] == 0 && before->versions.nextOptionRom[0] == 0
-            && std::ranges::none_of(before->entries, loggedOut)) {
-            return; // nothing to write
-        }
-        adapter.settings.change([&](Settings &settings) {
+        loginAll(adapter, [](Settings &settings) {
             activate(settings.versions.firmware, settings.versions.nextFirmware);
             activate(settings.versions.optionRom, settings.versions.nextOptionRom);
-            for (std::size_t number = 0; number < answers.size(); ++number) {
-                const SD_UINT32 index = before->entries[number].TargetID;
-                DEVICEENTRYISCSI *entry = settings.find(index);
-                if (entry != nullptr && loggedOut(*entry)) {
-                    const bool session = answers[number] == Reach::session;
-                    entry->DeviceState = session ? ENTRY_SESSION : ENTRY_CONFIGURED;
-                    entry->TargetSessID = static_cast<SD_UINT16>(session ? 0x0200 + index : 0);
-                }
-            }
         });
     });
 }
@@ -182,7 +147,7 @@ SD_UINT32 SDGetCrashRecord(SDMGT_HANDLE handle, const char *fileName)
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(fileName);
-        writeWhole(fileName, crashReport(adapter));
+        require(replaceFile(fileName, crashReport(adapter)), ERR_OUTPUT_FILE);
     });
 }
 
@@ -191,7 +156,11 @@ SD_UINT32 SDDiagPing(SDMGT_HANDLE handle, PING *request)
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(request);
         require(request->packetCount != 0, ERR_INVALID_PARAMETER);
-        require(ping(adapter, request->IPAddr, request->packetCount), ERR_UNREACHABLE);
+        const auto settings = adapter.settings.read();
+        const PingResult result = adapter.port().ping({request->IPAddr, request->packetCount, settings->block.IPAddr,
+                                                       deadlineOf(*settings, settings->block.DeviceInfo)});
+        require(result != PingResult::notSupported, ERR_NOT_SUPPORTED);
+        require(result == PingResult::answered, ERR_UNREACHABLE);
     });
 }
 }

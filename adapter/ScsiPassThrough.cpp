@@ -21,8 +21,8 @@ struct Area {
     }
 };
 
-// Sends a command. Throws ERR_NO_SUCH_TARGET, ERR_UNREACHABLE or ERR_SCSI_CHECK_CONDITION, with sense data; a command
-// that succeeded after the target's own retries ends with the status recovered.
+// Sends a command. Throws ERR_SCSI_CHECK_CONDITION, or the status of a session that could not be had, with sense data;
+// a command that succeeded after the target's own retries ends with the status recovered.
 void send(Adapter &adapter, const TARGETINFORMATION *unit, std::span<const SD_UINT8> command, Area response, Area sense,
           SD_UINT32 recovered)
 {
@@ -31,20 +31,19 @@ void send(Adapter &adapter, const TARGETINFORMATION *unit, std::span<const SD_UI
     std::fill_n(static_cast<SD_UINT8 *>(sense.start), sense.size, SD_UINT8{0});
 
     const auto settings = adapter.settings.read();
-    const DEVICEENTRYISCSI *entry = unit->BusNumber == 0 ? settings->find(unit->TargetID) : nullptr;
+    const SharedEntry entry = unit->BusNumber == 0 ? settings->find(unit->TargetID) : nullptr;
     CommandResult result;
-    result.reach = Reach::unknownName;
+    result.login.reach = Reach::unknownTarget;
     if (entry != nullptr && entry->DeviceState != ENTRY_LOGGED_OUT) {
-        result = execute(adapter, *entry, unit->LUN, command);
+        result = execute(adapter, *entry, unit->LUN, command, response.size);
     }
-    if (result.reach == Reach::unknownName) {
+    const Reach reach = result.login.reach;
+    if (reach == Reach::unknownTarget) {
         sense.take(senseData(SENSE_ILLEGAL_REQUEST, ASC_UNIT_NOT_SUPPORTED));
-        throw Failure{ERR_NO_SUCH_TARGET};
-    }
-    if (result.reach == Reach::noAnswer) {
+    } else if (reach != Reach::session) {
         sense.take(senseData(SENSE_ABORTED_COMMAND, ASC_COMMUNICATION_FAILURE));
-        throw Failure{ERR_UNREACHABLE};
     }
+    require(reach == Reach::session, statusOf(reach));
     response.take(result.data);
     sense.take(result.sense);
     if (result.status == SCSI_GOOD) {

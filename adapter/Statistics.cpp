@@ -7,7 +7,10 @@ SD_UINT32 SDGetStatisticsiSCSI(SDMGT_HANDLE handle, HBAPORTSTATISCSI *statistics
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(statistics);
-        *statistics = adapter.activity.read()->statistics;
+        const Activity activity = adapter.activity.read();
+        *statistics = activity.statistics;
+        add(*statistics, adapter.port().counted());
+        subtract(*statistics, activity.baseline);
     });
 }
 
@@ -15,7 +18,7 @@ SD_UINT32 SDResetStatisticsiSCSI(SDMGT_HANDLE handle, SD_UINT32 port)
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
         require(port == 0, ERR_INVALID_PARAMETER);
-        adapter.activity.change([](Activity &activity) { activity.statistics = {}; });
+        adapter.activity.resetCounters(adapter.port().counted());
     });
 }
 }

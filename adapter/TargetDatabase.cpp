@@ -1,8 +1,8 @@
 // Targets as the adapter discovered them: the portal where a target is, and the node with its session. A target's ID is
 // the index of its device database entry.
+#include "Fields.h"
 #include "Initiator.h"
 #include "Library.h"
-#include "Fields.h"
 
 namespace
 {
@@ -10,7 +10,7 @@ namespace
 DEVICEENTRYISCSI entryOf(Adapter &adapter, SD_UINT32 target)
 {
     const auto settings = adapter.settings.read();
-    const DEVICEENTRYISCSI *entry = settings->find(target);
+    const SharedEntry entry = settings->find(target);
     require(entry != nullptr, ERR_NO_SUCH_TARGET);
     return *entry;
 }
@@ -26,18 +26,15 @@ SD_UINT32 SDGetDiscPortalPropertyiSCSI(SDMGT_HANDLE handle, SD_UINT32 port, SD_U
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(portal);
         require(port == 0, ERR_INVALID_PARAMETER);
-        const TargetAddress address = addressOf(entryOf(adapter, target));
+        const DEVICEENTRYISCSI entry = entryOf(adapter, target);
+        const TargetAddress address = addressOf(entry);
         *portal = {};
         portal->IPAddr = address.address;
         portal->portNumber = address.port;
         portal->TargetInfo.TargetID = static_cast<SD_UINT16>(target);
-        if (!adapter.model.linkUp) {
-            return;
-        }
-        if (const auto found = targetPort().discover(address.address)) {
-            setText(portal->hostName, found->hostName);
-            portal->NodeCount = static_cast<SD_UINT16>(found->targetNames.size());
-        }
+        const DiscoveryResult found = discover(adapter, entry);
+        setText(portal->hostName, found.hostName);
+        portal->NodeCount = static_cast<SD_UINT16>(found.targets.size());
     });
 }
 

@@ -1,12 +1,15 @@
 // Dumps of rtnetlink tables, see Netlink.h.
 #include "Netlink.h"
 
-#include "Descriptor.h"
+#include "Files.h"
 #include "Fields.h"
 
+#include <linux/if_addr.h>
+#include <linux/if_link.h>
 #include <linux/neighbour.h>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
+#include <net/if.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -14,6 +17,7 @@
 #include <array>
 #include <cstring>
 #include <span>
+#include <utility>
 
 namespace
 {
@@ -89,9 +93,64 @@ ISCSIIPADDR addressOf(Attribute bytes)
     return address;
 }
 
+template <typename Value>
+Value valueOf(Attribute bytes)
+{
+    Value value{};
+    std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
+    return value;
+}
+
+MacAddress macOf(Attribute bytes)
+{
+    return bytes.size() == sizeof(MacAddress) ? valueOf<MacAddress>(bytes) : MacAddress{};
+}
+
 } // namespace
 
-std::vector<KernelNeighbour> readNeighbours(unsigned interfaceIndex)
+std::vector<KernelLink> readLinks()
+{
+    std::vector<KernelLink> links;
+    dump(RTM_GETLINK, ifinfomsg{}, [&](const nlmsghdr &message, const ifinfomsg &found) {
+        const auto attributes = attributesOf<ifinfomsg, IFLA_MAX + 1>(message);
+        KernelLink link{};
+        link.index = static_cast<unsigned>(found.ifi_index);
+        const Attribute name = attributes[IFLA_IFNAME];
+        link.name.assign(name.begin(), std::ranges::find(name, SD_UINT8{0}));
+        link.mac = macOf(attributes[IFLA_ADDRESS]);
+        link.loopback = (found.ifi_flags & IFF_LOOPBACK) != 0;
+        const auto counted = valueOf<rtnl_link_stats64>(attributes[IFLA_STATS64]);
+        link.counters.MACTxFramesCount = counted.tx_packets;
+        link.counters.MACTxBytesCount = counted.tx_bytes;
+        link.counters.MACRxFramesCount = counted.rx_packets;
+        link.counters.MACRxBytesCount = counted.rx_bytes;
+        link.counters.MACCRCErrorCount = counted.rx_crc_errors;
+        link.counters.MACEncodingErrorCount = counted.rx_frame_errors;
+        links.push_back(std::move(link));
+    });
+    return links;
+}
+
+std::vector<KernelAddress> readAddresses(unsigned link)
+{
+    std::vector<KernelAddress> addresses;
+    for (const int family : {AF_INET, AF_INET6}) {
+        ifaddrmsg wanted{};
+        wanted.ifa_family = static_cast<SD_UINT8>(family);
+        dump(RTM_GETADDR, wanted, [&](const nlmsghdr &message, const ifaddrmsg &found) {
+            if (found.ifa_index != link || found.ifa_family != family) {
+                return;
+            }
+            const auto attributes = attributesOf<ifaddrmsg, IFA_MAX + 1>(message);
+            const Attribute own = attributes[attributes[IFA_LOCAL].empty() ? IFA_ADDRESS : IFA_LOCAL];
+            addresses.push_back({addressOf(own), found.ifa_prefixlen, (found.ifa_flags & IFA_F_PERMANENT) == 0,
+                                 found.ifa_scope == RT_SCOPE_UNIVERSE});
+        });
+    }
+    return addresses;
+}
+
+std::vector<KernelNeighbour> readNeighbours(unsigned link)
 {
     constexpr unsigned known = NUD_REACHABLE | NUD_STALE | NUD_DELAY | NUD_PROBE | NUD_PERMANENT;
     const auto ticks = static_cast<SD_UINT32>(std::max(sysconf(_SC_CLK_TCK), 1L));
@@ -102,19 +161,12 @@ std::vector<KernelNeighbour> readNeighbours(unsigned interfaceIndex)
         const auto first = static_cast<std::ptrdiff_t>(neighbours.size());
         dump(RTM_GETNEIGH, wanted, [&](const nlmsghdr &message, const ndmsg &found) {
             const auto attributes = attributesOf<ndmsg, NDA_MAX + 1>(message);
-            KernelNeighbour neighbour{};
-            if (found.ndm_ifindex != static_cast<int>(interfaceIndex) || found.ndm_family != family
-                || (found.ndm_state & known) == 0 || attributes[NDA_LLADDR].size() != sizeof neighbour.mac) {
-                return;
+            if (found.ndm_ifindex == static_cast<int>(link) && found.ndm_family == family
+                && (found.ndm_state & known) != 0 && attributes[NDA_LLADDR].size() == sizeof(MacAddress)) {
+                const auto times = valueOf<nda_cacheinfo>(attributes[NDA_CACHEINFO]);
+                neighbours.push_back({addressOf(attributes[NDA_DST]), macOf(attributes[NDA_LLADDR]),
+                                      times.ndm_confirmed / ticks});
             }
-            neighbour.address = addressOf(attributes[NDA_DST]);
-            std::copy_n(attributes[NDA_LLADDR].begin(), sizeof neighbour.mac, neighbour.mac);
-            nda_cacheinfo times{};
-            if (attributes[NDA_CACHEINFO].size() >= sizeof times) {
-                std::memcpy(&times, attributes[NDA_CACHEINFO].data(), sizeof times);
-                neighbour.seconds = times.ndm_confirmed / ticks;
-            }
-            neighbours.push_back(neighbour);
         });
         std::stable_sort(neighbours.begin() + first, neighbours.end(),
                          [](const auto &one, const auto &other) { return one.seconds > other.seconds; });
@@ -122,19 +174,16 @@ std::vector<KernelNeighbour> readNeighbours(unsigned interfaceIndex)
     return neighbours;
 }
 
-std::optional<ISCSIIPADDR> readGateway(unsigned interfaceIndex, int family)
+std::optional<ISCSIIPADDR> readGateway(unsigned link, int family)
 {
     rtmsg wanted{};
-    wanted.rtm_family = static_cast<unsigned char>(family);
+    wanted.rtm_family = static_cast<SD_UINT8>(family);
     std::optional<ISCSIIPADDR> gateway;
     dump(RTM_GETROUTE, wanted, [&](const nlmsghdr &message, const rtmsg &found) {
         const auto attributes = attributesOf<rtmsg, RTA_MAX + 1>(message);
-        SD_UINT32 output = 0;
-        if (attributes[RTA_OIF].size() == sizeof output) {
-            std::memcpy(&output, attributes[RTA_OIF].data(), sizeof output);
-        }
         const bool isDefault = found.rtm_dst_len == 0 && found.rtm_type == RTN_UNICAST && found.rtm_family == family;
-        if (!gateway && isDefault && output == interfaceIndex && !attributes[RTA_GATEWAY].empty()) {
+        if (!gateway && isDefault && valueOf<SD_UINT32>(attributes[RTA_OIF]) == link
+            && !attributes[RTA_GATEWAY].empty()) {
             gateway = addressOf(attributes[RTA_GATEWAY]);
         }
     });

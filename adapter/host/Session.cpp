@@ -170,15 +170,6 @@ std::optional<TargetAddress> parsePortal(std::string_view text, const std::strin
 
 } // namespace
 
-Traffic &Traffic::operator+=(const Traffic &other)
-{
-    sentPdus += other.sentPdus;
-    sentBytes += other.sentBytes;
-    receivedPdus += other.receivedPdus;
-    receivedBytes += other.receivedBytes;
-    return *this;
-}
-
 void Session::FreeTask::operator()(scsi_task *task) const
 {
     scsi_free_scsi_task(task);
@@ -260,8 +251,11 @@ const LoginResult &Session::login() const
 
 void Session::catchUp()
 {
-    pollfd arrived = {iscsi_get_fd(context_.get()), POLLIN | POLLRDHUP, 0};
-    while (phase_ == Phase::idle && poll(&arrived, 1, 0) > 0) {
+    while (phase_ == Phase::idle) {
+        pollfd arrived{iscsi_get_fd(context_.get()), POLLIN | POLLRDHUP, 0};
+        if (poll(&arrived, 1, 0) <= 0) {
+            return;
+        }
         if ((arrived.revents & CLOSED_EVENTS) != 0) {
             end(Reach::unreachable);
             context_.reset();
@@ -539,17 +533,43 @@ void Session::end(Reach reach)
     }
 }
 
-void serveUntil(Session &session, Deadline deadline, int stop)
+unsigned libiscsiVersion()
+{
+    return LIBISCSI_API_VERSION;
+}
+
+void serveUntil(std::span<const std::unique_ptr<Session>> sessions, Deadline deadline)
 {
     const WithoutPipeSignal guard;
-    while (session.pending()) {
-        std::array<pollfd, 2> waits{session.waitsFor(), pollfd{stop, POLLIN, 0}};
+    std::vector<Session *> pending;
+    std::vector<pollfd> waits;
+    for (;;) {
+        pending.clear();
+        waits.clear();
+        for (const auto &session : sessions) {
+            if (session->pending()) {
+                pending.push_back(session.get());
+                waits.push_back(session->waitsFor());
+            }
+        }
+        if (pending.empty()) {
+            return;
+        }
         const int left = millisecondsLeft(deadline);
-        const int ready = left == 0 ? 0 : poll(waits.data(), waits.size(), left);
-        if (left == 0 || waits[1].revents != 0) {
-            session.expire();
-        } else if (ready > 0) {
-            session.serve(waits[0].revents);
+        if (left > 0) {
+            poll(waits.data(), waits.size(), left);
+        }
+        for (std::size_t number = 0; number < pending.size(); ++number) {
+            if (left == 0) {
+                pending[number]->expire();
+            } else if (waits[number].revents != 0) {
+                pending[number]->serve(waits[number].revents);
+            }
         }
     }
+}
+
+void serveUntil(const std::unique_ptr<Session> &session, Deadline deadline)
+{
+    serveUntil({&session, 1}, deadline);
 }

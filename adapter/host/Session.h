@@ -39,8 +39,6 @@ struct Traffic {
     SD_UINT64 sentBytes = 0;
     SD_UINT64 receivedPdus = 0;
     SD_UINT64 receivedBytes = 0;
-
-    Traffic &operator+=(const Traffic &other);
 };
 
 class Session
@@ -118,6 +116,9 @@ private:
     SD_UINT64 receivedBefore_ = 0;
 };
 
-// Serves a session until it is no longer pending or the deadline has passed, which ends it. A readable stop descriptor
-// ends it at once; -1 is none.
-void serveUntil(Session &session, Deadline deadline, int stop = -1);
+// The interface version of the libiscsi in use.
+unsigned libiscsiVersion();
+
+// Serves sessions until none is pending or the deadline has passed, which ends those that are.
+void serveUntil(std::span<const std::unique_ptr<Session>> sessions, Deadline deadline);
+void serveUntil(const std::unique_ptr<Session> &session, Deadline deadline);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -73,8 +74,12 @@ bool SessionLoop::beginTasks()
         queue_.pop_front();
         const Deadline last = lastDeadline_;
         lock.unlock();
-        if (auto session = task.begin()) {
-            running_.push_back({std::move(session), std::min(deadlineIn(task.time), last), std::move(task.end)});
+        try {
+            if (auto session = task.begin()) {
+                running_.push_back({std::move(session), std::min(deadlineIn(task.time), last), std::move(task.end)});
+            }
+        } catch (const std::bad_alloc &) {
+            task.end(nullptr);
         }
         lock.lock();
     }
@@ -93,7 +98,7 @@ void SessionLoop::wait()
     for (const Running &running : running_) {
         const bool pending = running.session->pending();
         waits_.push_back(pending ? running.session->waitsFor() : pollfd{-1, 0, 0});
-        next = std::min(next, pending ? running.deadline : Deadline::min());
+        next = std::min(next, pending ? running.deadline : Deadline{});
     }
     poll(waits_.data(), waits_.size(), next == Deadline::max() ? -1 : millisecondsLeft(next));
     eventfd_t ignored = 0;

@@ -1,7 +1,7 @@
 // Serves many sessions at once, in one thread of its own, which is there from the first task to the end of the loop.
 #pragma once
 
-#include "Descriptor.h"
+#include "Files.h"
 #include "Session.h"
 
 #include <chrono>
@@ -21,7 +21,8 @@ public:
         std::function<std::unique_ptr<Session>()> begin;
         // How long the session may be pending from then on.
         std::chrono::milliseconds time;
-        // Takes the session back, no longer pending. Called once for each task, unless begin answered null.
+        // Takes the session back, no longer pending; null when it could not be made for want of memory. Called once for
+        // each task, unless begin answered null.
         std::function<void(std::unique_ptr<Session>)> end;
     };
 

@@ -1,115 +1,149 @@
-// The adapters as they leave the factory: four models, their settings, and what they have counted at the start.
-#include "Adapter.h"
+// The factory: the four software adapters, their settings and what they have counted, as they leave it.
+#include "Factory.h"
+
 #include "Fields.h"
 #include "StorageNetwork.h"
 
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace
 {
 
-constexpr SD_UINT32 IPV4_ADAPTER = 0;
-constexpr SD_UINT32 IPV6_ADAPTER = 1;
-constexpr SD_UINT32 FULL_ADAPTER = 2;
-constexpr SD_UINT32 BARE_ADAPTER = 3;
+constexpr const char *DRIVER_VERSION = "2.6.4-tavo";
+constexpr SD_UINT16 VENDOR_ID = 0x1F7A;
 
-constexpr std::array<AdapterModel, 4> MODELS{{
-    {IPV4_ADAPTER,
-     "tavo0",
-     "TV2040A000117",
-     "Varden Systems",
-     "Tavo 2040 iSCSI host adapter, copper",
-     "1.14",
-     "3.0.1.27",
-     "2040-C",
-     {0x02, 0x54, 0x56, 0x00, 0x01, 0x17},
-     1,
-     0x0103,
-     0x2040,
-     0x0000001F,
-     0x00000107,
-     true,
-     true},
-    {IPV6_ADAPTER,
-     "tavo1",
-     "TV2060B000342",
-     "Varden Systems",
-     "Tavo 2060 iSCSI host adapter, fibre, IPv6",
-     "2.02",
-     "4.1.0.9",
-     "2060-F",
-     {0x02, 0x54, 0x56, 0x00, 0x03, 0x42},
-     2,
-     0x0201,
-     0x2060,
-     0x8000003F,
-     0x8000010F,
-     true,
-     true},
-    // The serial number fills its field of 16 bytes.
-    {FULL_ADAPTER,
-     "tavo2",
-     "TV2060B000343-XL",
-     "Varden Systems",
-     "Tavo 2060 iSCSI host adapter, fibre, large table",
-     "2.02",
-     "4.1.0.9",
-     "2060-F",
-     {0x02, 0x54, 0x56, 0x00, 0x03, 0x43},
-     2,
-     0x0201,
-     0x2060,
-     0x0000003F,
-     0x0000010F,
-     true,
-     true},
-    {BARE_ADAPTER,
-     "tavo3",
-     "TV2010C000009",
-     "Varden Systems",
-     "Tavo 2010 iSCSI host adapter, entry level",
-     "1.02",
-     "2.7.3.1",
-     "2010-E",
-     {0x02, 0x54, 0x56, 0x00, 0x00, 0x09},
-     1,
-     0x0100,
-     0x2010,
-     0x00000003,
-     0x00000001,
-     false,
-     false},
+// What the adapters differ in.
+struct Make {
+    const char *deviceName;
+    const char *serialNumber;
+    const char *model;
+    const char *optionRomVersion;
+    const char *firmwareVersion;
+    const char *boardType;
+    MacAddress mac;
+    SD_UINT16 type;
+    SD_UINT16 chipVersion;
+    SD_UINT16 deviceId;
+    SD_UINT32 driverAttributes;
+    SD_UINT32 firmwareAttributes;
+};
+
+constexpr std::array<Make, 4> MAKES{{
+    {
+        .deviceName = "tavo0",
+        .serialNumber = "TV2040A000117",
+        .model = "Tavo 2040 iSCSI host adapter, copper",
+        .optionRomVersion = "1.14",
+        .firmwareVersion = "3.0.1.27",
+        .boardType = "2040-C",
+        .mac = {0x02, 0x54, 0x56, 0x00, 0x01, 0x17},
+        .type = 1,
+        .chipVersion = 0x0103,
+        .deviceId = 0x2040,
+        .driverAttributes = 0x0000001F,
+        .firmwareAttributes = 0x00000107,
+    },
+    {
+        .deviceName = "tavo1",
+        .serialNumber = "TV2060B000342",
+        .model = "Tavo 2060 iSCSI host adapter, fibre, IPv6",
+        .optionRomVersion = "2.02",
+        .firmwareVersion = "4.1.0.9",
+        .boardType = "2060-F",
+        .mac = {0x02, 0x54, 0x56, 0x00, 0x03, 0x42},
+        .type = 2,
+        .chipVersion = 0x0201,
+        .deviceId = 0x2060,
+        .driverAttributes = 0x8000003F,
+        .firmwareAttributes = 0x8000010F,
+    },
+    {
+        .deviceName = "tavo2",
+        .serialNumber = "TV2060B000343-XL", // fills its field of 16 bytes
+        .model = "Tavo 2060 iSCSI host adapter, fibre, large table",
+        .optionRomVersion = "2.02",
+        .firmwareVersion = "4.1.0.9",
+        .boardType = "2060-F",
+        .mac = {0x02, 0x54, 0x56, 0x00, 0x03, 0x43},
+        .type = 2,
+        .chipVersion = 0x0201,
+        .deviceId = 0x2060,
+        .driverAttributes = 0x0000003F,
+        .firmwareAttributes = 0x0000010F,
+    },
+    {
+        .deviceName = "tavo3",
+        .serialNumber = "TV2010C000009",
+        .model = "Tavo 2010 iSCSI host adapter, entry level",
+        .optionRomVersion = "1.02",
+        .firmwareVersion = "2.7.3.1",
+        .boardType = "2010-E",
+        .mac = {0x02, 0x54, 0x56, 0x00, 0x00, 0x09},
+        .type = 1,
+        .chipVersion = 0x0100,
+        .deviceId = 0x2010,
+        .driverAttributes = 0x00000003,
+        .firmwareAttributes = 0x00000001,
+    },
 }};
 
-// An entry of the factory's device database.
-struct FactoryTarget {
-    SD_UINT16 index;
-    SD_UINT16 chapIndex;
-    const char *label; // null stands for the longest name
+// The addresses and the iSNS server of an adapter that is connected.
+struct Cabling {
     const char *address;
+    const char *secondary;
+    const char *mask;
+    const char *gateway;
+    const char *dns;
+    const char *secondaryDns;
+    const char *directoryAgent;
+    const char *isnsServer;
     const char *alias;
+    bool isnsOn;
 };
 
-constexpr FactoryTarget IPV4_TARGETS[] = {
-    {0, 0, "array1.boot", "10.20.0.11", "boot disk"},
-    {1, 1, "array1.data", "10.20.0.11", "data disks"},
-    {5, 2, "array2.many", "10.20.0.12", "forty disks"},
-    {6, 0, "array2.sparse", "10.20.0.12", "disks with flat addresses"},
-    {17, 2, "array2.farm", "10.20.0.12", "three hundred disks"},
-    {42, 0, "array3.empty", "10.20.0.13", "nothing behind it"},
-    {100, 0, "array4.offline", "10.20.0.14", "switched off"},
-    {511, 3, nullptr, "10.20.0.13", "an alias of thirty-two characters"},
-};
-
-constexpr FactoryTarget IPV6_TARGETS[] = {
-    {2, 0, "array6.boot", "fd00:20::11", "boot disk"},
-    {3, 1, "array6.data", "fd00:20::11", "data disks"},
-    {64, 0, "array6.worn", "fd00:20::12", "recovered errors"},
-    {65, 1, "array6.slow", "fd00:20::12", "a slow disk"},
-    {300, 0, "array6.retired", "fd00:20::12", "no longer there"},
-};
+constexpr std::array<Cabling, 3> CABLINGS{{
+    {
+        .address = "10.20.0.5",
+        .secondary = "10.20.0.6",
+        .mask = "255.255.255.0",
+        .gateway = "10.20.0.1",
+        .dns = "10.20.0.2",
+        .secondaryDns = "10.20.0.3",
+        .directoryAgent = "10.20.0.4",
+        .isnsServer = "10.20.0.53",
+        .alias = "tavo adapter a",
+        .isnsOn = false,
+    },
+    {
+        .address = "fd00:20::5",
+        .secondary = "fd00:20::6",
+        .mask = "ffff:ffff:ffff:ffff::",
+        .gateway = "fd00:20::1",
+        .dns = "fd00:20::2",
+        .secondaryDns = "fd00:20::3",
+        .directoryAgent = "fd00:20::4",
+        .isnsServer = "fd00:20::53",
+        .alias = "tavo adapter b",
+        .isnsOn = true,
+    },
+    {
+        .address = "10.22.0.5",
+        .secondary = "",
+        .mask = "255.255.0.0",
+        .gateway = "10.22.0.1",
+        .dns = "10.22.0.2",
+        .secondaryDns = "",
+        .directoryAgent = "",
+        .isnsServer = "10.22.0.53",
+        .alias = "tavo adapter c",
+        .isnsOn = true,
+    },
+}};
 
 ISCSIDEVICE sessionParameters(const AdapterModel &model)
 {
@@ -133,8 +167,8 @@ ISCSIDEVICE sessionParameters(const AdapterModel &model)
     return parameters;
 }
 
-DEVICEENTRYISCSI makeEntry(const AdapterModel &model, SD_UINT32 index, const std::string &label,
-                           const ISCSIIPADDR &address, std::string_view alias, SD_UINT16 chapIndex)
+DEVICEENTRYISCSI makeEntry(const AdapterModel &model, SD_UINT32 index, std::string_view label,
+                           const ISCSIIPADDR &address, std::string_view alias)
 {
     DEVICEENTRYISCSI entry = defaultEntry(model);
     entry.TargetID = index;
@@ -143,8 +177,6 @@ DEVICEENTRYISCSI makeEntry(const AdapterModel &model, SD_UINT32 index, const std
     entry.TargetSessID = static_cast<SD_UINT16>(0x0100 + index);
     entry.InitiatorSessID[4] = static_cast<SD_UINT8>(index >> 8);
     entry.InitiatorSessID[5] = static_cast<SD_UINT8>(index);
-    entry.DDBLink = 0;
-    entry.CHAPTableIndex = chapIndex;
     entry.TargetPortalGroupID = static_cast<SD_UINT16>(1 + index % 4);
     entry.EntryInfo.IPAddr = address;
     setText(entry.EntryInfo.iSCSIName, targetName(label));
@@ -153,74 +185,112 @@ DEVICEENTRYISCSI makeEntry(const AdapterModel &model, SD_UINT32 index, const std
     return entry;
 }
 
-std::vector<DEVICEENTRYISCSI> factoryEntries(const AdapterModel &model)
+void placeEntries(const AdapterModel &model, Settings &settings)
 {
-    std::vector<DEVICEENTRYISCSI> entries;
-    const auto add = [&](std::span<const FactoryTarget> targets) {
-        for (const FactoryTarget &target : targets) {
-            entries.push_back(makeEntry(model, target.index,
-                                        target.label == nullptr ? longestLabel() : std::string(target.label),
-                                        makeAddress(target.address), target.alias, target.chapIndex));
-        }
-    };
-    if (model.index == IPV4_ADAPTER) {
-        add(IPV4_TARGETS);
-    } else if (model.index == IPV6_ADAPTER) {
-        add(IPV6_TARGETS);
-    } else if (model.index == FULL_ADAPTER) {
-        for (SD_UINT32 disk = 0; disk < DDB_SLOTS; ++disk) {
-            entries.push_back(
-                makeEntry(model, disk, poolLabel(disk), poolAddress(disk), "pool disk " + std::to_string(disk), 0));
+    for (const NamedTarget &target : namedTargets()) {
+        if (target.adapter == model.index) {
+            DEVICEENTRYISCSI entry =
+                makeEntry(model, target.entry, target.label, makeAddress(target.address), target.alias);
+            entry.CHAPTableIndex = target.chapIndex;
+            if (target.behaviour == Behaviour::offline || target.behaviour == Behaviour::retired) {
+                entry.DeviceState = ENTRY_CONFIGURED;
+                entry.TargetSessID = 0;
+            }
+            settings.place(entry);
         }
     }
-    return entries;
+    if (model.index == FULL_ADAPTER) {
+        for (SD_UINT32 disk = 0; disk < DDB_SLOTS; ++disk) {
+            settings.place(
+                makeEntry(model, disk, poolLabel(disk), poolAddress(disk), "pool disk " + std::to_string(disk)));
+        }
+    }
 }
 
-CHAPTABLE makeChap(SD_UINT16 link, SD_UINT8 flags, std::string_view name, std::string_view secret)
+SharedChap makeChap(const Account &account, SD_UINT8 flags, SD_UINT16 link)
 {
     CHAPTABLE record{};
     record.Link = link;
     record.Flags = flags;
-    record.ChapSecretLength = static_cast<SD_UINT8>(secret.size());
-    setText(record.ChapSecret, secret);
-    setText(record.ChapName, name);
-    return record;
+    record.ChapSecretLength = static_cast<SD_UINT8>(account.secret.size());
+    setText(record.ChapSecret, account.secret);
+    setText(record.ChapName, account.name);
+    return shareChap(record);
 }
 
-// The factory's credentials are samples; record 0 is empty, so that an entry's CHAP index of 0 means none.
-std::vector<CHAPTABLE> factoryChap(const AdapterModel &model)
+// Record 0 is empty, so that an entry's CHAP index of 0 means none.
+std::vector<SharedChap> factoryChap(const AdapterModel &model)
 {
     switch (model.index) {
     case IPV4_ADAPTER:
-        return {CHAPTABLE{}, makeChap(1, 0x40, "initiator-a", "sample-secret-one"),
-                makeChap(2, 0x40, "initiator-b", "sample-secret-two"),
-                makeChap(0x0105, 0x80, std::string(256, 'n'), std::string(100, 's'))};
+        return {
+            shareChap({}), makeChap(INITIATOR_A, 0x40, 0),
+            makeChap(INITIATOR_B, 0x40, 3), // the target proves itself by record 3
+            makeChap(ARRAY2, 0x80, 0x0105), // a link that leads nowhere, and that nobody follows
+        };
     case IPV6_ADAPTER:
-        return {CHAPTABLE{}, makeChap(1, 0xC0, "initiator-v6", "\xC8 raw bytes \x80")};
+        return {
+            shareChap({}),
+            makeChap(INITIATOR_V6, 0xC0, 0),
+        };
     default:
         return {};
     }
 }
 
-// The addresses and the iSNS server of the three adapters that are connected.
-struct Network {
-    const char *address, *secondary, *mask, *gateway, *dns, *secondaryDns, *directoryAgent, *isnsServer, *alias;
-    bool isnsOn;
-};
-
-constexpr Network NETWORKS[] = {
-    {"10.20.0.5", "10.20.0.6", "255.255.255.0", "10.20.0.1", "10.20.0.2", "10.20.0.3", "10.20.0.4", "10.20.0.53",
-     "tavo adapter a", false},
-    {"fd00:20::5", "fd00:20::6", "ffff:ffff:ffff:ffff::", "fd00:20::1", "fd00:20::2", "fd00:20::3", "fd00:20::4",
-     "fd00:20::53", "tavo adapter b", true},
-    {"10.22.0.5", "", "255.255.0.0", "10.22.0.1", "10.22.0.2", "", "", "10.22.0.53", "tavo adapter c", true},
-};
-
 } // namespace
 
-const AdapterModel *findModel(SD_UINT32 index)
+std::string libraryVersion()
 {
-    return index < MODELS.size() ? &MODELS[index] : nullptr;
+    return std::string("Tavo software adapter ") + TAVO_VERSION;
+}
+
+std::shared_ptr<const AdapterModel> findModel(SD_UINT32 index)
+{
+    if (index >= MAKES.size()) {
+        return nullptr;
+    }
+    const Make &make = MAKES[index];
+    auto model = std::make_shared<AdapterModel>();
+    model->index = index;
+    model->key = make.serialNumber;
+    model->deviceName = make.deviceName;
+    model->serialNumber = make.serialNumber;
+    model->manufacturer = "Varden Systems";
+    model->model = make.model;
+    model->optionRomVersion = make.optionRomVersion;
+    model->firmwareVersion = make.firmwareVersion;
+    model->mac = make.mac;
+    model->type = make.type;
+    model->driverAttributes = make.driverAttributes;
+    model->firmwareAttributes = make.firmwareAttributes;
+    model->isnsSupported = index < CABLINGS.size();
+
+    DRIVERINFO &driver = model->driver;
+    setText(driver.Version, DRIVER_VERSION);
+    driver.NumberOfBus = 1;
+    driver.TargetsPerBus = DDB_SLOTS;
+    driver.LunsPerTarget = 16384;
+    driver.LunsPerTargetOS = 16384;
+    driver.MaximumTransferLen = 1048576;
+    driver.MaximumDataSegments = 128;
+    driver.DmaBitAddresses = 64;
+    driver.IoMapType = 1;
+    driver.Attributes = make.driverAttributes;
+
+    CHIPINFO &chip = model->chip;
+    chip.VendorID = VENDOR_ID;
+    chip.DeviceID = make.deviceId;
+    chip.SubVendorID = VENDOR_ID;
+    chip.SubSystemID = static_cast<SD_UINT16>(0x0100 + index);
+    setText(chip.BoardType, make.boardType);
+    chip.ChipVersion = make.chipVersion;
+    return model;
+}
+
+bool hasLink(const AdapterModel &model)
+{
+    return model.index < CABLINGS.size();
 }
 
 INITFWISCSI defaultBlock(const AdapterModel &model)
@@ -230,7 +300,7 @@ INITFWISCSI defaultBlock(const AdapterModel &model)
     block.FWOptions = 0x0001; // addresses by DHCP
     block.addFWOptions = 0x0002;
     block.wakeupThreshold = 0x0010;
-    setText(block.iSCSIName, std::string("iqn.2004-07.com.varden.adapter:") + model.serialNumber);
+    setText(block.iSCSIName, "iqn.2004-07.com.varden.adapter:" + model.serialNumber);
     setText(block.Alias, model.deviceName);
     block.DeviceInfo = sessionParameters(model);
     block.DeviceInfo.exeThrottle = 64;
@@ -243,7 +313,7 @@ DEVICEENTRYISCSI defaultEntry(const AdapterModel &model)
     entry.Options = 0x11;
     entry.Control = 0x02;
     entry.InitiatorSessID[0] = 0x80;
-    std::copy(model.mac + 3, model.mac + 6, entry.InitiatorSessID + 1);
+    std::copy(model.mac.begin() + 3, model.mac.end(), entry.InitiatorSessID + 1);
     entry.DeviceInfo = sessionParameters(model);
     entry.EntryInfo.PortalCount = 1;
     entry.DeviceState = ENTRY_CONFIGURED;
@@ -256,28 +326,28 @@ Settings factorySettings(const AdapterModel &model)
 {
     Settings settings;
     settings.block = defaultBlock(model);
-    if (model.index < std::size(NETWORKS)) {
-        const Network &network = NETWORKS[model.index];
+    if (model.index < CABLINGS.size()) {
+        const Cabling &cabling = CABLINGS[model.index];
         INITFWISCSI &block = settings.block;
         block.FWOptions = static_cast<SD_UINT16>(0x8210 + 0x0100 * model.index);
         block.addFWOptions = static_cast<SD_UINT16>(0x4006 + model.index);
-        block.IPAddr = makeAddress(network.address);
-        block.SecondaryIPAddr = makeAddress(network.secondary);
-        block.SubnetMask = makeAddress(network.mask);
-        block.Gateway = makeAddress(network.gateway);
-        block.PrimaryDNS.IPAddr = makeAddress(network.dns);
-        block.SecondaryDNS.IPAddr = makeAddress(network.secondaryDns);
-        block.SLPDAAddr = makeAddress(network.directoryAgent);
+        block.IPAddr = makeAddress(cabling.address);
+        block.SecondaryIPAddr = makeAddress(cabling.secondary);
+        block.SubnetMask = makeAddress(cabling.mask);
+        block.Gateway = makeAddress(cabling.gateway);
+        block.PrimaryDNS.IPAddr = makeAddress(cabling.dns);
+        block.SecondaryDNS.IPAddr = makeAddress(cabling.secondaryDns);
+        block.SLPDAAddr = makeAddress(cabling.directoryAgent);
         block.DeviceInfo = sessionParameters(model);
-        setText(block.Alias, network.alias);
-        settings.isns.performiSNSDiscovery = network.isnsOn ? 1 : 0;
-        settings.isns.AutomaticiSNSDiscovery = network.isnsOn ? 1 : 0;
-        settings.isns.ipAddr = makeAddress(network.isnsServer);
+        setText(block.Alias, cabling.alias);
+        settings.isns.performiSNSDiscovery = cabling.isnsOn ? 1 : 0;
+        settings.isns.AutomaticiSNSDiscovery = cabling.isnsOn ? 1 : 0;
+        settings.isns.ipAddr = makeAddress(cabling.isnsServer);
     }
     setText(settings.isns.initiatorName, getText(settings.block.iSCSIName));
     setText(settings.versions.firmware, model.firmwareVersion);
     setText(settings.versions.optionRom, model.optionRomVersion);
-    settings.entries = factoryEntries(model);
+    placeEntries(model, settings);
     settings.chap = factoryChap(model);
     return settings;
 }

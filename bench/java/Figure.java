@@ -26,7 +26,7 @@ record Figure(double median, double low, double high) {
      * @param mark the bounds that the figure has to keep, as in "0..1.05", or "" when there are none
      */
     void print(String section, String subject, String mark) {
-        System.out.println(String.format(Locale.ROOT, "%s\t%s\t%s\t%.6g\t%.6g\t%.6g\t%s", System.getProperty("bench.vm"),
-            section, subject, median, low, high, mark));
+        System.out.println(String.format(Locale.ROOT, "%s\t%s\t%s\t%.6g\t%.6g\t%.6g\t%s",
+            System.getProperty("bench.vm"), section, subject, median, low, high, mark));
     }
 }

@@ -29,8 +29,8 @@ final class Growth {
         growth.threads(rounds / 5);
     }
 
-    // Every round takes all sizes in turn, each as often as it needs to convert 512 entries. Sizes that lie far apart are
-    // compared, since the difference of two times that are nearly the same is mostly chance.
+    // Every round takes all sizes in turn, each as often as it needs to convert 512 entries. The sizes lie far apart,
+    // since the difference of two times that are nearly the same is mostly chance.
     private double[] furtherEntries(int rounds) {
         HBA hba = new HBA();
         Pairs timing = new Pairs(rounds, Fixture::processorTime, hba::clearDeviceDataBaseEntries);

@@ -40,7 +40,7 @@ template <std::size_t N>
 void putText(SD_UINT8 (&field)[N], const char *format, SD_UINT32 number = 0)
 {
     std::memset(field, 0, N);
-    std::snprintf(reinterpret_cast<char *>(field), N, format, number);
+    static_cast<void>(std::snprintf(reinterpret_cast<char *>(field), N, format, number));
 }
 
 void putAddress(ISCSIIPADDR &address, SD_UINT32 number)

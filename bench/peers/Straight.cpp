@@ -186,9 +186,10 @@ void addEntry(const Typed &hba, jclass type, const DEVICEENTRYISCSI &record, SD_
     setInt(nodeInfo, "setPortalCount", record.EntryInfo.PortalCount);
     drop(nodeInfo);
     setDevice(entry, "getDeviceEntry", record.DeviceInfo);
+    hba.env->DeleteLocalRef(entry.type);
     hba.env->CallVoidMethod(
         hba.object, method(hba, "addDeviceDataBaseEntry", "(Lcom/varden/tavo/iscsi/model/DevDBEntry;)V"), entry.object);
-    drop(entry);
+    hba.env->DeleteLocalRef(entry.object);
 }
 
 void setFirmware(JNIEnv *env, jobject object, const INITFWISCSI &block)
@@ -340,11 +341,11 @@ SD_UINT32 writeEntry(JNIEnv *env, SDMGT_HANDLE handle, jobject object)
         }
         env->DeleteLocalRef(type);
     }
-    env->DeleteLocalRef(hba.type);
     INITFWISCSI block;
     std::memset(&block, 0, sizeof block);
     status |= SDGetInitFW(handle, &block);
     setFirmware(env, object, block);
+    env->DeleteLocalRef(hba.type);
     return static_cast<jint>(status);
 }
 

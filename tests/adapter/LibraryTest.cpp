@@ -2,6 +2,8 @@
 #include "AdapterTest.h"
 
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <set>
@@ -10,9 +12,9 @@
 namespace
 {
 
-using Operations = AdapterTest;
+using Library = AdapterTest;
 
-TEST_F(Operations, HandlesAreDistinctAndChecked)
+TEST_F(Library, HandlesAreDistinctAndChecked)
 {
     std::set<SDMGT_HANDLE> seen;
     for (int round = 0; round < 1000; ++round) {
@@ -38,7 +40,7 @@ TEST_F(Operations, HandlesAreDistinctAndChecked)
     }
 }
 
-TEST_F(Operations, NullPointersAndBadNumbersAreRefused)
+TEST_F(Library, NullPointersAndBadNumbersAreRefused)
 {
     const SDMGT_HANDLE handle = open(0);
     const SD_UINT32 bad = ERR_INVALID_PARAMETER;
@@ -99,7 +101,7 @@ TEST_F(Operations, NullPointersAndBadNumbersAreRefused)
     EXPECT_TRUE(std::filesystem::is_empty(folder)) << "what was refused left something on disk";
 }
 
-TEST_F(Operations, VersionFitsItsBuffer)
+TEST_F(Library, VersionFitsItsBuffer)
 {
     char text[VERSION_TEXT_SIZE + 1];
     std::memset(text, '#', sizeof text);
@@ -112,7 +114,7 @@ TEST_F(Operations, VersionFitsItsBuffer)
     EXPECT_EQ(text[5], '#');
 }
 
-TEST_F(Operations, TraceNamesEveryOperation)
+TEST_F(Library, TraceNamesEveryOperation)
 {
     SDMGT_HANDLE handle = open(0);
     const std::filesystem::path file = folder / "trace.txt";
@@ -169,8 +171,8 @@ std::set<std::string> wordsOf(const std::string &command, int column)
     return words;
 }
 
-// The finished file: the 36 operations and nothing else, the name that the bridge asks for, only the C library needed,
-// and its files beside it when no folder is named.
+// The finished file: the 36 operations and nothing else, the name that the bridge asks for, the C library and SQLite
+// needed.
 TEST(LibraryFile, ExportsNameAndNeeds)
 {
     const std::string library = TAVO_ADAPTER_LIBRARY;
@@ -187,15 +189,16 @@ TEST(LibraryFile, ExportsNameAndNeeds)
     const auto names = wordsOf("readelf -d '" + library + "' | grep -E 'SONAME'", 5);
     EXPECT_EQ(names, std::set<std::string>{"[./libvdsdm.so]"});
     for (const std::string &needed : wordsOf("readelf -d '" + library + "' | grep -E 'NEEDED'", 5)) {
-        EXPECT_TRUE(needed == "[libc.so.6]" || needed == "[libm.so.6]" || needed.starts_with("[ld-linux")) << needed;
+        EXPECT_TRUE(needed == "[libc.so.6]" || needed == "[libsqlite3.so.0]" || needed == "[libm.so.6]"
+                    || needed.starts_with("[ld-linux"))
+            << needed;
     }
 }
 
-TEST_F(Operations, FilesLieBesideTheLibrary)
+// Has a copy of the library write an entry.
+void writeWith(const std::filesystem::path &copy)
 {
-    std::filesystem::copy_file(TAVO_ADAPTER_LIBRARY, folder / "libvdsdm.so");
-    unsetenv("TAVO_ADAPTER_FLASH");
-    void *library = dlopen((folder / "libvdsdm.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    void *library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     const auto openAdapter = reinterpret_cast<decltype(&SDOpenDeviceiSCSI)>(dlsym(library, "SDOpenDeviceiSCSI"));
     const auto setEntry = reinterpret_cast<decltype(&SDSetDDBEntry)>(dlsym(library, "SDSetDDBEntry"));
@@ -203,9 +206,33 @@ TEST_F(Operations, FilesLieBesideTheLibrary)
     ASSERT_EQ(openAdapter(3, &handle), 0U);
     DEVICEENTRYISCSI entry = sampleEntry(1);
     ASSERT_EQ(setEntry(handle, &entry, 1), 0U);
-    EXPECT_TRUE(std::filesystem::exists(flash(3)));
-    EXPECT_EQ(std::filesystem::status(flash(3)).permissions(),
-              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST_F(Library, SettingsLieBesideTheLibraryOfABuildTreeElseInAFolderOfTheUser)
+{
+    const auto copy = folder / "lib" / "vdsdm" / "libvdsdm.so";
+    std::filesystem::create_directories(copy.parent_path());
+    std::filesystem::copy_file(TAVO_ADAPTER_LIBRARY, copy);
+    const pid_t child = fork();
+    if (child == 0) {
+        constexpr uid_t nobody = 65534;
+        const bool ready = geteuid() != 0 || (chown(folder.c_str(), nobody, nobody) == 0 && setuid(nobody) == 0);
+        unsetenv("TAVO_ADAPTER_FLASH");
+        setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
+        writeWith(copy);
+        const auto own = folder / "state" / "tavoiscsi";
+        EXPECT_TRUE(std::filesystem::exists(own / "settings.db"));
+        EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms::owner_all);
+        _exit(ready && !HasFailure() ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+
+    writeFile(folder / "CMakeCache.txt", "");
+    unsetenv("TAVO_ADAPTER_FLASH");
+    writeWith(copy);
+    EXPECT_TRUE(std::filesystem::exists(copy.parent_path() / "settings.db"));
 }
 #endif
 

@@ -50,6 +50,7 @@ TEST_F(Settings, EntriesAreReadBackAndLinkedAnew)
         DEVICEENTRYISCSI back = entryAt(handle, index);
         entry.TargetID = index;
         entry.NextValid = back.NextValid;
+        entry.DeviceState = 2; // logged in, whatever was written
         EXPECT_TRUE(same(back, entry)) << index;
     }
     DEVICEENTRYISCSI free{};

@@ -1,6 +1,9 @@
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
@@ -34,7 +37,7 @@ final class InputTest extends ToolTest {
         ping 0 10.0.0.1 --count=70000                   | --count & 0 to 65535
         lun show 0 1 16384                              | LUN & 0 to 16383
         chap set 0 0 --name=x --yes                     | INDEX & 1 to 127
-        chap set 0 128 --name=x --yes                   | INDEX & to 127
+        chap set 0 128 --name=x --yes                   | INDEX & 1 to 127
         chap set 0 1 --link=256 --yes                   | --link & 0 to 255
         chap set 0 1 --secret                           | no terminal
         chap set 0 1 --secret-file=nothing --yes        | nothing & no such file
@@ -55,13 +58,13 @@ final class InputTest extends ToolTest {
 
     @ParameterizedTest
     @CsvSource(delimiter = '|', quoteCharacter = '`', textBlock = """
-        [{                                              | x.json is not a JSON document
+        [{                                              | x.json is not a JSON document & line 1 column
         {}                                              | an array is needed
         [5]                                             | targets[0]: an object is needed
         [{}]                                            | targets[0]: targetID is missing
         [{"targetID": 512}]                             | targets[0].targetID & 0 to 511
         [{"targetID": 1.5}]                             | targets[0].targetID & '1.5'
-        [{"targetID": 8}, {"targetID": 8}]              | targets[1].targetID: & 8 & twice
+        [{"targetID": 8}, {"targetID": 8}]              | targets[1].targetID: & duplicate target ID 8
         [{"targetID": 8, "portNumbr": 1}]               | targets[0].portNumbr: there is no such field
         [{"targetID": 8, "deviceEntry": {"portNumber": 70000}}] | targets[0].deviceEntry.portNumber & 0 to 65535
         [{"targetID": 8, "deviceEntry": {"portNumber": true}}]  | deviceEntry.portNumber
@@ -79,6 +82,9 @@ final class InputTest extends ToolTest {
     @ParameterizedTest
     @CsvSource(delimiter = '|', quoteCharacter = '`', textBlock = """
         []                                              | the document: an object is needed
+        {"format": 'hba settings'}                      | x.json is not a JSON document & line 1 column
+        {F, "iSNS": {}} {}                              | x.json is not a JSON document & line 1 column
+        {F, "iSNS": {}, "iSNS": {}}                     | duplicate name iSNS
         {}                                              | format & hba settings
         {F, "target": []}                               | target: there is no such section
         {F, "firmware": {"initFW": {"FWOptions": -1}}}  | firmware.initFW.FWOptions & 0 to 65535
@@ -92,12 +98,27 @@ final class InputTest extends ToolTest {
         tool.refused("import 0 x.json --yes", says.split(SEPARATOR));
     }
 
+    /** Files that are no documents are described in one short sentence. */
+    @Test
+    void noDocuments() throws IOException {
+        Path file = tool.write("x.json", "[".repeat(100_000));
+        tool.refused("target load 0 x.json", "x.json is nested too deeply");
+        tool.write("x.json", "");
+        tool.refused("target load 0 x.json", "x.json is not a JSON document: it is empty");
+        Files.write(file, new byte[] {'[', '"', (byte) 0xE4, '"', ']'});
+        tool.refused("target load 0 x.json", "it is not text in UTF-8");
+        tool.write("x.json", "\u0001\u0002[}");
+        String err = tool.run("import 0 x.json --yes").expect(2).err();
+        assertTrue(err.length() < 100 && !err.contains("Reader"), err);
+        tool.refused("target load 0 /dev/zero", "/dev/zero is too long");
+    }
+
     /** Text is measured in the bytes that reach the adapter. */
     @Test
     void longText() throws IOException {
-        String name = "iqn." + "n".repeat(252);
+        String name = "n".repeat(256);
         String umlauts = "\u00e4".repeat(16);
-        tool.run("target set 0 1 --iscsi-name=" + name).expect(0);
+        tool.run("target set 0 1 --yes --force --iscsi-name=" + name).expect(0);
         assertEquals(name, tool.json("target show 0 1").getAsJsonObject().getAsJsonObject("nodeInfo").get("iSCSIName")
             .getAsString());
         tool.refused("target set 0 1 --iscsi-name=" + name + "n", "--iscsi-name", "257 bytes", "at most 256");
@@ -112,7 +133,7 @@ final class InputTest extends ToolTest {
     /** An argument is what it says, and what it says does not steer a terminal. */
     @Test
     void oddText() {
-        tool.run(null, "target", "set", "0", "1", "--alias", "@all.json", "--target-address=").expect(0);
+        tool.run(null, "target", "set", "0", "1", "--alias", "@all.json", "--ip-options=0").expect(0);
         tool.run("target show 0 1").expect(0).shows("@all.json");
         tool.run(null, "target", "set", "0", "1", "--alias=a\u001b[2Jb").expect(0);
         tool.run("target show 0 1").expect(0).shows("a?[2Jb");

@@ -44,6 +44,9 @@ final class TerminalTest extends ToolTest {
         tool.run("firmware show 0").expect(0).shows("10.20.0.5");
         converse(0, "firmware restore 0", "[y/N] ", "y");
         assertFalse(tool.run("firmware show 0").expect(0).out().contains("10.20.0.5"));
+        tool.write("x.json", "precious");
+        converse(1, "export 0 x.json", "replaces " + tool.directory.resolve("x.json") + ". Continue? [y/N] ", "n");
+        assertEquals("precious", tool.readFile("x.json"));
     }
 
     @Test

@@ -154,7 +154,7 @@ final class Tool {
 
     /** Writes the files that the commands of the table name. */
     void writeSampleFiles() throws IOException {
-        write("targets.json", "[{\"targetID\": 9, \"nodeInfo\": {\"alias\": \"nine\"}}]");
+        write("targets.json", "[{\"targetID\": 9, \"nodeInfo\": {\"iSCSIName\": \"iqn.2004-07.com.example:nine\"}}]");
         write("image.bin", "TAVOFW 3.1.0.2\nthe rest of the image");
         write("all.json", "{\"format\": \"hba settings\", \"firmware\": {\"alias\": \"a\"}}");
     }

@@ -16,7 +16,7 @@ public enum Status {
     ERR_ISNS_NOT_SUPPORTED(0x2000002d, "iSNS discovery is not supported on this platform"),
     ERR_INVALID_PARAMETER(0x20000064, "an argument is out of range"),
     ERR_BUFFER_TOO_SMALL(0x20000072, "the list is too long"),
-    ERR_BAD_DATA(0x20000075, "the target reported an impossible number of LUNs"),
+    ERR_BAD_DATA(0x20000075, "the target reports more than 256 logical units, which cannot be read"),
     ERR_SCSI_TOLERATED(0x20000077, "the data is usable, but not all of it may be there"),
     ERR_INVALID_HANDLE(0x20000101, "the adapter is not open"),
     ERR_NO_SUCH_ADAPTER(0x20000102, "no adapter has this index"),
@@ -32,7 +32,7 @@ public enum Status {
     ERR_TIMEOUT(0x2000010c, "the target was reached but did not answer in time"),
     ERR_AUTHENTICATION(0x2000010d, "CHAP failed: the target or the adapter did not accept the other's credentials"),
     ERR_LOGIN_REFUSED(0x2000010e, "the target refused the login"),
-    ERR_BUSY(0x2000010f, "another program is writing the settings"),
+    ERR_BUSY(0x2000010f, "another process is writing to this adapter"),
     ERR_DATABASE_FULL(0x20000110, "the device database has no free slot");
 
     private final int code;

@@ -1,6 +1,5 @@
 package com.varden.tavo.iscsi.hba;
 
-import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.jni.ApiWrapper;
 
 /** An open adapter. */
@@ -49,7 +48,8 @@ final class Adapter implements AutoCloseable {
     /** Ends the command when the operation failed. */
     void check(String operation, int status) {
         if (status != 0) {
-            throw new OperationFailed("adapter " + dev + ": " + operation + " failed: " + Status.describe(status));
+            throw new OperationFailed("adapter " + dev + ": " + operation + " failed: " + Cure.describe(status),
+                status);
         }
     }
 

@@ -96,7 +96,8 @@ final class AdapterInformation {
                 FIRMWARE_BITS, DRIVER_VERSION, FIRMWARE_VERSION, OPTION_ROM, FirmwareConfiguration.ADDRESS,
                 FirmwareConfiguration.SUBNET_MASK, FirmwareConfiguration.GATEWAY, FirmwareConfiguration.PRIMARY_DNS,
                 FirmwareConfiguration.SLP_AGENT, FirmwareConfiguration.INIT_FW,
-                new ListField("deviceDataBaseEntries", DeviceDatabaseEntry.TABLE, "Target")), snapshot(adapter));
+                new ListField("deviceDataBaseEntries", DeviceDatabaseEntry.TABLE,
+                    DeviceDatabaseEntry.TARGET_ID, "Target")), snapshot(adapter));
             return DONE;
         }
     }

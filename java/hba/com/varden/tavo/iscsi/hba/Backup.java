@@ -6,14 +6,9 @@ import com.varden.tavo.iscsi.model.CHAPTableEntry;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
-import java.io.File;
 import java.io.IOException;
 import java.io.OutputStream;
-import java.nio.file.Files;
-import java.nio.file.Path;
-import java.nio.file.StandardCopyOption;
-import java.nio.file.attribute.PosixFilePermission;
-import java.util.EnumSet;
+import java.util.ArrayList;
 import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
@@ -33,80 +28,111 @@ final class Backup {
 
     private Backup() {}
 
-    private static void write(JsonWriter json, Adapter adapter, boolean reveal) throws IOException {
-        HBA hba = FirmwareConfiguration.readWithNames(adapter);
-        List<DevDBEntry> targets = DeviceDatabaseEntry.readAll(adapter);
-        List<CHAPTableEntry> chap = ChapTable.readAll(adapter);
-        iSNSDiscoveryConfig isns = IsnsDiscovery.readIfSupported(adapter);
-        json.beginObject().name("format").value(FORMAT);
-        json.name(FIRMWARE);
-        FirmwareConfiguration.TABLE.write(json, hba, true);
-        json.name(TARGETS);
-        DeviceDatabaseEntry.TABLE.writeList(json, targets, true);
-        json.name(CHAP);
-        ChapTable.write(json, chap, reveal);
-        if (isns != null) {
-            json.name(ISNS);
-            IsnsDiscovery.TABLE.write(json, isns, true);
+    /** All settings, read before the first of them is written; no iSNS settings where iSNS is not supported. */
+    private record Settings(
+        HBA firmware, List<DevDBEntry> targets, List<CHAPTableEntry> chap, iSNSDiscoveryConfig isns) {
+        static Settings read(Adapter adapter) {
+            return new Settings(FirmwareConfiguration.readWithNames(adapter), DeviceDatabaseEntry.readAll(adapter),
+                ChapTable.readAll(adapter), IsnsDiscovery.readIfSupported(adapter));
         }
-        json.endObject();
+
+        /** Writes the document; notes what an import could not write back and what therefore is not in it. */
+        void write(OutputStream out, boolean reveal, List<String> leftOut) throws IOException {
+            JsonWriter json = Terminal.json(out, "  ");
+            json.beginObject().name("format").value(FORMAT);
+            json.name(FIRMWARE);
+            FirmwareConfiguration.TABLE.writeBack(json, firmware, FIRMWARE, leftOut);
+            json.name(TARGETS);
+            DeviceDatabaseEntry.writeBack(json, targets, TARGETS, leftOut);
+            json.name(CHAP);
+            ChapTable.writeBack(json, chap, reveal, CHAP, leftOut);
+            if (isns != null) {
+                json.name(ISNS);
+                IsnsDiscovery.TABLE.writeBack(json, isns, ISNS, leftOut);
+            }
+            json.endObject();
+            json.flush();
+            out.write('\n');
+        }
     }
 
     /** hba export. */
     static final class Export extends DeviceCommand {
         private final PositionalParamSpec file =
-            parameter("FILE", "0..1", "The file to write, an old one is replaced; the standard output without it.");
-        private final OptionSpec reveal = flag("--reveal", "Write the CHAP secrets too.");
+            parameter("FILE", "0..1", "The file to write; the standard output without it, or for -.");
+        private final OptionSpec reveal =
+            flag("--reveal", "Write the CHAP secrets too; only the owner can then read the file.");
+        private OutputFile output;
 
         Export() {
             super("Writes everything that can be written back: firmware settings, targets, CHAP table, iSNS settings. "
                 + "CHAP secrets are written as " + ChapSecret.HIDDEN + ", and an import then keeps those of the "
-                + "adapter; with --reveal they are in the document.");
+                + "adapter; with --reveal they are in the document. An existing file is replaced after a question.");
+            needsConfirmation();
+        }
+
+        @Override
+        void prepare() {
+            String name = file.getValue();
+            if (name != null && !name.equals("-")) {
+                output = new OutputFile(name);
+                if (output.exists()) {
+                    confirm("replaces " + output.path());
+                }
+            }
         }
 
         @Override
         int run(Adapter adapter) throws IOException {
-            if (file.getValue() == null) {
-                JsonWriter json = jsonWriter();
-                write(json, adapter, isSet(reveal));
-                finish(json);
-                return DONE;
+            Settings settings = Settings.read(adapter);
+            List<String> leftOut = new ArrayList<>();
+            if (output == null) {
+                settings.write(System.out, isSet(reveal), leftOut);
+            } else {
+                output.replace(isSet(reveal), out -> settings.write(out, isSet(reveal), leftOut));
+                done("The settings of adapter " + adapter.dev + " were written to " + output.path() + ".");
             }
-            File target = UserInput.file(file.getValue());
-            // Never half a document in the place of a whole one, and for the owner's eyes alone.
-            Path draft = Files.createTempFile(target.getParentFile().toPath(), ".hba", null);
-            try {
-                try (OutputStream out = Files.newOutputStream(draft)) {
-                    JsonWriter json = jsonWriter(out);
-                    write(json, adapter, isSet(reveal));
-                    json.flush();
-                    out.write('\n');
-                }
-                if (!isSet(reveal)) {
-                    Files.setPosixFilePermissions(draft, EnumSet.of(PosixFilePermission.OWNER_READ,
-                        PosixFilePermission.OWNER_WRITE, PosixFilePermission.GROUP_READ,
-                        PosixFilePermission.OTHERS_READ));
-                }
-                Files.move(draft, target.toPath(), StandardCopyOption.REPLACE_EXISTING);
-            } finally {
-                Files.deleteIfExists(draft);
+            for (String line : leftOut) {
+                Terminal.message(line + "; it is left out, and an import leaves the adapter's as it is");
             }
-            done("The settings of adapter " + adapter.dev + " were written to " + target + ".");
             return DONE;
         }
     }
 
     /** hba import. */
-    static final class Import extends DeviceCommand {
+    static final class Import extends WriteCommand {
         private final PositionalParamSpec file =
             parameter("FILE", "1", "A document of 'hba export', or - for the standard input.");
         private final OptionSpec dryRun = flag("--compare", "Write nothing, only say what differs.");
+        private final OptionSpec force = force();
         private JsonObject document;
+        private Plan plan;
+        private Differences differences;
 
         Import() {
             super("Writes the settings of a document to the adapter, reads them back and says what differs. Sections "
                 + "that the document lacks are left alone. Nothing is written unless the whole document is in order.");
-            needsConfirmation();
+        }
+
+        /** What the document makes of the adapter's settings; null for sections that it lacks. */
+        private record Plan(HBA firmwareBefore, HBA firmware, DeviceDatabaseChanges targets, List<CHAPTableEntry> chap,
+            boolean chapDiffers, iSNSDiscoveryConfig isnsBefore, iSNSDiscoveryConfig isns) {
+            List<String> losses() {
+                List<String> losses = new ArrayList<>();
+                if (firmware != null) {
+                    losses.addAll(FirmwareConfiguration.losses(firmwareBefore, firmware));
+                }
+                if (chapDiffers) {
+                    losses.add("replaces the CHAP table");
+                }
+                if (targets != null) {
+                    losses.addAll(targets.losses(true));
+                }
+                if (isns != null) {
+                    losses.addAll(IsnsDiscovery.losses(isnsBefore, isns));
+                }
+                return losses;
+            }
         }
 
         @Override
@@ -125,7 +151,7 @@ final class Backup {
                 FirmwareConfiguration.TABLE.read(document.get(FIRMWARE), new HBA(), FIRMWARE);
             }
             if (document.has(TARGETS)) {
-                DeviceDatabaseEntry.validate(JsonDocument.array(document.get(TARGETS), TARGETS), TARGETS);
+                DeviceDatabaseChanges.validate(JsonDocument.array(document.get(TARGETS), TARGETS), TARGETS);
             }
             if (document.has(CHAP)) {
                 ChapTable.read(JsonDocument.array(document.get(CHAP), CHAP), CHAP, null);
@@ -133,84 +159,131 @@ final class Backup {
             if (document.has(ISNS)) {
                 IsnsDiscovery.TABLE.read(document.get(ISNS), new iSNSDiscoveryConfig(), ISNS);
             }
-            if (!isSet(dryRun)) {
-                confirm("overwrites the adapter's settings");
-            }
         }
 
-        @Override
-        int run(Adapter adapter) throws IOException {
-            // All is read before anything is written.
+        // All is read before anything is written.
+        private Plan read(Adapter adapter) {
+            HBA firmwareBefore = null;
             HBA firmware = null;
-            List<DevDBEntry> targets = null;
-            List<CHAPTableEntry> chap = null;
-            boolean writeChap = false;
-            iSNSDiscoveryConfig isns = null;
             if (document.has(FIRMWARE)) {
+                firmwareBefore = FirmwareConfiguration.readWithNames(adapter);
                 firmware = FirmwareConfiguration.readWithNames(adapter);
                 FirmwareConfiguration.TABLE.read(document.get(FIRMWARE), firmware, FIRMWARE);
             }
+            DeviceDatabaseChanges targets = null;
             if (document.has(TARGETS)) {
-                targets = DeviceDatabaseEntry.read(adapter, document.getAsJsonArray(TARGETS), TARGETS);
+                targets = new DeviceDatabaseChanges(adapter, document.getAsJsonArray(TARGETS), TARGETS);
+                if (!isSet(force) && writes()) {
+                    targets.requireSense();
+                }
             }
+            List<CHAPTableEntry> chap = null;
+            boolean chapDiffers = false;
             if (document.has(CHAP)) {
                 List<CHAPTableEntry> present = ChapTable.readAll(adapter);
                 chap = ChapTable.read(document.getAsJsonArray(CHAP), CHAP, present);
                 // The table as it is need not be written, and perhaps cannot be.
-                writeChap = !isSet(dryRun) && ChapTable.differs(chap, present, CHAP);
+                chapDiffers = writes() && ChapTable.differs(chap, present, CHAP);
             }
+            iSNSDiscoveryConfig isnsBefore = null;
+            iSNSDiscoveryConfig isns = null;
             if (document.has(ISNS)) {
+                isnsBefore = IsnsDiscovery.read(adapter);
                 isns = IsnsDiscovery.read(adapter);
                 IsnsDiscovery.TABLE.read(document.get(ISNS), isns, ISNS);
             }
-            if (!isSet(dryRun)) {
-                write(adapter, firmware, targets, writeChap ? chap : null, isns);
+            return new Plan(firmwareBefore, firmware, targets, chap, chapDiffers, isnsBefore, isns);
+        }
+
+        @Override
+        boolean writes() {
+            return !isSet(dryRun);
+        }
+
+        @Override
+        List<String> losses(Adapter adapter) {
+            List<String> losses = new ArrayList<>(List.of("overwrites the settings of adapter " + adapter.dev));
+            losses.addAll(read(adapter).losses());
+            return losses;
+        }
+
+        @Override
+        void write(Adapter adapter) {
+            plan = read(adapter);
+            if (writes()) {
+                Interruption.watch();
+                Steps steps = new Steps();
+                steps.add(FIRMWARE, plan.firmware, () -> FirmwareConfiguration.write(adapter, plan.firmware));
+                steps.add(CHAP, plan.chapDiffers ? plan.chap : null, () -> ChapTable.write(adapter, plan.chap));
+                steps.add(TARGETS, plan.targets, () -> plan.targets.write(adapter));
+                steps.add(ISNS, plan.isns, () -> IsnsDiscovery.write(adapter, plan.isns, null));
+                steps.run();
             }
-            Differences differences = compare(adapter, firmware, targets, chap, isns);
+            differences = compare(adapter);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             String name = "adapter " + adapter.dev;
-            return report(isSet(dryRun) ? "The document was compared with " + name + "."
-                              : "The settings of " + name + " were written.",
-                differences);
+            return writes()
+                ? report("The settings of " + name + " were written.", differences,
+                    plan.targets == null ? null : Logins.await(adapter, plan.targets.wanted()))
+                : report("The document was compared with " + name + ".", differences, null);
         }
 
-        private static void write(Adapter adapter, HBA firmware, List<DevDBEntry> targets, List<CHAPTableEntry> chap,
-            iSNSDiscoveryConfig isns) {
-            if (firmware != null) {
-                FirmwareConfiguration.write(adapter, firmware);
-            }
-            if (chap != null) {
-                ChapTable.write(adapter, chap);
-            }
-            if (targets != null) {
-                DeviceDatabaseEntry.write(adapter, targets);
-            }
-            if (isns != null) {
-                IsnsDiscovery.write(adapter, isns, null);
-            }
-        }
-
-        private static Differences compare(Adapter adapter, HBA firmware, List<DevDBEntry> targets,
-            List<CHAPTableEntry> chap, iSNSDiscoveryConfig isns) {
-            Differences differences = new Differences("in the file");
-            if (firmware != null) {
+        private Differences compare(Adapter adapter) {
+            Differences found = new Differences("in the file");
+            if (plan.firmware != null) {
                 FirmwareConfiguration.TABLE.compare(
-                    firmware, FirmwareConfiguration.readWithNames(adapter), FIRMWARE, differences);
+                    plan.firmware, FirmwareConfiguration.readWithNames(adapter), FIRMWARE, found);
             }
-            if (targets != null) {
-                DeviceDatabaseEntry.compare(adapter, targets, TARGETS, differences);
+            if (plan.targets != null) {
+                plan.targets.compare(adapter, TARGETS, found);
                 for (DevDBEntry entry : DeviceDatabaseEntry.readAll(adapter)) {
-                    if (DeviceDatabaseEntry.find(targets, entry.getTargetID()) == null) {
-                        differences.add(TARGETS + "[targetID " + entry.getTargetID() + "]: only on the adapter");
+                    if (DeviceDatabaseEntry.find(plan.targets.wanted(), entry.getTargetID()) == null) {
+                        found.add(TARGETS + "[targetID " + entry.getTargetID() + "]: only on the adapter");
                     }
                 }
             }
-            if (chap != null) {
-                ChapTable.compare(chap, ChapTable.readAll(adapter), CHAP, differences);
+            if (plan.chap != null) {
+                ChapTable.compare(plan.chap, ChapTable.readAll(adapter), CHAP, found);
             }
-            if (isns != null) {
-                IsnsDiscovery.TABLE.compare(isns, IsnsDiscovery.read(adapter), ISNS, differences);
+            if (plan.isns != null) {
+                IsnsDiscovery.TABLE.compare(plan.isns, IsnsDiscovery.read(adapter), ISNS, found);
             }
-            return differences;
+            return found;
+        }
+    }
+
+    /** Sections written one after the other; a failure or a signal in between tells which were and which were not. */
+    private static final class Steps {
+        private final List<String> names = new ArrayList<>();
+        private final List<Runnable> writes = new ArrayList<>();
+
+        /** A section that is null is passed over. */
+        void add(String name, Object section, Runnable write) {
+            if (section != null) {
+                names.add(name);
+                writes.add(write);
+            }
+        }
+
+        void run() {
+            for (int done = 0; done < names.size(); done++) {
+                try {
+                    if (Interruption.isRequested()) {
+                        throw new OperationFailed("interrupted");
+                    }
+                    writes.get(done).run();
+                } catch (OperationFailed e) {
+                    throw new OperationFailed(e.getMessage() + "\nWritten: " + list(names.subList(0, done))
+                        + ". Not written as a whole: " + list(names.subList(done, names.size())) + ".", e.status);
+                }
+            }
+        }
+
+        private static String list(List<String> sections) {
+            return sections.isEmpty() ? "nothing" : String.join(", ", sections);
         }
     }
 }

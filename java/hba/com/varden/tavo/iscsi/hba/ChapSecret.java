@@ -6,6 +6,7 @@ import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.model.CHAPTableEntry;
 import java.io.IOException;
 import java.nio.ByteBuffer;
+import java.nio.CharBuffer;
 import java.nio.charset.CharacterCodingException;
 import java.nio.charset.StandardCharsets;
 import java.util.Arrays;
@@ -51,17 +52,26 @@ final class ChapSecret implements AutoCloseable {
     static ChapSecret given(byte[] text) {
         ChapSecret secret = new ChapSecret(text);
         String fault = null;
-        if (text.length > CHAPTableEntry.SECRET_LENGTH) {
+        if (text.length == 0) {
+            fault = "it is empty; --no-secret removes a secret";
+        } else if (text.length > CHAPTableEntry.SECRET_LENGTH) {
             fault = "the text has " + text.length + " bytes in UTF-8, at most " + CHAPTableEntry.SECRET_LENGTH
                 + " are permitted";
         } else if (secret.contains((byte) 0)) {
             fault = "the text holds a zero character";
+        } else if (!isText(text)) {
+            fault = "it is not text in UTF-8";
         }
         if (fault != null) {
             secret.close();
             throw new BadInput("the CHAP secret is not permitted: " + fault);
         }
         return secret;
+    }
+
+    /** No secret. */
+    static ChapSecret none() {
+        return new ChapSecret(new byte[0]);
     }
 
     private boolean contains(byte wanted) {
@@ -158,6 +168,16 @@ final class ChapSecret implements AutoCloseable {
         }
         String text = text();
         return text != null ? text : "bytes " + BytesField.format(elements(bytes.length));
+    }
+
+    private static boolean isText(byte[] bytes) {
+        try {
+            CharBuffer decoded = StandardCharsets.UTF_8.newDecoder().decode(ByteBuffer.wrap(bytes));
+            Arrays.fill(decoded.array(), '\0');
+            return true;
+        } catch (CharacterCodingException e) {
+            return false;
+        }
     }
 
     // The secret as text, or null when it is not printable text.

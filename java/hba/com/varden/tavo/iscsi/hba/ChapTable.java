@@ -16,9 +16,9 @@ final class ChapTable {
 
     static final TextField NAME = new TextField("chapName", 256, "CHAP name");
     static final BitsField FLAGS = new BitsField("flags", 8, "Flags");
-    static final NumberField LINK = new NumberField("link", 16, "Link");
     /** 16 bits of a link are read, 8 are written. */
     static final int LAST_WRITABLE_LINK = 255;
+    static final NumberField LINK = new NumberField("link", 16, "Link").max(LAST_WRITABLE_LINK);
     private static final NumberField LENGTH =
         new NumberField("chapSecretLength", 8, "Secret length").max(CHAPTableEntry.SECRET_LENGTH);
     private static final RecordTable TABLE = new RecordTable(NAME, FLAGS, LINK, LENGTH);
@@ -54,19 +54,42 @@ final class ChapTable {
         json.beginArray();
         for (CHAPTableEntry entry : table) {
             json.beginObject();
-            json.name("chapName").value(entry.getChapName());
-            for (NumberField field : new NumberField[] {FLAGS, LINK, LENGTH}) {
-                json.name(field.name).value(field.get(entry));
-            }
-            try (ChapSecret secret = ChapSecret.of(entry)) {
-                secret.write(json, reveal);
-            }
-            json.endObject();
+            TABLE.writeMembers(json, entry);
+            endWithSecret(json, entry, reveal);
         }
         json.endArray();
     }
 
-    /** The table that a document describes. Hidden secrets are taken from the present table; null skips that check. */
+    private static void endWithSecret(JsonWriter json, CHAPTableEntry entry, boolean reveal) throws IOException {
+        try (ChapSecret secret = ChapSecret.of(entry)) {
+            secret.write(json, reveal);
+        }
+        json.endObject();
+    }
+
+    /** Writes the table so that it can be read again. */
+    static void writeBack(JsonWriter json, List<CHAPTableEntry> table, boolean reveal, String place,
+        List<String> leftOut) throws IOException {
+        json.beginArray();
+        for (int i = 0; i < table.size(); i++) {
+            CHAPTableEntry entry = table.get(i);
+            String entryPlace = place + "[" + i + "]";
+            json.beginObject();
+            if (i == 0 && !isEmpty(entry)) {
+                leftOut.add(entryPlace + ": an entry 0 that is not empty cannot be written back");
+                json.endObject();
+            } else {
+                TABLE.writeMembersBack(json, entry, entryPlace, leftOut);
+                endWithSecret(json, entry, reveal);
+            }
+        }
+        json.endArray();
+    }
+
+    /**
+     * The table that a document describes, on the ground of what the adapter has: what is not named keeps its value,
+     * and a hidden secret is the present one. Without a present table only the document itself is checked.
+     */
     static List<CHAPTableEntry> read(JsonArray document, String place, List<CHAPTableEntry> present) {
         if (document.size() > LAST_ENTRY + 1) {
             throw new BadInput(place + ": at most " + (LAST_ENTRY + 1) + " entries are permitted");
@@ -77,18 +100,19 @@ final class ChapTable {
             JsonObject object = JsonDocument.object(document.get(i), entryPlace).deepCopy();
             JsonElement text = object.remove(ChapSecret.TEXT_NAME);
             JsonElement bytes = object.remove(ChapSecret.BYTES_NAME);
-            CHAPTableEntry entry = new CHAPTableEntry();
+            CHAPTableEntry there = present == null || i >= present.size() ? new CHAPTableEntry() : present.get(i);
+            CHAPTableEntry entry = copy(there);
             TABLE.read(object, entry, entryPlace);
             if (text != null && bytes != null) {
                 throw new BadInput(
                     entryPlace + ": " + ChapSecret.TEXT_NAME + " and " + ChapSecret.BYTES_NAME + " exclude each other");
             }
             if (text != null) {
-                readSecret(entry, text, entryPlace + "." + ChapSecret.TEXT_NAME, i, present);
+                readSecret(entry, text, entryPlace + "." + ChapSecret.TEXT_NAME, present == null ? null : there);
             } else if (bytes != null) {
                 ChapSecret.readBytes(bytes, entryPlace + "." + ChapSecret.BYTES_NAME).moveTo(entry);
             }
-            if (i == 0 && !isEmpty(entry)) {
+            if (i == 0 && !isEmpty(entry) && !object.keySet().isEmpty()) {
                 throw new BadInput(entryPlace + ": the adapter keeps entry 0 empty when the table is written");
             }
             table.add(entry);
@@ -96,13 +120,18 @@ final class ChapTable {
         return table;
     }
 
-    // Hidden secrets are taken from the present table.
-    private static void readSecret(
-        CHAPTableEntry entry, JsonElement value, String place, int index, List<CHAPTableEntry> present) {
+    private static CHAPTableEntry copy(CHAPTableEntry entry) {
+        CHAPTableEntry copy = new CHAPTableEntry();
+        TABLE.copy(entry, copy);
+        ChapSecret.of(entry).moveTo(copy);
+        return copy;
+    }
+
+    // A hidden secret is that of the entry that is there; null skips that check.
+    private static void readSecret(CHAPTableEntry entry, JsonElement value, String place, CHAPTableEntry there) {
         if (!ChapSecret.isHidden(value)) {
             ChapSecret.readText(value, place).moveTo(entry);
-        } else if (present != null) {
-            CHAPTableEntry there = index < present.size() ? present.get(index) : new CHAPTableEntry();
+        } else if (there != null) {
             if (!String.valueOf(there.getChapName()).equals(entry.getChapName())) {
                 throw new BadInput(place + ": the secret is hidden, and the adapter has none of this name at this "
                     + "index. Export with --reveal.");
@@ -115,13 +144,30 @@ final class ChapTable {
     static boolean differs(List<CHAPTableEntry> wanted, List<CHAPTableEntry> present, String place) {
         Differences differences = new Differences("in the file");
         compare(wanted, present, place, differences);
-        boolean differs = !differences.lines().isEmpty();
-        int cut = firstLinkTooLarge(wanted);
-        if (differs && cut >= 0) {
-            throw new BadInput(place + "[" + cut + "].link: " + wanted.get(cut).getLink()
-                + " cannot be written: 0 to " + LAST_WRITABLE_LINK);
+        if (differences.lines().isEmpty()) {
+            return false;
         }
-        return differs;
+        int cut = firstLinkTooLarge(wanted);
+        if (cut >= 0) {
+            throw new BadInput(place + "[" + cut + "].link: the adapter has " + wanted.get(cut).getLink()
+                + ", and a change of the table would cut it: name a link from " + LINK.range() + " for this entry");
+        }
+        if (!wanted.isEmpty() && !isEmpty(wanted.get(0))) {
+            throw new BadInput(place + "[0]: the adapter has an entry 0, and a change of the table would empty it: "
+                + "name an empty entry 0");
+        }
+        return true;
+    }
+
+    /** What the adapter holds when this table was written: an empty entry 0, links of 8 bits. */
+    static List<CHAPTableEntry> asWritten(List<CHAPTableEntry> table) {
+        List<CHAPTableEntry> written = new ArrayList<>();
+        for (CHAPTableEntry entry : table) {
+            CHAPTableEntry copy = copy(written.isEmpty() ? new CHAPTableEntry() : entry);
+            copy.setLink(copy.getLink() & LAST_WRITABLE_LINK);
+            written.add(copy);
+        }
+        return written;
     }
 
     /** The first entry whose link would be cut by a write, or -1. */

@@ -48,43 +48,61 @@ final class ChapTableCommands {
     }
 
     /** A command that changes one entry: the table is read, changed and written as a whole. */
-    private abstract static class Change extends DeviceCommand {
-        final PositionalParamSpec index =
-            parameter("INDEX", new NumberField("index", 8, "Index").max(ChapTable.LAST_ENTRY), "Index, 1 to 127.");
+    private abstract static class Change extends WriteCommand {
+        final PositionalParamSpec index = parameter("INDEX",
+            new NumberField("index", 8, "Index").min(1).max(ChapTable.LAST_ENTRY),
+            "Index, 1 to 127. The adapter keeps entry 0 empty.");
+        private final OptionSpec force =
+            flag("--force", "Write the table also when that cuts the links of other entries to 8 bits.");
 
         Change(String... description) {
             super(description);
-            needsConfirmation();
-        }
-
-        @Override
-        void prepare() throws IOException {
-            if (number(index) == 0) {
-                throw new BadInput("INDEX: '0' is not permitted: 1 to 127. The adapter keeps entry 0 empty");
-            }
         }
 
         abstract void change(CHAPTableEntry entry);
 
+        /** What the change of the entry itself costs. */
+        abstract List<String> losses(CHAPTableEntry present);
+
         @Override
-        int run(Adapter adapter) throws IOException {
-            List<CHAPTableEntry> table = new ArrayList<>(ChapTable.readAll(adapter));
+        List<String> losses(Adapter adapter) {
+            List<CHAPTableEntry> table = ChapTable.readAll(adapter);
+            List<String> losses = new ArrayList<>();
+            if (number(index) < table.size()) {
+                losses.addAll(losses(table.get(number(index))));
+            }
             if (!table.isEmpty() && !ChapTable.isEmpty(table.get(0))) {
-                confirm("empties CHAP entry 0, which the adapter does not take back");
+                losses.add("empties CHAP entry 0 (" + ChapTable.NAME.show(table.get(0))
+                    + "), which the adapter does not take back");
             }
-            int cut = ChapTable.firstLinkTooLarge(table);
-            if (cut >= 0 && cut != number(index)) {
-                confirm("cuts the link of CHAP entry " + cut + " from " + table.get(cut).getLink()
-                    + " to its low 8 bits, which are all that can be written");
-            }
+            return losses;
+        }
+
+        @Override
+        void write(Adapter adapter) {
+            List<CHAPTableEntry> table = new ArrayList<>(ChapTable.readAll(adapter));
             while (table.size() <= number(index)) {
                 table.add(new CHAPTableEntry());
             }
             change(table.get(number(index)));
+            int cut = ChapTable.firstLinkTooLarge(table);
+            if (cut >= 0 && !isSet(force)) {
+                throw new BadInput("the link of CHAP entry " + cut + " is " + table.get(cut).getLink()
+                    + ", and the adapter takes the table only as a whole, with links up to "
+                    + ChapTable.LAST_WRITABLE_LINK + ": 'hba chap set " + adapter.dev + " " + cut
+                    + " --link=N' gives it one that can be written. --force cuts it to its low 8 bits.");
+            }
             while (table.size() > 1 && ChapTable.isEmpty(table.get(table.size() - 1))) {
                 table.remove(table.size() - 1);
             }
             ChapTable.write(adapter, table);
+            Differences differences = new Differences("written");
+            ChapTable.compare(ChapTable.asWritten(table), ChapTable.readAll(adapter), "CHAPTable", differences);
+            verify("the CHAP table of adapter " + adapter.dev + " was written", differences);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("CHAP entry " + number(index) + " of adapter " + adapter.dev + " was written.");
             return DONE;
         }
@@ -96,6 +114,7 @@ final class ChapTableCommands {
         private final OptionSpec secretFile = option("--secret-file", "FILE",
             "Take the secret from the first line of a file, of the standard input for -.");
         private final OptionSpec askSecret = flag("--secret", "Ask for the secret on the terminal.");
+        private final OptionSpec noSecret = flag("--no-secret", "Remove the secret.");
         private final OptionSpec flags = option(ChapTable.FLAGS);
         private final OptionSpec link =
             option("--link", new NumberField("link", 8, "Link").max(ChapTable.LAST_WRITABLE_LINK), "Link: 0 to 255.");
@@ -108,18 +127,27 @@ final class ChapTableCommands {
 
         @Override
         void prepare() throws IOException {
-            super.prepare();
-            if (secretFile.getValue() != null && isSet(askSecret)) {
-                throw new BadInput("--secret and --secret-file exclude each other");
+            int sources = (secretFile.getValue() != null ? 1 : 0) + (isSet(askSecret) ? 1 : 0)
+                + (isSet(noSecret) ? 1 : 0);
+            if (sources > 1) {
+                throw new BadInput("--secret, --secret-file and --no-secret exclude each other");
+            }
+            if (name.getValue() == null && sources == 0 && flags.getValue() == null && link.getValue() == null) {
+                throw new BadInput("nothing to change: no option names a setting");
             }
             if (secretFile.getValue() != null) {
                 secret = ChapSecret.given(UserInput.firstLine(secretFile.getValue()));
             } else if (isSet(askSecret)) {
                 secret = ChapSecret.given(UserInput.askSecret("CHAP secret"));
+            } else if (isSet(noSecret)) {
+                secret = ChapSecret.none();
             }
-            if (name.getValue() == null && secret == null && flags.getValue() == null && link.getValue() == null) {
-                throw new BadInput("nothing to change: no option names a setting");
-            }
+        }
+
+        @Override
+        List<String> losses(CHAPTableEntry present) {
+            boolean lost = isSet(noSecret) && present.getChapSecretLength() > 0;
+            return lost ? List.of("removes the secret of " + describe(number(index), present)) : List.of();
         }
 
         @Override
@@ -140,6 +168,10 @@ final class ChapTableCommands {
         }
     }
 
+    private static String describe(int index, CHAPTableEntry entry) {
+        return "CHAP entry " + index + " (" + ChapTable.NAME.show(entry) + ")";
+    }
+
     /** hba chap clear. */
     static final class Clear extends Change {
         Clear() {
@@ -147,9 +179,8 @@ final class ChapTableCommands {
         }
 
         @Override
-        void prepare() throws IOException {
-            super.prepare();
-            confirm("empties CHAP entry " + number(index));
+        List<String> losses(CHAPTableEntry present) {
+            return List.of("empties " + describe(number(index), present) + ": its secret is lost");
         }
 
         @Override
@@ -158,7 +189,7 @@ final class ChapTableCommands {
             entry.setFlags(0);
             entry.setLink(0);
             entry.setChapSecretLength(0);
-            entry.setChapSecret(new short[CHAPTableEntry.SECRET_LENGTH]);
+            ChapSecret.none().moveTo(entry);
         }
     }
 }

@@ -2,9 +2,6 @@ package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
 import java.io.IOException;
-import java.io.OutputStream;
-import java.io.OutputStreamWriter;
-import java.nio.charset.StandardCharsets;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
@@ -23,6 +20,8 @@ abstract class Command implements Callable<Integer> {
     static final int FAILED = 1;
     static final int USAGE = 2;
     static final int NOT_LOADED = 3;
+    /** What a shell makes of a program that writes to a pipe whose reader has gone. */
+    static final int PIPE_CLOSED = 141;
 
     final CommandSpec spec = CommandSpec.wrapWithoutInspection(this);
     private final OptionSpec json;
@@ -54,6 +53,12 @@ abstract class Command implements Callable<Integer> {
 
     final OptionSpec flag(String name, String description) {
         return add(OptionSpec.builder(name).type(boolean.class).description(description).build());
+    }
+
+    /** For commands that refuse input which is permitted but hardly meant. */
+    final OptionSpec force() {
+        return flag("--force", "Write also what hardly can be meant: a target without a name, a name that is no iSCSI "
+            + "name.");
     }
 
     final OptionSpec option(String name, String label, String description) {
@@ -106,7 +111,7 @@ abstract class Command implements Callable<Integer> {
     final void show(RecordTable table, Object owner) throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            table.write(writer, owner, false);
+            table.write(writer, owner);
             finish(writer);
         } else {
             TextOutput.record(System.out, table, owner, 0);
@@ -118,7 +123,7 @@ abstract class Command implements Callable<Integer> {
         throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            table.writeList(writer, owners, false);
+            table.writeList(writer, owners);
             finish(writer);
         } else if (owners.isEmpty()) {
             System.out.println(none);
@@ -138,8 +143,10 @@ abstract class Command implements Callable<Integer> {
         }
     }
 
-    /** Says what was done and what differs afterwards; returns the exit status. */
-    final int report(String what, Differences differences) throws IOException {
+    /**
+     * Says what was done, what differs afterwards, and what became of logins, if any follow; returns the exit status.
+     */
+    final int report(String what, Differences differences, Logins logins) throws IOException {
         List<String> lines = differences.lines();
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
@@ -147,27 +154,28 @@ abstract class Command implements Callable<Integer> {
             for (String line : lines) {
                 writer.value(line);
             }
-            writer.endArray().endObject();
+            writer.endArray();
+            if (logins != null) {
+                writer.name("logins");
+                logins.write(writer);
+            }
+            writer.endObject();
             finish(writer);
         } else {
             System.out.println(what);
+            for (String line : logins == null ? List.<String>of() : logins.lines()) {
+                System.out.println(line);
+            }
             System.out.println(lines.isEmpty() ? "Nothing differs." : lines.size() + " differences:");
             for (String line : lines) {
-                System.out.println("  " + line);
+                System.out.println("  " + TerminalText.of(line));
             }
         }
         return lines.isEmpty() ? DONE : FAILED;
     }
 
     static JsonWriter jsonWriter() {
-        return jsonWriter(System.out);
-    }
-
-    static JsonWriter jsonWriter(OutputStream out) {
-        JsonWriter writer = new JsonWriter(new OutputStreamWriter(out, StandardCharsets.UTF_8));
-        writer.setIndent("  ");
-        writer.setHtmlSafe(false);
-        return writer;
+        return Terminal.json(System.out, "  ");
     }
 
     static void finish(JsonWriter writer) throws IOException {

@@ -1,6 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
 import java.io.IOException;
+import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
 
@@ -16,15 +17,23 @@ abstract class DeviceCommand extends Command {
         trace = option("--trace", "FILE", "Have the operations of this command traced to the end of a file.");
     }
 
-    /** For commands that destroy or interrupt something. */
+    /** For commands that destroy, interrupt or replace something. */
     final void needsConfirmation() {
         yes = flag("--yes", "Do it without asking.");
     }
 
-    /** Asks, unless --yes was given. */
-    final void confirm(String what) {
-        if (!isSet(yes)) {
-            UserInput.confirm(what);
+    final boolean asks() {
+        return !isSet(yes);
+    }
+
+    /** Asks before something is lost, unless --yes was given; the loss is a clause behind "this". */
+    final void confirm(String loss) {
+        confirm(List.of(loss));
+    }
+
+    final void confirm(List<String> losses) {
+        if (asks()) {
+            UserInput.confirm(losses);
         }
     }
 

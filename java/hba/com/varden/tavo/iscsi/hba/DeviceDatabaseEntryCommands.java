@@ -1,6 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.JsonArray;
+import com.varden.tavo.iscsi.codes.TargetState;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import java.io.IOException;
 import java.util.List;
@@ -84,8 +85,56 @@ final class DeviceDatabaseEntryCommands {
         }
     }
 
+    /** A command that writes entries: the logins that follow are part of what it says. */
+    private abstract static class WriteEntries extends WriteCommand {
+        private final OptionSpec force = force();
+        private DeviceDatabaseChanges written;
+        private Differences differences;
+
+        WriteEntries(String... description) {
+            super(description);
+        }
+
+        abstract DeviceDatabaseChanges changes(Adapter adapter);
+
+        abstract void send(Adapter adapter, DeviceDatabaseChanges changes);
+
+        /** Whether each change of a target in session is asked for, or only one of what leads to the target. */
+        abstract boolean asksForEveryChange();
+
+        private DeviceDatabaseChanges checked(Adapter adapter) {
+            DeviceDatabaseChanges changes = changes(adapter);
+            if (!isSet(force)) {
+                changes.requireSense();
+            }
+            return changes;
+        }
+
+        @Override
+        List<String> losses(Adapter adapter) {
+            return checked(adapter).losses(asksForEveryChange());
+        }
+
+        @Override
+        void write(Adapter adapter) {
+            written = checked(adapter);
+            send(adapter, written);
+            differences = new Differences("written");
+            written.compare(adapter, "targets", differences);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
+            List<DevDBEntry> entries = written.wanted();
+            String what = entries.size() == 1 ? "Target " + entries.get(0).getTargetID() + " of adapter " + adapter.dev
+                    + (entries.get(0).getState() == TargetState.FREE ? " was freed." : " was written.")
+                : entries.size() + " targets of adapter " + adapter.dev + " were written.";
+            return report(what, differences, Logins.await(adapter, entries));
+        }
+    }
+
     /** hba target set. */
-    static final class SetOne extends DeviceCommand {
+    static final class SetOne extends WriteEntries {
         private final PositionalParamSpec target =
             parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
         private final FieldOptions node = new FieldOptions(this, NodeInfo.TABLE);
@@ -95,7 +144,8 @@ final class DeviceDatabaseEntryCommands {
 
         SetOne() {
             super("Changes what the options name and keeps the rest. A target that is not there yet starts with what "
-                + "'hba target initial' shows. State 0 takes a target out of use.");
+                + "'hba target initial' shows. State 0 frees the entry. Asks before an entry is freed, and before a "
+                + "target in session gets another name, address, port or CHAP entry.");
         }
 
         @Override
@@ -104,20 +154,28 @@ final class DeviceDatabaseEntryCommands {
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
-            DevDBEntry entry = DeviceDatabaseEntry.base(adapter, DeviceDatabaseEntry.readAll(adapter), number(target));
+        DeviceDatabaseChanges changes(Adapter adapter) {
+            DeviceDatabaseChanges changes = new DeviceDatabaseChanges(adapter);
+            DevDBEntry entry = changes.add(adapter, number(target), "target " + number(target));
             node.apply(entry.getNodeInfo());
             own.apply(entry);
             session.apply(entry.getDeviceEntry());
-            adapter.check("writing target " + entry.getTargetID(),
-                adapter.api.setDDBData(adapter.dev, entry, entry.getTargetID()));
-            done("Target " + entry.getTargetID() + " of adapter " + adapter.dev + " was written.");
-            return DONE;
+            return changes;
+        }
+
+        @Override
+        void send(Adapter adapter, DeviceDatabaseChanges changes) {
+            changes.writeOne(adapter);
+        }
+
+        @Override
+        boolean asksForEveryChange() {
+            return false;
         }
     }
 
     /** hba target load. */
-    static final class Load extends DeviceCommand {
+    static final class Load extends WriteEntries {
         private final PositionalParamSpec file =
             parameter("FILE", "1", "JSON file with an array of targets, or - for the standard input.");
         private JsonArray document;
@@ -125,28 +183,35 @@ final class DeviceDatabaseEntryCommands {
         Load() {
             super("Writes the targets of a JSON file in the form that 'hba target list --json' gives, and reads them "
                 + "back. Each needs its targetID; what else is not named stays as it is, or starts with what 'hba "
-                + "target initial' shows. Targets that the file does not name stay.");
+                + "target initial' shows. Targets that the file does not name stay. Asks before an entry is freed or "
+                + "a target in session changed.");
         }
 
         @Override
         void prepare() {
             document = JsonDocument.array(JsonDocument.parse(file.getValue()), "the document");
-            DeviceDatabaseEntry.validate(document, "targets");
+            DeviceDatabaseChanges.validate(document, "targets");
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
-            List<DevDBEntry> entries = DeviceDatabaseEntry.read(adapter, document, "targets");
-            DeviceDatabaseEntry.write(adapter, entries);
-            Differences differences = new Differences("in the file");
-            DeviceDatabaseEntry.compare(adapter, entries, "targets", differences);
-            return report(entries.size() + " targets of adapter " + adapter.dev + " were written.",
-                differences);
+        DeviceDatabaseChanges changes(Adapter adapter) {
+            return new DeviceDatabaseChanges(adapter, document, "targets");
+        }
+
+        @Override
+        void send(Adapter adapter, DeviceDatabaseChanges changes) {
+            Interruption.watch();
+            changes.write(adapter);
+        }
+
+        @Override
+        boolean asksForEveryChange() {
+            return true;
         }
     }
 
     /** hba target logout. */
-    static final class Logout extends DeviceCommand {
+    static final class Logout extends WriteCommand {
         private final PositionalParamSpec target =
             parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
         private final OptionSpec options =
@@ -156,18 +221,28 @@ final class DeviceDatabaseEntryCommands {
 
         Logout() {
             super("Ends the session with a target.");
-            needsConfirmation();
         }
 
         @Override
-        void prepare() {
-            confirm("ends the session with target " + number(target));
+        List<String> losses(Adapter adapter) {
+            DevDBEntry there = DeviceDatabaseEntry.find(DeviceDatabaseEntry.readAll(adapter), number(target));
+            return List.of("ends the session with "
+                + (there == null ? "target " + number(target) : DeviceDatabaseEntry.describe(there)));
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
+        void write(Adapter adapter) {
             adapter.check("the logout", adapter.api.logoutDDB(adapter.dev, number(target),
                 options.getValue() == null ? 0 : number(options), newIndex.getValue() == null ? 0 : number(newIndex)));
+            DevDBEntry there = DeviceDatabaseEntry.find(DeviceDatabaseEntry.readAll(adapter), number(target));
+            if (there != null && there.getState() == TargetState.LOGGED_IN) {
+                throw new OperationFailed("adapter " + adapter.dev + ": the logout was accepted, but the session with "
+                    + DeviceDatabaseEntry.describe(there) + " goes on");
+            }
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("Adapter " + adapter.dev + " logged out of target " + number(target) + ".");
             return DONE;
         }

@@ -2,10 +2,11 @@ package com.varden.tavo.iscsi.hba;
 
 /** The parameters of a session. */
 final class DeviceParameters {
+    static final TextField TARGET_ADDRESS = new TextField("targetAddress", 32, "Target address");
     static final NumberField PORT = new NumberField("portNumber", 16, "TCP port");
 
     static final RecordTable TABLE = new RecordTable(
-        new TextField("targetAddress", 32, "Target address"),
+        TARGET_ADDRESS,
         PORT,
         new NumberField("deviceType", 16, "Device type"),
         new BitsField("iSCSIOptions", 16, "iSCSI options"),

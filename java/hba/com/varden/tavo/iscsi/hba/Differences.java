@@ -21,6 +21,10 @@ final class Differences {
         lines.add(line);
     }
 
+    boolean isEmpty() {
+        return lines.isEmpty();
+    }
+
     List<String> lines() {
         return lines;
     }

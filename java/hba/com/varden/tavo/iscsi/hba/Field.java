@@ -5,6 +5,7 @@ import com.google.gson.stream.JsonWriter;
 import java.io.IOException;
 import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
+import java.util.List;
 
 /**
  * One property of a model class: its name, which is also its name in JSON, and a label for people. Values are read and
@@ -32,8 +33,16 @@ abstract class Field {
         return readOnly;
     }
 
-    /** Writes the value to a document; for writing back, without what the adapter does not take. */
-    abstract void write(JsonWriter json, Object owner, boolean writableOnly) throws IOException;
+    /** Writes the value to a document. */
+    abstract void write(JsonWriter json, Object owner) throws IOException;
+
+    /**
+     * Writes name and value to a document that is to be read again. What a reader would refuse stays out of it and is
+     * noted.
+     */
+    void writeBack(JsonWriter json, Object owner, String place, List<String> leftOut) throws IOException {
+        throw new IllegalStateException(name + " cannot be set");
+    }
 
     /**
      * Sets the value from a document.
@@ -42,6 +51,9 @@ abstract class Field {
      * @throws BadInput when it is not permitted; the message names the place
      */
     abstract void read(JsonElement value, Object owner, String place);
+
+    /** Gives one object the value of another. */
+    abstract void copy(Object from, Object to);
 
     /** Notes where the two objects differ in this field. */
     abstract void compare(Object wanted, Object found, String place, Differences differences);

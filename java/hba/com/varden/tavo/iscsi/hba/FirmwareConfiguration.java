@@ -3,6 +3,9 @@ package com.varden.tavo.iscsi.hba;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.InitFW;
 import java.io.IOException;
+import java.util.ArrayList;
+import java.util.List;
+import picocli.CommandLine.Model.OptionSpec;
 
 /** The firmware's settings: addresses, names, option words and default session parameters. */
 final class FirmwareConfiguration {
@@ -70,12 +73,36 @@ final class FirmwareConfiguration {
         }
     }
 
+    /** What a change of the adapter's own addresses and name costs. */
+    static List<String> losses(HBA present, HBA wanted) {
+        List<String> losses = new ArrayList<>();
+        for (AddressField field : List.of(ADDRESS, SUBNET_MASK, GATEWAY)) {
+            if (!field.get(present).equals(field.get(wanted))) {
+                losses.add("changes the adapter's own " + inSentence(field.label) + " from " + field.show(present)
+                    + " to " + field.show(wanted) + ", which ends its sessions");
+            }
+        }
+        String name = wanted.getiSCSIName();
+        if (name != null && !name.equals(present.getiSCSIName())) {
+            losses.add("changes the adapter's own name from " + NodeInfo.NAME.show(present) + " to "
+                + NodeInfo.NAME.show(wanted) + ", under which targets may not let it in");
+        }
+        return losses;
+    }
+
+    // "IP address" and "subnet mask".
+    private static String inSentence(String label) {
+        return Character.isUpperCase(label.charAt(1)) ? label
+            : Character.toLowerCase(label.charAt(0)) + label.substring(1);
+    }
+
     /** hba firmware set. */
-    static final class SetSome extends DeviceCommand {
+    static final class SetSome extends WriteCommand {
         private final FieldOptions names = new FieldOptions(this, new RecordTable(NodeInfo.NAME, NodeInfo.ALIAS,
             ADDRESS, SUBNET_MASK, GATEWAY, PRIMARY_DNS, SLP_AGENT));
         private final FieldOptions words = new FieldOptions(this, OPTIONS);
         private final FieldOptions session = new FieldOptions(this, DeviceParameters.TABLE);
+        private final OptionSpec force = force();
 
         SetSome() {
             super("Changes what the options name and keeps the rest.");
@@ -84,37 +111,70 @@ final class FirmwareConfiguration {
         @Override
         void prepare() {
             FieldOptions.requireOne(names, words, session);
+            HBA given = new HBA();
+            names.apply(given);
+            if (given.getiSCSIName() != null && !isSet(force)) {
+                IscsiName.require(given.getiSCSIName(), NodeInfo.NAME.option());
+            }
         }
 
-        @Override
-        int run(Adapter adapter) throws IOException {
-            // Names that are not given stay null, and the adapter keeps its own.
-            HBA hba = new HBA();
-            read(adapter, hba);
+        private HBA changed(Adapter adapter) {
+            HBA hba = readWithNames(adapter);
             names.apply(hba);
             words.apply(hba.getInitFW());
             session.apply(hba.getInitFW().getDevEntry());
-            write(adapter, hba);
+            return hba;
+        }
+
+        @Override
+        List<String> losses(Adapter adapter) {
+            return FirmwareConfiguration.losses(readWithNames(adapter), changed(adapter));
+        }
+
+        @Override
+        void write(Adapter adapter) {
+            HBA wanted = changed(adapter);
+            FirmwareConfiguration.write(adapter, wanted);
+            Differences differences = new Differences("written");
+            TABLE.compare(wanted, readWithNames(adapter), "firmware", differences);
+            verify("the firmware's settings of adapter " + adapter.dev + " were written", differences);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("The firmware's settings of adapter " + adapter.dev + " were written.");
             return DONE;
         }
     }
 
     /** hba firmware restore. */
-    static final class Restore extends DeviceCommand {
+    static final class Restore extends WriteCommand {
         Restore() {
             super("Gives up the settings in force for the firmware's defaults.");
-            needsConfirmation();
         }
 
         @Override
-        void prepare() {
-            confirm("gives up the firmware's settings for its defaults");
+        List<String> losses(Adapter adapter) {
+            HBA present = readWithNames(adapter);
+            return List.of("replaces the settings of adapter " + adapter.dev + " by the firmware's defaults: name "
+                + NodeInfo.NAME.show(present) + ", address " + ADDRESS.show(present)
+                + " and all options and session parameters");
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
+        void write(Adapter adapter) {
+            InitFW defaults = new InitFW();
+            adapter.check("reading the defaults", adapter.api.getISCSIFWDefaults(adapter.dev, defaults));
             adapter.check("restoring the defaults", adapter.api.setISCSIDefaults(adapter.dev));
+            HBA restored = new HBA();
+            read(adapter, restored);
+            Differences differences = new Differences("by default");
+            OPTIONS.compare(defaults, restored.getInitFW(), "firmware", differences);
+            verify("the firmware's defaults of adapter " + adapter.dev + " were restored", differences);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("The firmware's defaults of adapter " + adapter.dev + " were restored.");
             return DONE;
         }

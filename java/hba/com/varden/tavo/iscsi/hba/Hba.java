@@ -1,11 +1,11 @@
 package com.varden.tavo.iscsi.hba;
 
-import com.varden.tavo.iscsi.jni.BridgeNotLoadedException;
-import java.io.IOException;
 import java.util.Arrays;
+import java.util.List;
 import picocli.CommandLine;
 import picocli.CommandLine.ParameterException;
 import picocli.CommandLine.ParseResult;
+import picocli.CommandLine.UnmatchedArgumentException;
 
 /** The tool's entry. */
 public final class Hba {
@@ -14,11 +14,16 @@ public final class Hba {
     public static void main(String[] arguments) throws ReflectiveOperationException {
         Terminal.start();
         int status = run(arguments);
-        if (System.out.checkError() && status == Command.DONE) {
-            Terminal.message("the result could not be written to the standard output");
-            status = Command.FAILED;
+        if (!Terminal.finish()) {
+            if (Terminal.readerHasGone()) {
+                status = Command.PIPE_CLOSED;
+            } else if (status == Command.DONE) {
+                Terminal.message("the result could not be written to the standard output");
+                status = Command.FAILED;
+            }
         }
         System.err.flush();
+        Interruption.over();
         System.exit(status);
     }
 
@@ -30,57 +35,37 @@ public final class Hba {
             words[words.length - 1] = "--help";
         }
         try {
+            UserInput.requireText(words);
             return execute(Commands.build(words).parseArgs(words));
-        } catch (ParameterException e) {
-            Terminal.message(e.getMessage());
-            String name = e.getCommandLine().getCommandSpec().qualifiedName();
-            System.err.println("'" + name + " --help' shows how it is used.");
-            return failed(e, Command.USAGE, arguments);
-        } catch (BadInput e) {
-            Terminal.message(e.getMessage());
-            return failed(e, Command.USAGE, arguments);
-        } catch (OperationFailed e) {
-            Terminal.message(e.getMessage());
-            return failed(e, Command.FAILED, arguments);
-        } catch (BridgeNotLoadedException e) {
-            Terminal.message(e.getMessage());
-            return failed(e, Command.NOT_LOADED, arguments);
-        } catch (UnsatisfiedLinkError e) {
-            Terminal.message("the iSCSI bridge is of another version than this tool: " + e.getMessage());
-            return failed(e, Command.NOT_LOADED, arguments);
-        } catch (Exception | OutOfMemoryError | NoSuchMethodError e) {
-            Terminal.message("unexpected failure: " + e + ". --debug shows where.");
-            return failed(e, Command.FAILED, arguments);
+        } catch (Exception | OutOfMemoryError | LinkageError e) {
+            List<String> given = Arrays.asList(arguments);
+            Failure failure = Failure.of(e);
+            failure.report(given.contains("--json"));
+            if (given.contains("--debug")) {
+                e.printStackTrace();
+            }
+            return failure.exit();
         }
     }
 
     private static int execute(ParseResult result) throws Exception {
         ParseResult last = result;
-        while (true) {
-            if (last.isUsageHelpRequested()) {
-                last.commandSpec().commandLine().usage(System.out, CommandLine.Help.Ansi.OFF);
-                return Command.DONE;
-            }
-            if (!last.hasSubcommand()) {
-                break;
-            }
+        boolean help = last.isUsageHelpRequested();
+        while (!help && last.hasSubcommand()) {
             last = last.subcommand();
+            help = last.isUsageHelpRequested();
         }
-        Object command = last.commandSpec().userObject();
-        if (!(command instanceof Command action)) {
-            throw new ParameterException(last.commandSpec().commandLine(), "a command is missing");
+        CommandLine line = last.commandSpec().commandLine();
+        if (!last.unmatched().isEmpty()) {
+            throw new UnmatchedArgumentException(line, last.unmatched());
         }
-        try {
-            return action.call();
-        } catch (IOException e) {
-            throw new OperationFailed(UserInput.reason(e), e);
+        if (help) {
+            line.usage(System.out, CommandLine.Help.Ansi.OFF);
+            return Command.DONE;
         }
-    }
-
-    private static int failed(Throwable failure, int status, String[] arguments) {
-        if (Arrays.asList(arguments).contains("--debug")) {
-            failure.printStackTrace();
+        if (!(last.commandSpec().userObject() instanceof Command command)) {
+            throw new ParameterException(line, "a command is missing");
         }
-        return status;
+        return command.call();
     }
 }

@@ -1,5 +1,6 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
 import com.varden.tavo.iscsi.model.iSNSTarget;
@@ -9,8 +10,10 @@ import picocli.CommandLine.Model.OptionSpec;
 
 /** Discovery by iSNS. */
 final class IsnsDiscovery {
+    private static final FlagField ENABLED = new FlagField("enableiSNSDiscoveryFlag", "Discovery enabled");
+
     static final RecordTable TABLE = new RecordTable(
-        new FlagField("enableiSNSDiscoveryFlag", "Discovery enabled"),
+        ENABLED,
         new FlagField("automaticDiscoveryFlag", "Automatic"),
         new AddressField("serverIPAddress", "Server"),
         new NumberField("serverIPAddressType", 16, "Server address type").readOnly(),
@@ -22,9 +25,6 @@ final class IsnsDiscovery {
         new AddressField("IPAddress", "IP address"),
         new NumberField("IPAddressType", 16, "Address type"),
         new NumberField("port", 16, "Port"));
-
-    private static final int NOT_SUPPORTED = 0x2000001c;
-    private static final int ISNS_NOT_SUPPORTED = 0x2000002d;
 
     private IsnsDiscovery() {}
 
@@ -38,7 +38,7 @@ final class IsnsDiscovery {
     static iSNSDiscoveryConfig readIfSupported(Adapter adapter) {
         iSNSDiscoveryConfig config = new iSNSDiscoveryConfig();
         int status = adapter.api.getiSNSDiscoveryConfig(adapter.dev, config);
-        if (status == NOT_SUPPORTED || status == ISNS_NOT_SUPPORTED) {
+        if (Status.ERR_NOT_SUPPORTED.is(status) || Status.ERR_ISNS_NOT_SUPPORTED.is(status)) {
             return null;
         }
         adapter.check("reading the iSNS settings", status);
@@ -70,12 +70,20 @@ final class IsnsDiscovery {
         }
     }
 
+    /** What a change of the settings costs. */
+    static List<String> losses(iSNSDiscoveryConfig present, iSNSDiscoveryConfig wanted) {
+        return ENABLED.get(present) && !ENABLED.get(wanted)
+            ? List.of("switches iSNS discovery off: the targets that only the server names are no longer found")
+            : List.of();
+    }
+
     /** hba isns set. */
-    static final class SetSome extends DeviceCommand {
+    static final class SetSome extends WriteCommand {
         private final FieldOptions settings = new FieldOptions(this, TABLE);
         private final OptionSpec name = option("--hba-iscsi-name", NodeInfo.NAME,
             "iSCSI name under which the adapter registers, " + NodeInfo.NAME.range()
                 + "; its own without this option.");
+        private final OptionSpec force = force();
 
         SetSome() {
             super("Changes what the options name and keeps the rest.");
@@ -85,14 +93,33 @@ final class IsnsDiscovery {
         void prepare() {
             if (name.getValue() == null) {
                 FieldOptions.requireOne(settings);
+            } else if (!isSet(force)) {
+                IscsiName.require(name.getValue(), "--hba-iscsi-name");
             }
         }
 
-        @Override
-        int run(Adapter adapter) throws IOException {
+        private iSNSDiscoveryConfig changed(Adapter adapter) {
             iSNSDiscoveryConfig config = read(adapter);
             settings.apply(config);
-            write(adapter, config, name.getValue());
+            return config;
+        }
+
+        @Override
+        List<String> losses(Adapter adapter) {
+            return IsnsDiscovery.losses(read(adapter), changed(adapter));
+        }
+
+        @Override
+        void write(Adapter adapter) {
+            iSNSDiscoveryConfig wanted = changed(adapter);
+            IsnsDiscovery.write(adapter, wanted, name.getValue());
+            Differences differences = new Differences("written");
+            TABLE.compare(wanted, read(adapter), "iSNS", differences);
+            verify("the iSNS settings of adapter " + adapter.dev + " were written", differences);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("The iSNS settings of adapter " + adapter.dev + " were written.");
             return DONE;
         }
@@ -107,7 +134,12 @@ final class IsnsDiscovery {
         @Override
         int run(Adapter adapter) throws IOException {
             HBA hba = new HBA();
-            adapter.check("reading the iSNS targets", adapter.api.getiSNSTargets(adapter.dev, hba));
+            int status = adapter.api.getiSNSTargets(adapter.dev, hba);
+            if (Status.ERR_NOT_SUPPORTED.is(status) && !ENABLED.get(read(adapter))) {
+                throw new OperationFailed("adapter " + adapter.dev + ": iSNS discovery is switched off. 'hba isns set "
+                    + adapter.dev + " " + ENABLED.option() + "=yes' switches it on.", status);
+            }
+            adapter.check("reading the iSNS targets", status);
             List<iSNSTarget> targets = hba.getiSNSTargets();
             TextOutput.Columns columns = new TextOutput.Columns("iSCSI name", "Alias", "IP address", "Port");
             for (iSNSTarget target : targets) {

@@ -8,10 +8,13 @@ import java.util.List;
 /** A list of objects with fields of their own. It is shown and never written back. */
 final class ListField extends Field {
     final RecordTable table;
+    private final ScalarField<?> key;
 
-    ListField(String name, RecordTable table, String label) {
+    /** The key tells the elements apart for people: "Target 5". */
+    ListField(String name, RecordTable table, ScalarField<?> key, String label) {
         super(name, label);
         this.table = table;
+        this.key = key;
         readOnly();
     }
 
@@ -19,13 +22,22 @@ final class ListField extends Field {
         return (List<?>) getProperty(owner);
     }
 
+    String heading(Object element) {
+        return label + " " + key.show(element);
+    }
+
     @Override
-    void write(JsonWriter json, Object owner, boolean writableOnly) throws IOException {
-        table.writeList(json, elements(owner), writableOnly);
+    void write(JsonWriter json, Object owner) throws IOException {
+        table.writeList(json, elements(owner));
     }
 
     @Override
     void read(JsonElement value, Object owner, String place) {
+        throw new IllegalStateException(name + " cannot be set");
+    }
+
+    @Override
+    void copy(Object from, Object to) {
         throw new IllegalStateException(name + " cannot be set");
     }
 

@@ -3,6 +3,7 @@ package com.varden.tavo.iscsi.hba;
 import com.varden.tavo.iscsi.model.IPAddr;
 import java.io.File;
 import java.io.IOException;
+import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
 
@@ -11,7 +12,7 @@ final class Maintenance {
     private Maintenance() {}
 
     /** hba firmware update. */
-    static final class Update extends DeviceCommand {
+    static final class Update extends WriteCommand {
         private final PositionalParamSpec image = parameter("FILE", "1", "The image.");
         private final OptionSpec type = option("--type", new NumberField("type", 16, "Type"),
             "Type of the image, 0 to 65535; 0 without this option. Its meaning is the adapter's.");
@@ -19,7 +20,6 @@ final class Maintenance {
 
         Update() {
             super("Writes a firmware image. The adapter runs it after its next reset.");
-            needsConfirmation();
         }
 
         @Override
@@ -31,35 +31,46 @@ final class Maintenance {
             if (file.length() == 0) {
                 throw new BadInput(file + " is empty");
             }
-            confirm("replaces the adapter's firmware by " + file);
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
+        List<String> losses(Adapter adapter) {
+            return List.of("replaces the firmware of adapter " + adapter.dev + " by " + file);
+        }
+
+        @Override
+        void write(Adapter adapter) {
             short imageType = (short) (type.getValue() == null ? 0 : number(type));
             boolean written = Terminal.during("writing the image",
                 () -> adapter.api.iSCSIUpdateFW(adapter.dev, file.getPath(), imageType));
             adapter.check("the firmware update", written);
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("The firmware image of adapter " + adapter.dev + " was written.");
             return DONE;
         }
     }
 
     /** hba reset. */
-    static final class Reset extends DeviceCommand {
+    static final class Reset extends WriteCommand {
         Reset() {
             super("Resets the adapter. Its sessions are interrupted.");
-            needsConfirmation();
         }
 
         @Override
-        void prepare() {
-            confirm("resets the adapter and interrupts its sessions");
+        List<String> losses(Adapter adapter) {
+            return List.of("resets adapter " + adapter.dev + " and interrupts its sessions");
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
+        void write(Adapter adapter) {
             adapter.check("the reset", adapter.api.resetISCSIHBA(adapter.dev));
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("Adapter " + adapter.dev + " was reset.");
             return DONE;
         }

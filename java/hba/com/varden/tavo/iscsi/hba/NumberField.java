@@ -6,6 +6,7 @@ import com.google.gson.JsonPrimitive;
 class NumberField extends SettingField<Long> {
     /** Width in bits. */
     final int width;
+    private long minimum;
     private long maximum;
     private String unit = "";
 
@@ -13,6 +14,11 @@ class NumberField extends SettingField<Long> {
         super(name, label);
         this.width = width;
         this.maximum = (1L << width) - 1;
+    }
+
+    final NumberField min(long value) {
+        minimum = value;
+        return this;
     }
 
     final NumberField max(long value) {
@@ -27,7 +33,7 @@ class NumberField extends SettingField<Long> {
 
     @Override
     final String range() {
-        return "0 to " + maximum + unit;
+        return minimum + " to " + maximum + unit;
     }
 
     @Override
@@ -39,7 +45,7 @@ class NumberField extends SettingField<Long> {
     final Long parse(String text) {
         try {
             long value = Long.decode(text.startsWith("0x") || text.startsWith("0X") ? text : decimal(text));
-            if (value >= 0 && value <= maximum) {
+            if (value >= minimum && value <= maximum) {
                 return value;
             }
         } catch (NumberFormatException e) {
@@ -63,7 +69,7 @@ class NumberField extends SettingField<Long> {
     }
 
     @Override
-    final Long get(Object owner) {
+    Long get(Object owner) {
         return ((Number) getProperty(owner)).longValue() & (1L << width) - 1;
     }
 

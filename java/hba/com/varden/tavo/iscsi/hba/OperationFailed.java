@@ -4,11 +4,20 @@ package com.varden.tavo.iscsi.hba;
 final class OperationFailed extends RuntimeException {
     private static final long serialVersionUID = 1;
 
+    /** The management library's status, 0 when the failure is not one of its own. */
+    final int status;
+
     OperationFailed(String message) {
+        this(message, 0);
+    }
+
+    OperationFailed(String message, int status) {
         super(message);
+        this.status = status;
     }
 
     OperationFailed(String message, Throwable cause) {
         super(message, cause);
+        this.status = 0;
     }
 }

@@ -3,6 +3,7 @@ package com.varden.tavo.iscsi.hba;
 import com.google.gson.JsonElement;
 import com.google.gson.stream.JsonWriter;
 import java.io.IOException;
+import java.util.List;
 
 /** An object with fields of its own, which its owner never replaces. */
 final class RecordField extends Field {
@@ -14,13 +15,24 @@ final class RecordField extends Field {
     }
 
     @Override
-    void write(JsonWriter json, Object owner, boolean writableOnly) throws IOException {
-        table.write(json, getProperty(owner), writableOnly);
+    void write(JsonWriter json, Object owner) throws IOException {
+        table.write(json, getProperty(owner));
+    }
+
+    @Override
+    void writeBack(JsonWriter json, Object owner, String place, List<String> leftOut) throws IOException {
+        json.name(name);
+        table.writeBack(json, getProperty(owner), place, leftOut);
     }
 
     @Override
     void read(JsonElement value, Object owner, String place) {
         table.read(value, getProperty(owner), place);
+    }
+
+    @Override
+    void copy(Object from, Object to) {
+        table.copy(getProperty(from), getProperty(to));
     }
 
     @Override

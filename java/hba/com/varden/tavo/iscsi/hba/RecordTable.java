@@ -39,24 +39,42 @@ final class RecordTable {
         return null;
     }
 
-    /** Writes the object; a table for writing back leaves out what the adapter does not take. */
-    void write(JsonWriter json, Object owner, boolean writableOnly) throws IOException {
+    void write(JsonWriter json, Object owner) throws IOException {
         json.beginObject();
-        for (Field field : fields) {
-            if (!writableOnly || !field.isReadOnly()) {
-                json.name(field.name);
-                field.write(json, owner, writableOnly);
-            }
-        }
+        writeMembers(json, owner);
         json.endObject();
     }
 
-    void writeList(JsonWriter json, List<?> owners, boolean writableOnly) throws IOException {
+    /** The fields alone, for an object that has more than them. */
+    void writeMembers(JsonWriter json, Object owner) throws IOException {
+        for (Field field : fields) {
+            json.name(field.name);
+            field.write(json, owner);
+        }
+    }
+
+    void writeList(JsonWriter json, List<?> owners) throws IOException {
         json.beginArray();
         for (Object owner : owners) {
-            write(json, owner, writableOnly);
+            write(json, owner);
         }
         json.endArray();
+    }
+
+    /** Writes the object so that it can be read again: what the adapter does not take back stays out of it. */
+    void writeBack(JsonWriter json, Object owner, String place, List<String> leftOut) throws IOException {
+        json.beginObject();
+        writeMembersBack(json, owner, place, leftOut);
+        json.endObject();
+    }
+
+    /** The fields alone, for an object that has more than them. */
+    void writeMembersBack(JsonWriter json, Object owner, String place, List<String> leftOut) throws IOException {
+        for (Field field : fields) {
+            if (!field.isReadOnly()) {
+                field.writeBack(json, owner, place + "." + field.name, leftOut);
+            }
+        }
     }
 
     /**
@@ -73,6 +91,15 @@ final class RecordTable {
             }
             if (!field.isReadOnly()) {
                 field.read(member.getValue(), owner, memberPlace);
+            }
+        }
+    }
+
+    /** Gives one object the values of another in all fields that the adapter takes back. */
+    void copy(Object from, Object to) {
+        for (Field field : fields) {
+            if (!field.isReadOnly()) {
+                field.copy(from, to);
             }
         }
     }

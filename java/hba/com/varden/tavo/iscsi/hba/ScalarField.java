@@ -25,7 +25,7 @@ abstract class ScalarField<T> extends Field {
     }
 
     @Override
-    final void write(JsonWriter json, Object owner, boolean writableOnly) throws IOException {
+    final void write(JsonWriter json, Object owner) throws IOException {
         T value = get(owner);
         if (value == null) {
             json.nullValue();
@@ -44,14 +44,19 @@ abstract class ScalarField<T> extends Field {
     }
 
     @Override
+    void copy(Object from, Object to) {
+        throw new IllegalStateException(name + " cannot be set");
+    }
+
+    @Override
     final void compare(Object wanted, Object found, String place, Differences differences) {
-        if (!Objects.equals(emptyIfNull(get(wanted)), emptyIfNull(get(found)))) {
+        if (!isSame(get(wanted), get(found))) {
             differences.add(place, show(wanted), show(found));
         }
     }
 
-    // Text that was not supplied is written as empty text.
-    private Object emptyIfNull(T value) {
-        return value == null ? "" : value;
+    /** Whether the adapter holds what was wanted. Text that was not supplied is written as empty text. */
+    boolean isSame(T wanted, T found) {
+        return Objects.equals(wanted == null ? "" : wanted, found == null ? "" : found);
     }
 }

@@ -12,7 +12,13 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 
 /** SCSI commands to the logical units of a target. */
 final class ScsiPassThrough {
-    private static final NumberField UNIT = new NumberField("LUN", 16, "LUN");
+    /** The number of a unit; the property is the first level of its address. */
+    private static final NumberField UNIT = new NumberField("LUN", 16, "LUN") {
+        @Override
+        Long get(Object owner) {
+            return (long) Lun.unitNumber(super.get(owner).intValue());
+        }
+    };
     static final RecordTable ADDRESS = new RecordTable(
         new NumberField("bus", 16, "Bus"),
         new NumberField("targetID", 16, "Target"),
@@ -84,7 +90,7 @@ final class ScsiPassThrough {
             if (wantsJson()) {
                 JsonWriter json = jsonWriter();
                 json.beginObject().name("targetInfo");
-                ADDRESS.without(UNIT).write(json, found.getTargetInfo(), false);
+                ADDRESS.without(UNIT).write(json, found.getTargetInfo());
                 json.name("LUNs").beginArray();
                 for (int firstLevel : found.getLUNs()) {
                     json.value(Lun.unitNumber(firstLevel));

@@ -2,6 +2,9 @@ package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.JsonElement;
 import com.google.gson.JsonPrimitive;
+import com.google.gson.stream.JsonWriter;
+import java.io.IOException;
+import java.util.List;
 import picocli.CommandLine.ITypeConverter;
 import picocli.CommandLine.TypeConversionException;
 
@@ -59,6 +62,24 @@ abstract class SettingField<T> extends ScalarField<T> implements ITypeConverter<
     }
 
     @Override
+    final void writeBack(JsonWriter json, Object owner, String place, List<String> leftOut) throws IOException {
+        if (isPermitted(get(owner))) {
+            json.name(name);
+            write(json, owner);
+        } else {
+            leftOut.add(place + ": " + show(owner) + " cannot be written back (" + range() + ")");
+        }
+    }
+
+    private boolean isPermitted(T value) {
+        try {
+            return value == null || value.equals(parse(value.toString()));
+        } catch (IllegalArgumentException e) {
+            return false;
+        }
+    }
+
+    @Override
     void read(JsonElement value, Object owner, String place) {
         if (!(value instanceof JsonPrimitive primitive) || !accepts(primitive)) {
             throw new BadInput(place + ": " + value + " is not permitted: " + range());
@@ -68,6 +89,11 @@ abstract class SettingField<T> extends ScalarField<T> implements ITypeConverter<
         } catch (IllegalArgumentException e) {
             throw new BadInput(place + ": " + e.getMessage());
         }
+    }
+
+    @Override
+    final void copy(Object from, Object to) {
+        set(to, get(from));
     }
 
     final IllegalArgumentException wrong(String text) {

@@ -3,7 +3,9 @@ package com.varden.tavo.iscsi.hba;
 import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.model.PortStatistics;
 import java.io.IOException;
+import java.math.BigDecimal;
 import java.math.BigInteger;
+import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
 
 /** The counters of the port. */
@@ -55,10 +57,14 @@ final class Statistics {
 
     /** hba stats show. */
     static final class Show extends DeviceCommand {
-        private final OptionSpec watch = option("--watch", new NumberField("seconds", 16, "Seconds"),
-            "Show them again every so many seconds, with what was added, until interrupted.");
+        private static final long LEAST_PAUSE = 100;
+        private static final long LONGEST_PAUSE = 65_535_000;
+
+        private final OptionSpec watch = option("--watch", "SECONDS",
+            "Show them again every so many seconds, at least 0.1, with what was added, until interrupted.");
         private final OptionSpec times = option("--times", new NumberField("times", 31, "Times"),
             "With --watch: end after so many times.");
+        private long pause;
 
         Show() {
             super("Shows the counters of the adapter's port.");
@@ -66,9 +72,20 @@ final class Statistics {
 
         @Override
         void prepare() {
-            if (times.getValue() != null && watch.getValue() == null) {
+            if (watch.getValue() != null) {
+                pause = milliseconds(watch.getValue());
+            } else if (times.getValue() != null) {
                 throw new BadInput("--times goes with --watch");
             }
+        }
+
+        private static long milliseconds(String seconds) {
+            long value = seconds.matches("\\d{1,9}(\\.\\d{1,9})?")
+                ? new BigDecimal(seconds).movePointRight(3).longValue() : 0;
+            if (value < LEAST_PAUSE || value > LONGEST_PAUSE) {
+                throw new BadInput("--watch: '" + seconds + "' is not permitted: 0.1 to 65535 s");
+            }
+            return value;
         }
 
         @Override
@@ -82,7 +99,7 @@ final class Statistics {
             while (--left > 0) {
                 System.out.flush();
                 try {
-                    Thread.sleep(1000L * number(watch));
+                    Thread.sleep(pause);
                 } catch (InterruptedException e) {
                     return DONE;
                 }
@@ -103,7 +120,7 @@ final class Statistics {
         private void show(PortStatistics now, PortStatistics before) throws IOException {
             if (wantsJson()) {
                 JsonWriter json = jsonWriter();
-                TABLE.write(json, now, false);
+                TABLE.write(json, now);
                 finish(json);
                 return;
             }
@@ -119,24 +136,27 @@ final class Statistics {
     }
 
     /** hba stats reset. */
-    static final class Reset extends DeviceCommand {
+    static final class Reset extends WriteCommand {
         private final OptionSpec port = option("--port", new NumberField("port", 16, "Port"),
             "Port, 0 to 65535; 0 without this option.");
 
         Reset() {
             super("Sets the counters of the adapter's port to zero.");
-            needsConfirmation();
         }
 
         @Override
-        void prepare() {
-            confirm("sets the counters to zero");
+        List<String> losses(Adapter adapter) {
+            return List.of("sets the counters of adapter " + adapter.dev + " to zero");
         }
 
         @Override
-        int run(Adapter adapter) throws IOException {
+        void write(Adapter adapter) {
             adapter.check("resetting the counters",
                 adapter.api.resetISCSICounters(adapter.dev, port.getValue() == null ? 0 : number(port)));
+        }
+
+        @Override
+        int report(Adapter adapter) throws IOException {
             done("The counters of adapter " + adapter.dev + " were set to zero.");
             return DONE;
         }

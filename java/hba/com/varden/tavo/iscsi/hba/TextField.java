@@ -32,6 +32,10 @@ final class TextField extends SettingField<String> {
         if (text.indexOf('\0') >= 0) {
             throw new IllegalArgumentException("the text holds a zero character");
         }
+        if (text.chars().anyMatch(c -> Character.isSurrogate((char) c))) {
+            throw new IllegalArgumentException("the text holds a character that cannot cross to the adapter: only "
+                + "those up to U+FFFF can");
+        }
         return text;
     }
 

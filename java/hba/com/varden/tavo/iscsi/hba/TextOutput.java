@@ -46,9 +46,8 @@ final class TextOutput {
                 heading(out, field.label, indent);
                 record(out, record.table, record.getProperty(owner), indent + INDENT);
             } else if (field instanceof ListField list) {
-                int i = 0;
                 for (Object element : list.elements(owner)) {
-                    heading(out, field.label + " " + i++, indent);
+                    heading(out, list.heading(element), indent);
                     record(out, list.table, element, indent + INDENT);
                 }
             }

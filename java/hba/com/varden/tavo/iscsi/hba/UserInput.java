@@ -8,15 +8,23 @@ import java.io.IOException;
 import java.io.InputStream;
 import java.nio.ByteBuffer;
 import java.nio.CharBuffer;
+import java.nio.charset.CharacterCodingException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.AccessDeniedException;
+import java.nio.file.FileSystemException;
+import java.nio.file.Files;
 import java.nio.file.NoSuchFileException;
+import java.nio.file.Path;
 import java.util.Arrays;
+import java.util.List;
 
 /** What the user answers, types and keeps in files. */
 final class UserInput {
     /** Room for the line with a secret; longer ones are longer than any secret. */
     private static final int LINE = 4096;
+    private static final char REPLACEMENT = '\uFFFD';
+    /** More losses than these are counted. */
+    private static final int NAMED_LOSSES = 8;
 
     private UserInput() {}
 
@@ -27,13 +35,35 @@ final class UserInput {
         return (file.isAbsolute() || directory == null ? file : new File(directory, name)).getAbsoluteFile();
     }
 
-    /** Asks before something is destroyed or interrupted; --yes has been asked for already. */
-    static void confirm(String what) {
+    /** Refuses arguments that the VM could not decode: it has put replacement characters into them. */
+    static void requireText(String[] arguments) throws IOException {
+        for (String argument : arguments) {
+            if (argument.indexOf(REPLACEMENT) >= 0) {
+                byte[] bytes = Files.readAllBytes(Path.of("/proc/self/cmdline"));
+                try {
+                    StandardCharsets.UTF_8.newDecoder().decode(ByteBuffer.wrap(bytes));
+                } catch (CharacterCodingException e) {
+                    throw new BadInput("the argument '" + argument + "' is not text in UTF-8");
+                }
+            }
+        }
+    }
+
+    /** Asks before something is lost; each loss is a clause behind "this". --yes has been asked for already. */
+    static void confirm(List<String> losses) {
+        if (losses.isEmpty()) {
+            return;
+        }
+        String all = String.join(";\n  and ", losses.subList(0, Math.min(losses.size(), NAMED_LOSSES)));
+        if (losses.size() > NAMED_LOSSES) {
+            all += ";\n  and so on, " + (losses.size() - NAMED_LOSSES) + " more";
+        }
         Console console = System.console();
         if (console == null) {
-            throw new BadInput("this " + what + ": give --yes to have it done without a question");
+            throw new BadInput("this " + all + ". Give --yes to have it done without a question.");
         }
-        String answer = console.readLine("This %s. Continue? [y/N] ", what);
+        Terminal.prompt("This " + all + ". Continue? [y/N] ");
+        String answer = console.readLine();
         if (answer == null || !answer.trim().equalsIgnoreCase("y") && !answer.trim().equalsIgnoreCase("yes")) {
             throw new OperationFailed("nothing was done");
         }
@@ -104,6 +134,9 @@ final class UserInput {
         }
         if (e instanceof AccessDeniedException) {
             return "permission denied";
+        }
+        if (e instanceof FileSystemException failure && failure.getReason() != null) {
+            return failure.getReason();
         }
         return e.getMessage();
     }

@@ -1,5 +1,5 @@
-// Counters from sysfs and procfs, see KernelCounters.h.
-#include "KernelCounters.h"
+// Counters from procfs, see ProtocolCounters.h.
+#include "ProtocolCounters.h"
 
 #include <fstream>
 #include <map>
@@ -8,26 +8,14 @@
 namespace
 {
 
-using Counter = SD_UINT64 HBAPORTSTATISCSI::*;
-
 struct Source {
-    Counter counter;
+    SD_UINT64 HBAPORTSTATISCSI::*counter;
     const char *name;
-};
-
-// Files of /sys/class/net/INTERFACE/statistics.
-constexpr Source INTERFACE_SOURCES[] = {
-    {&HBAPORTSTATISCSI::MACTxFramesCount, "tx_packets"},
-    {&HBAPORTSTATISCSI::MACTxBytesCount, "tx_bytes"},
-    {&HBAPORTSTATISCSI::MACRxFramesCount, "rx_packets"},
-    {&HBAPORTSTATISCSI::MACRxBytesCount, "rx_bytes"},
-    {&HBAPORTSTATISCSI::MACCRCErrorCount, "rx_crc_errors"},
-    {&HBAPORTSTATISCSI::MACEncodingErrorCount, "rx_frame_errors"},
 };
 
 // Names in /proc/net/snmp and /proc/net/netstat (with the prefix of their line) and in /proc/net/snmp6. Counters with
 // several names are sums.
-constexpr Source PROTOCOL_SOURCES[] = {
+constexpr Source SOURCES[] = {
     {&HBAPORTSTATISCSI::IPTxPacketsCount, "Ip:OutRequests"},
     {&HBAPORTSTATISCSI::IPTxPacketsCount, "Ip6OutRequests"},
     {&HBAPORTSTATISCSI::IPTxBytesCount, "IpExt:OutOctets"},
@@ -91,18 +79,14 @@ void readSingleLines(const char *path, Values &values)
 
 } // namespace
 
-HBAPORTSTATISCSI readKernelCounters(const std::string &interfaceName)
+HBAPORTSTATISCSI readProtocolCounters()
 {
     HBAPORTSTATISCSI counters{};
-    const std::string folder = "/sys/class/net/" + interfaceName + "/statistics/";
-    for (const Source &source : INTERFACE_SOURCES) {
-        std::ifstream(folder + source.name) >> counters.*source.counter;
-    }
     Values values;
     readPairedLines("/proc/net/snmp", values);
     readPairedLines("/proc/net/netstat", values);
     readSingleLines("/proc/net/snmp6", values);
-    for (const Source &source : PROTOCOL_SOURCES) {
+    for (const Source &source : SOURCES) {
         counters.*source.counter += values[source.name];
     }
     return counters;

@@ -3,28 +3,29 @@
 self=$(readlink -f -- "$0")
 prefix=${self%/bin/*}
 jars=$prefix/share/java
+bridge=$prefix/@TAVO_BRIDGE_DIR@/libtavoiscsi.so
+libraries=$prefix/@TAVO_LIBRARIES_DIR@
 
-if [ -n "${HBA_JAVA-}" ]; then
-  java=$HBA_JAVA
-elif [ -x "$prefix/lib/runtime/bin/java" ]; then
-  java=$prefix/lib/runtime/bin/java
-elif [ -x "@TAVO_VM_HOME@/bin/java" ]; then
-  java=@TAVO_VM_HOME@/bin/java
-else
-  java=java
-fi
+# Nothing outside the installation is run unless it is named.
+java=${HBA_JAVA:-$prefix/@TAVO_RUNTIME_DIR@/bin/java}
 case $java in
   /*) ;;
   */*) java=$PWD/$java ;;
 esac
 if ! command -v "$java" >/dev/null; then
-  echo "hba: there is no Java VM $java. Name one with HBA_JAVA." >&2
+  echo "hba: there is no Java VM $java. @TAVO_RUNTIME_ADVICE@" >&2
   exit 3
 fi
+case $(readlink -f -- "$(command -v "$java")") in
+  *:*)
+    echo "hba: no Java VM runs from a folder with a colon in its name, $java. Name another with HBA_JAVA." >&2
+    exit 3
+    ;;
+esac
 
 # The bridge looks for ./libvdsdm.so.
 directory=$PWD
-libraries=${HBA_LIBRARY_DIR:-$prefix/lib/vdsdm}
+libraries=${HBA_LIBRARY_DIR:-$libraries/vdsdm}
 if ! CDPATH='' cd -- "$libraries" 2>/dev/null; then
   echo "hba: the folder of the management library, $libraries, cannot be entered. Name it with HBA_LIBRARY_DIR." >&2
   exit 3
@@ -34,9 +35,18 @@ fi
 # installed or of another encoding, and this one is always there.
 export LC_ALL=C.UTF-8
 
-# Classes that the VM need not parse again. An archive that does not fit VM or jars is passed over in silence.
+# A class path is split at colons, which the name of a folder may hold.
+case $jars in
+  *:*)
+    exec 4<"$jars"
+    jars=/proc/self/fd/4
+    ;;
+esac
+
+# Classes that the VM need not parse again. A damaged archive would crash it; one that does not fit VM or jars it passes
+# over in silence.
 archive=
-if [ -f "$jars/hba.jsa" ]; then
+if [ -f "$jars/hba.jsa" ] && [ "$(cksum <"$jars/hba.jsa")" = "$(cat "$jars/hba.jsa.sum" 2>/dev/null)" ]; then
   archive=-XX:SharedArchiveFile=$jars/hba.jsa
 fi
 
@@ -45,6 +55,6 @@ fi
 # shellcheck disable=SC2086 # HBA_JAVA_OPTIONS holds several words.
 exec "$java" -XX:TieredStopAtLevel=1 -XX:CompileThresholdScaling=3 -XX:+UseSerialGC -Xshare:auto \
   '-Xlog:cds*=off' ${archive:+"$archive"} -Dsun.reflect.inflationThreshold=1000000 ${HBA_JAVA_OPTIONS-} \
-  "-Dtavo.iscsi.library=${HBA_BRIDGE:-$prefix/lib/libtavoiscsi.so}" "-Dhba.directory=$directory" -Dhba.output=3 \
+  "-Dtavo.iscsi.library=${HBA_BRIDGE:-$bridge}" "-Dhba.directory=$directory" -Dhba.output=3 \
   --add-opens java.base/java.io=ALL-UNNAMED \
-  -cp "$jars/hba.jar:$jars/tavoiscsi.jar:@TAVO_PICOCLI@:@TAVO_GSON@" com.varden.tavo.iscsi.hba.Hba "$@" 3>&1 1>&2
+  -cp "$jars/hba.jar:$jars/tavoiscsi.jar:$jars/picocli.jar:$jars/gson.jar" com.varden.tavo.iscsi.hba.Hba "$@" 3>&1 1>&2

@@ -1,0 +1,198 @@
+package com.varden.tavo.iscsi.hba;
+
+import com.google.gson.JsonArray;
+import com.google.gson.JsonElement;
+import com.google.gson.JsonObject;
+import com.varden.tavo.iscsi.codes.TargetState;
+import com.varden.tavo.iscsi.model.DevDBEntry;
+import java.util.ArrayList;
+import java.util.HashSet;
+import java.util.List;
+import java.util.Set;
+
+/** Target entries that are to be written, beside those that the adapter has. */
+final class DeviceDatabaseChanges {
+    /** Entries written by one call, so that progress can be shown and a signal be heeded in between. */
+    private static final int BATCH = 32;
+
+    /** What leads to a target; a session does not outlive a change of it. */
+    private static final RecordTable WAY_TO_TARGET = new RecordTable(
+        DeviceDatabaseEntry.SESSION_ID,
+        DeviceDatabaseEntry.CHAP_INDEX,
+        new RecordField("nodeInfo", new RecordTable(NodeInfo.NAME, NodeInfo.ADDRESS), "Node"),
+        new RecordField("deviceEntry", new RecordTable(DeviceParameters.TARGET_ADDRESS, DeviceParameters.PORT), ""));
+
+    private final List<DevDBEntry> present;
+    private final List<DevDBEntry> wanted = new ArrayList<>();
+    private final List<String> places = new ArrayList<>();
+
+    DeviceDatabaseChanges(Adapter adapter) {
+        present = DeviceDatabaseEntry.readAll(adapter);
+    }
+
+    /**
+     * Entries as a document describes them, on the ground of what the adapter has: fields that are not named keep their
+     * value; a target that is new starts with what the adapter proposes, and with the state of the default entry.
+     */
+    DeviceDatabaseChanges(Adapter adapter, JsonArray document, String place) {
+        this(adapter);
+        for (int i = 0; i < document.size(); i++) {
+            String entryPlace = place + "[" + i + "]";
+            JsonObject object = JsonDocument.object(document.get(i), entryPlace);
+            DeviceDatabaseEntry.TABLE.read(object, add(adapter, targetID(object, entryPlace), entryPlace), entryPlace);
+        }
+    }
+
+    /** Adds an entry with what the adapter has for this target, or with what a new one starts with. */
+    DevDBEntry add(Adapter adapter, int targetID, String place) {
+        DevDBEntry there = DeviceDatabaseEntry.find(present, targetID);
+        DevDBEntry entry;
+        if (there != null) {
+            entry = DeviceDatabaseEntry.copy(there);
+        } else {
+            entry = DeviceDatabaseEntry.readInitial(adapter, targetID);
+            entry.setState(DeviceDatabaseEntry.readDefault(adapter).getState());
+        }
+        wanted.add(entry);
+        places.add(place);
+        return entry;
+    }
+
+    List<DevDBEntry> wanted() {
+        return wanted;
+    }
+
+    /** Checks a document without the adapter. */
+    static void validate(JsonArray document, String place) {
+        Set<Integer> seen = new HashSet<>();
+        for (int i = 0; i < document.size(); i++) {
+            String entryPlace = place + "[" + i + "]";
+            JsonObject object = JsonDocument.object(document.get(i), entryPlace);
+            int targetID = targetID(object, entryPlace);
+            if (!seen.add(targetID)) {
+                throw new BadInput(entryPlace + ".targetID: duplicate target ID " + targetID);
+            }
+            DeviceDatabaseEntry.TABLE.read(object, new DevDBEntry(), entryPlace);
+        }
+    }
+
+    private static int targetID(JsonObject object, String place) {
+        JsonElement member = object.get("targetID");
+        if (member == null) {
+            throw new BadInput(place + ": targetID is missing");
+        }
+        JsonObject alone = new JsonObject();
+        alone.add("targetID", member);
+        DevDBEntry entry = new DevDBEntry();
+        DeviceDatabaseEntry.TABLE.read(alone, entry, place);
+        return entry.getTargetID();
+    }
+
+    /** Refuses entries that nobody can mean: without a name, with a name that is none, in an unknown state. */
+    void requireSense() {
+        for (int i = 0; i < wanted.size(); i++) {
+            DevDBEntry entry = wanted.get(i);
+            DevDBEntry there = DeviceDatabaseEntry.find(present, entry.getTargetID());
+            requireSense(entry, there == null ? new DevDBEntry() : there, places.get(i));
+        }
+    }
+
+    // What the adapter has already it may keep.
+    private static void requireSense(DevDBEntry entry, DevDBEntry there, String place) {
+        int state = entry.getState();
+        if (!StateField.isKnown(state) && state != there.getState()) {
+            throw new BadInput(place + ": state " + Integer.toUnsignedString(state) + " is not known: 0 frees the "
+                + "entry, 1 configured, 2 session, 3 logged out. --force writes it all the same.");
+        }
+        String name = NodeInfo.NAME.get(entry.getNodeInfo());
+        boolean kept = there.getState() != TargetState.FREE && NodeInfo.NAME.isSame(name,
+            NodeInfo.NAME.get(there.getNodeInfo()));
+        if (state == TargetState.FREE || kept) {
+            return;
+        }
+        if (name == null || name.isEmpty()) {
+            throw new BadInput(place + ": the target has no iSCSI name. --force writes it all the same.");
+        }
+        IscsiName.require(name, place);
+    }
+
+    /** What is lost when the entries are written: entries that are freed, sessions that end. */
+    List<String> losses(boolean everyChange) {
+        List<String> losses = new ArrayList<>();
+        for (DevDBEntry entry : wanted) {
+            DevDBEntry there = DeviceDatabaseEntry.find(present, entry.getTargetID());
+            if (there == null) {
+                continue;
+            }
+            boolean inSession = there.getState() == TargetState.LOGGED_IN;
+            String target = DeviceDatabaseEntry.describe(there);
+            Differences differences = new Differences("wanted");
+            (everyChange ? DeviceDatabaseEntry.TABLE : WAY_TO_TARGET).compare(there, entry, "", differences);
+            if (entry.getState() == TargetState.FREE) {
+                losses.add("frees " + target + ": its settings are lost" + (inSession ? ", its session ends" : ""));
+            } else if (inSession && entry.getState() == TargetState.LOGGED_OUT) {
+                losses.add("ends the session with " + target);
+            } else if (inSession && !differences.isEmpty()) {
+                losses.add("changes " + target + ", which interrupts its session");
+            }
+        }
+        return losses;
+    }
+
+    /** Writes a single entry. */
+    void writeOne(Adapter adapter) {
+        DevDBEntry entry = wanted.get(0);
+        adapter.check("writing target " + entry.getTargetID(),
+            adapter.api.setDDBData(adapter.dev, entry, entry.getTargetID()));
+    }
+
+    /** Writes the entries in order, and stops at a signal. Whether each was taken only reading them back can tell. */
+    void write(Adapter adapter) {
+        for (int done = 0; done < wanted.size();) {
+            if (Interruption.isRequested()) {
+                throw new OperationFailed("interrupted: " + progress(done));
+            }
+            int end = Math.min(done + BATCH, wanted.size());
+            DevDBEntry[] batch = wanted.subList(done, end).toArray(new DevDBEntry[0]);
+            int status = adapter.api.setDDBsData(adapter.dev, batch);
+            if (status != 0 && done > 0) {
+                Terminal.message(progress(done));
+            }
+            adapter.check("writing target " + ranges(done, end), status);
+            done = end;
+            Terminal.progress("targets written", done, wanted.size());
+        }
+    }
+
+    private String progress(int done) {
+        return done == 0 ? "no target was written"
+            : "target " + ranges(0, done) + " (" + done + " of " + wanted.size() + ") was written, target "
+                + ranges(done, wanted.size()) + " was not";
+    }
+
+    private String ranges(int from, int to) {
+        List<Integer> targets = new ArrayList<>();
+        for (DevDBEntry entry : wanted.subList(from, to)) {
+            targets.add(entry.getTargetID());
+        }
+        return DeviceDatabaseEntry.ranges(targets);
+    }
+
+    /** Notes each field in which the adapter's entries differ from those that were written. */
+    void compare(Adapter adapter, String place, Differences differences) {
+        List<DevDBEntry> found = DeviceDatabaseEntry.readAll(adapter);
+        for (DevDBEntry entry : wanted) {
+            String entryPlace = place + "[targetID " + entry.getTargetID() + "]";
+            DevDBEntry there = DeviceDatabaseEntry.find(found, entry.getTargetID());
+            if (entry.getState() == TargetState.FREE) {
+                if (there != null) {
+                    differences.add(entryPlace + ": still on the adapter");
+                }
+            } else if (there == null) {
+                differences.add(entryPlace + ": not on the adapter");
+            } else {
+                DeviceDatabaseEntry.TABLE.compare(entry, there, entryPlace, differences);
+            }
+        }
+    }
+}

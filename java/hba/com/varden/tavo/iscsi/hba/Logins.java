@@ -1,0 +1,135 @@
+package com.varden.tavo.iscsi.hba;
+
+import com.google.gson.stream.JsonWriter;
+import com.varden.tavo.iscsi.codes.ConnectionState;
+import com.varden.tavo.iscsi.codes.ErrorEntryType;
+import com.varden.tavo.iscsi.codes.ErrorType;
+import com.varden.tavo.iscsi.codes.LinkState;
+import com.varden.tavo.iscsi.codes.LoginStatus;
+import com.varden.tavo.iscsi.codes.Status;
+import com.varden.tavo.iscsi.codes.TargetState;
+import com.varden.tavo.iscsi.model.ConnectionError;
+import com.varden.tavo.iscsi.model.DevDBEntry;
+import com.varden.tavo.iscsi.model.HBA;
+import java.io.IOException;
+import java.util.ArrayList;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.TreeMap;
+
+/** What became of the logins that follow when target entries are written. */
+final class Logins {
+    private static final int DEFAULT_DEADLINE = 10;
+    private static final long MARGIN = 2_000_000_000L;
+    private static final long PAUSE_MILLIS = 50;
+
+    private int sessions;
+    /** The targets without a session, with the reason. */
+    private final Map<Integer, String> failed = new TreeMap<>();
+
+    private Logins() {}
+
+    /** Waits until the logins to these targets have ended, at most a little longer than the longest may take. */
+    static Logins await(Adapter adapter, List<DevDBEntry> written) {
+        List<DevDBEntry> found = DeviceDatabaseEntry.readAll(adapter);
+        long end = System.nanoTime() + deadline(written);
+        int left = count(found, written, TargetState.LOGGING_IN);
+        int all = left;
+        while (left > 0 && System.nanoTime() < end && !Interruption.isRequested()) {
+            Terminal.progress("logins ended", all - left, all);
+            try {
+                Thread.sleep(PAUSE_MILLIS);
+            } catch (InterruptedException e) {
+                break;
+            }
+            found = DeviceDatabaseEntry.readAll(adapter);
+            left = count(found, written, TargetState.LOGGING_IN);
+        }
+        Logins logins = new Logins();
+        logins.sessions = count(found, written, TargetState.LOGGED_IN);
+        logins.explain(adapter, found, written);
+        return logins;
+    }
+
+    private static long deadline(List<DevDBEntry> written) {
+        long seconds = 0;
+        for (DevDBEntry entry : written) {
+            int timeout = entry.getDeviceEntry().getTaskManagementTimeout() & 0xFFFF;
+            seconds = Math.max(seconds, timeout == 0 ? DEFAULT_DEADLINE : timeout);
+        }
+        return seconds * 1_000_000_000L + MARGIN;
+    }
+
+    private static int count(List<DevDBEntry> found, List<DevDBEntry> written, int state) {
+        int count = 0;
+        for (DevDBEntry entry : written) {
+            DevDBEntry there = DeviceDatabaseEntry.find(found, entry.getTargetID());
+            count += there != null && there.getState() == state ? 1 : 0;
+        }
+        return count;
+    }
+
+    private void explain(Adapter adapter, List<DevDBEntry> found, List<DevDBEntry> written) {
+        boolean linkUp = true;
+        HBA hba = null;
+        for (DevDBEntry entry : written) {
+            int target = entry.getTargetID();
+            DevDBEntry there = DeviceDatabaseEntry.find(found, target);
+            if (there != null && there.getState() == TargetState.LOGGING_IN) {
+                failed.put(target, "still logging in");
+            } else if (there != null && there.getState() == TargetState.CONFIGURED) {
+                if (hba == null) {
+                    hba = new HBA();
+                    adapter.check("reading the state", adapter.api.getiSCSIHBAState(adapter.dev, hba));
+                    adapter.check("reading the log", adapter.api.getConnectErrorLog(adapter.dev, hba));
+                    linkUp = hba.getLinkStatus() != LinkState.DOWN;
+                }
+                failed.put(target, linkUp ? reason(hba.getConnectErrorLog(), target) : "the adapter has no link");
+            }
+        }
+    }
+
+    // The newest entry of the log stands last.
+    private static String reason(List<ConnectionError> log, int target) {
+        for (int i = log.size() - 1; i >= 0; i--) {
+            ConnectionError error = log.get(i);
+            if (error.getDeviceIndex() == target && error.getEntryType() == ErrorEntryType.LOGIN_FAILED) {
+                return reason(error);
+            }
+        }
+        return "the connection-error log has no reason";
+    }
+
+    private static String reason(ConnectionError error) {
+        if (error.getErrorType() == ErrorType.NO_ANSWER) {
+            boolean connected = error.getConnState() != ConnectionState.CONNECTING;
+            return (connected ? Status.ERR_TIMEOUT : Status.ERR_UNREACHABLE).meaning();
+        }
+        return "the login was refused: " + LoginStatus.describe(error.getErrorDetail());
+    }
+
+    /** For people: how many logged in, and for each reason the targets that did not. */
+    List<String> lines() {
+        List<String> lines = new ArrayList<>();
+        if (sessions + failed.size() > 0) {
+            lines.add(sessions + " logged in, " + failed.size() + " did not" + (failed.isEmpty() ? "." : ":"));
+        }
+        Map<String, List<Integer>> targets = new LinkedHashMap<>();
+        for (Map.Entry<Integer, String> each : failed.entrySet()) {
+            targets.computeIfAbsent(each.getValue(), reason -> new ArrayList<>()).add(each.getKey());
+        }
+        for (Map.Entry<String, List<Integer>> each : targets.entrySet()) {
+            lines.add("  target " + DeviceDatabaseEntry.ranges(each.getValue()) + ": " + each.getKey());
+        }
+        return lines;
+    }
+
+    void write(JsonWriter json) throws IOException {
+        json.beginObject().name("sessions").value(sessions).name("failed").beginArray();
+        for (Map.Entry<Integer, String> each : failed.entrySet()) {
+            json.beginObject().name("targetID").value(each.getKey()).name("reason").value(each.getValue()).endObject();
+        }
+        json.endArray().endObject();
+    }
+}

@@ -1,0 +1,415 @@
+// The databases of the settings and of the counters: damage is refused and left alone, failed writes leave the old
+// contents, nobody waits for a writer, what has not changed is not read again.
+#include "AdapterTest.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sqlite3.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <memory>
+
+namespace
+{
+
+class Store : public AdapterTest
+{
+protected:
+    // Writes a few settings to adapter 3, closes it and returns its file.
+    std::string writeSettings()
+    {
+        const SDMGT_HANDLE handle = open(3);
+        DEVICEENTRYISCSI entry = sampleEntry(17);
+        SD_UINT32 count = 2;
+        CHAPTABLE table[2] = {};
+        setText(table[1].ChapSecret, "a secret");
+        EXPECT_EQ(SDSetDDBEntry(handle, &entry, 17), 0U);
+        EXPECT_EQ(SDSetCHAPTable(handle, table, &count), 0U);
+        close(handle);
+        EXPECT_FALSE(std::filesystem::exists(settings().string() + "-wal")) << "the last one to close tidies up";
+        return readFile(settings());
+    }
+    // Puts a file in the place of the settings, as a new file.
+    void place(const std::string &bytes) const
+    {
+        writeFile(folder / "placed", bytes);
+        std::filesystem::remove(settings().string() + "-wal");
+        std::filesystem::remove(settings().string() + "-shm");
+        std::filesystem::rename(folder / "placed", settings());
+    }
+    static SD_UINT32 count(SDMGT_HANDLE handle)
+    {
+        SD_UINT32 entries = 0;
+        EXPECT_EQ(SDGetDDBEntryNum(handle, &entries), 0U);
+        return entries;
+    }
+    // What the settings from writeSettings look like from outside; "refused" when they are. Nothing else may happen.
+    std::string look()
+    {
+        const SDMGT_HANDLE handle = open(3);
+        DEVICEENTRYISCSI entry{};
+        std::vector<CHAPTABLE> table(CHAP_CAPACITY);
+        SD_UINT32 records = CHAP_CAPACITY;
+        INITFWISCSI block{};
+        const SD_UINT32 status = SDGetDDBEntry(handle, &entry, 17);
+        std::string seen = "refused";
+        if (status == 0) {
+            EXPECT_EQ(SDGetCHAPTable(handle, table.data(), &records), 0U);
+            EXPECT_EQ(SDGetInitFW(handle, &block), 0U);
+            seen.assign(reinterpret_cast<const char *>(&entry), sizeof entry);
+            seen.append(reinterpret_cast<const char *>(table.data()), records * sizeof(CHAPTABLE));
+            seen.append(reinterpret_cast<const char *>(&block), sizeof block);
+        } else {
+            EXPECT_EQ(status, ERR_FLASH_DAMAGED);
+            EXPECT_EQ(SDSetDDBEntry(handle, &entry, 9), ERR_FLASH_DAMAGED);
+        }
+        close(handle);
+        return seen;
+    }
+};
+
+// Runs SQL on a database as somebody else would.
+void alter(const std::filesystem::path &file, const std::string &sql)
+{
+    sqlite3 *database = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+    sqlite3_close(database);
+}
+
+TEST_F(Store, DamagedBytesAndTruncationsAreRefusedOrDoNotMatter)
+{
+    const std::string good = writeSettings();
+    const std::string expected = look();
+    ASSERT_NE(expected, "refused");
+    testing::internal::CaptureStderr();
+    int refused = 0;
+    int harmless = 0;
+    const auto attempt = [&](const std::string &bad, const std::string &what) {
+        place(bad);
+        const std::string seen = look();
+        ASSERT_TRUE(seen == "refused" || seen == expected) << what << ": something else was read";
+        EXPECT_EQ(readFile(settings()), bad) << what << ": the file was changed";
+        ++(seen == "refused" ? refused : harmless);
+    };
+    for (std::size_t byte = 0; byte < good.size(); byte += byte < 100 ? 3 : 41) {
+        std::string bad = good;
+        bad[byte] = static_cast<char>(bad[byte] ^ (byte % 2 == 0 ? 0x01 : 0xFF));
+        ASSERT_NO_FATAL_FAILURE(attempt(bad, "byte " + std::to_string(byte)));
+    }
+    for (std::size_t length = 0; length < good.size(); length += 509) {
+        ASSERT_NO_FATAL_FAILURE(attempt(good.substr(0, length), "length " + std::to_string(length)));
+    }
+    // Each byte of a record and of its checksum counts.
+    for (const std::string part : {"sample 17", "a secret"}) {
+        std::string bad = good;
+        const std::size_t found = bad.find(part);
+        ASSERT_NE(found, std::string::npos) << part;
+        bad[found] = 'X';
+        place(bad);
+        EXPECT_EQ(look(), "refused") << part;
+    }
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.find("libvdsdm: " + settings().string() + " is refused: "), std::string::npos) << said;
+    EXPECT_NE(said.find("the checksum of device database entry 17 does not match"), std::string::npos);
+    EXPECT_NE(said.find("the checksum of CHAP record 1 does not match"), std::string::npos);
+    EXPECT_EQ(said.find("a secret"), std::string::npos);
+    EXPECT_GT(refused, 30);
+    RecordProperty("refused", refused);
+    RecordProperty("harmless", harmless); // unused room in the file
+
+    place(good);
+    EXPECT_EQ(look(), expected) << "a good copy in its place is taken at once";
+    std::filesystem::remove(settings());
+    EXPECT_TRUE(walk(open(3)).empty()) << "without its file the adapter is factory-fresh";
+}
+
+TEST_F(Store, ForeignFilesAndLostRecordsAreRefused)
+{
+    const std::string good = writeSettings();
+    testing::internal::CaptureStderr();
+    place(std::string(5000, 'x'));
+    EXPECT_EQ(look(), "refused");
+    place("");
+    EXPECT_EQ(look(), "refused") << "an empty file is not a fresh adapter";
+    for (const char *sql : {
+             "PRAGMA application_id = 1",
+             "PRAGMA user_version = 2",
+             "DROP TABLE adapter",
+             "DELETE FROM record WHERE number = 17",
+             "DELETE FROM record",
+             "DELETE FROM adapter",
+             "UPDATE record SET number = 18 WHERE number = 17",
+             "UPDATE record SET bytes = (SELECT bytes FROM record WHERE kind = 'CHAP record' AND number = 0)"
+             " WHERE kind = 'CHAP record'",
+             "UPDATE record SET bytes = 'text' WHERE number = 17",
+             "UPDATE record SET adapter = 'TV2040A000117' WHERE kind = 'firmware block'",
+             "UPDATE adapter SET census = zeroblob(24)",
+             "INSERT INTO record VALUES ('TV2010C000009', 'new kind', 0, x'00', 0)",
+         }) {
+        place(good);
+        alter(settings(), sql);
+        EXPECT_EQ(look(), "refused") << sql;
+    }
+    place(good);
+    alter(settings(), "UPDATE record SET bytes = zeroblob(484) WHERE number = 17");
+    EXPECT_EQ(walk(open(0)).size(), 8U) << "the settings of other adapters are still good";
+
+    std::filesystem::remove(settings());
+    std::filesystem::create_directory(settings());
+    EXPECT_EQ(look(), "refused");
+    std::filesystem::remove(settings());
+    ASSERT_EQ(mkfifo(settings().c_str(), 0600), 0);
+    EXPECT_EQ(look(), "refused") << "a pipe must not hold us up";
+    std::filesystem::remove(settings());
+    writeFile(folder / "elsewhere", good);
+    std::filesystem::create_symlink(folder / "elsewhere", settings());
+    EXPECT_EQ(look(), "refused") << "a link may lead into somebody else's file";
+    testing::internal::GetCapturedStderr();
+}
+
+TEST_F(Store, FilesAreForTheirOwnerAlone)
+{
+    const mode_t before = umask(0);
+    const SDMGT_HANDLE handle = open(0);
+    writeFile(settings().string() + ".new", "left by a killed process, or put there by somebody");
+    DEVICEENTRYISCSI entry = sampleEntry(3);
+    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 3), 0U);
+    EXPECT_EQ(SDResetStatisticsiSCSI(handle, 0), 0U);
+    umask(before);
+    int files = 0;
+    for (const auto &file : std::filesystem::directory_iterator(folder)) {
+        struct stat properties {
+        };
+        ASSERT_EQ(stat(file.path().c_str(), &properties), 0);
+        EXPECT_EQ(properties.st_mode & 0777, 0600U) << file.path();
+        ++files;
+    }
+    EXPECT_EQ(files, 6) << "two databases, each with its -wal and -shm";
+}
+
+TEST_F(Store, DamagedCountersStartAfresh)
+{
+    const SD_UINT64 factory = statistics(open(0)).IPTxPacketsCount;
+    SDMGT_HANDLE handle = open(1);
+    ASSERT_EQ(ping(handle, "fd00:20::1", 9), 0U);
+    close(handle);
+    writeFile(folder / "activity.db", "nonsense");
+    testing::internal::CaptureStderr();
+    handle = open(0);
+    EXPECT_EQ(statistics(handle).IPTxPacketsCount, factory);
+    ASSERT_EQ(ping(handle, "10.20.0.1", 2), 0U);
+    EXPECT_EQ(statistics(handle).IPTxPacketsCount, factory + 2);
+    EXPECT_EQ(SDResetStatisticsiSCSI(handle, 0), 0U);
+    EXPECT_EQ(statistics(handle).IPTxPacketsCount, 0U);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("activity.db is refused"), std::string::npos);
+    EXPECT_EQ(readFile(folder / "activity.db.damaged"), "nonsense");
+}
+
+TEST_F(Store, CountersReachTheFileOnceASecondAndAtClose)
+{
+    SDMGT_HANDLE handle = open(0);
+    const SD_UINT64 before = statistics(handle).IPTxPacketsCount;
+    for (int round = 0; round < 20; ++round) {
+        ASSERT_EQ(ping(handle, "10.20.0.1", 1), 0U);
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder / "activity.db"));
+    usleep(1'100'000);
+    EXPECT_EQ(statistics(handle).IPTxPacketsCount, before + 20);
+    EXPECT_TRUE(std::filesystem::exists(folder / "activity.db"));
+    ASSERT_EQ(ping(handle, "10.20.0.1", 1), 0U);
+    close(handle);
+    EXPECT_EQ(statistics(open(0)).IPTxPacketsCount, before + 21);
+}
+
+TEST_F(Store, FullDiskLeavesTheOldSettings)
+{
+    const SDMGT_HANDLE handle = open(0);
+    DEVICEENTRYISCSI entry = sampleEntry(17);
+    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 17), 0U);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    testing::internal::CaptureStderr();
+    entry = sampleEntry(33);
+    const auto written = std::filesystem::file_size(settings().string() + "-wal");
+    for (const rlim_t room : {rlim_t{0}, rlim_t{100}, rlim_t{written - 1}, rlim_t{written + 400}}) {
+        const rlimit limit{room, before.rlim_max};
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+        const SD_UINT32 status = SDSetDDBEntry(handle, &entry, 33);
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+        EXPECT_EQ(status, ERR_FLASH_WRITE) << room;
+        EXPECT_EQ(entryAt(handle, 33).DeviceState, 0U) << "what could not be written is not shown either";
+        EXPECT_EQ(entryAt(handle, 17).ReservedFlags, 17U);
+    }
+    EXPECT_NE(std::signal(SIGXFSZ, handler), SIG_ERR);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("cannot write " + settings().string()), std::string::npos);
+    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U) << "with room again the write succeeds";
+}
+
+// Exit status of a child process that runs work: 1 when an expectation failed, 77 when it could not be begun.
+int inChild(const std::function<bool()> &begin, const std::function<void()> &work)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        if (!begin()) {
+            _exit(77);
+        }
+        testing::internal::CaptureStderr();
+        work();
+        testing::internal::GetCapturedStderr();
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 100 + WTERMSIG(status);
+}
+
+TEST_F(Store, FullAndReadOnlyFileSystems)
+{
+    const auto ownDisk = [&] {
+        return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
+               && mount("none", folder.c_str(), "tmpfs", 0, "size=256k") == 0;
+    };
+    const int status = inChild(ownDisk, [&] {
+        SDMGT_HANDLE handle = open(0);
+        DEVICEENTRYISCSI entry = sampleEntry(1);
+        EXPECT_EQ(SDSetDDBEntry(handle, &entry, 100), 0U);
+        const SDMGT_HANDLE large = open(2);
+        EXPECT_EQ(SDSetDDBEntry(large, &entry, 200), ERR_FLASH_WRITE) << "512 entries have no room";
+        EXPECT_EQ(entryAt(large, 200).ReservedFlags, 0U);
+        EXPECT_EQ(entryAt(handle, 100).ReservedFlags, 1U);
+        close(handle);
+        close(large);
+        EXPECT_EQ(mount("none", folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+        handle = open(0);
+        EXPECT_EQ(entryAt(handle, 100).ReservedFlags, 1U) << "reading goes on";
+        EXPECT_EQ(SDSetDDBEntry(handle, &entry, 300), ERR_FLASH_WRITE);
+        EXPECT_EQ(entryAt(handle, 300).DeviceState, 0U);
+    });
+    if (status == 77) {
+        GTEST_SKIP() << "this user may not mount a small disk";
+    }
+    EXPECT_EQ(status, 0);
+}
+
+constexpr uid_t NOBODY = 65534;
+
+// Root may read and write everything and becomes somebody else, to whom the folder is given.
+bool becomeNobody(const std::filesystem::path &folder)
+{
+    return geteuid() != 0 || (chown(folder.c_str(), NOBODY, NOBODY) == 0 && setuid(NOBODY) == 0);
+}
+
+TEST_F(Store, ReadOnlyFolderLeavesTheOldSettings)
+{
+    const int status = inChild([&] { return becomeNobody(folder); },
+                               [&] {
+                                   writeSettings();
+                                   std::filesystem::permissions(folder, std::filesystem::perms::owner_read
+                                                                            | std::filesystem::perms::owner_exec);
+                                   SDMGT_HANDLE handle = open(3);
+                                   EXPECT_EQ(entryAt(handle, 17).ReservedFlags, 17U);
+                                   DEVICEENTRYISCSI entry = sampleEntry(33);
+                                   EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), ERR_FLASH_WRITE);
+                                   EXPECT_EQ(SDSetDDBEntry(open(1), &entry, 33), ERR_FLASH_WRITE);
+                                   EXPECT_EQ(entryAt(handle, 33).DeviceState, 0U);
+                                   std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+                                   EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U);
+                                   EXPECT_EQ(entryAt(handle, 33).ReservedFlags, 33U);
+                               });
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(Store, SettingsOfSomebodyElseAreNotRead)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "takes two users";
+    }
+    writeSettings();
+    std::filesystem::permissions(folder, std::filesystem::perms::all);
+    const int status = inChild(
+        [] { return setuid(NOBODY) == 0; },
+        [&] {
+            SD_UINT32 entries = 0;
+            testing::internal::GetCapturedStderr();
+            testing::internal::CaptureStderr();
+            EXPECT_EQ(SDGetDDBEntryNum(open(3), &entries), ERR_FLASH_READ);
+            const std::string said = testing::internal::GetCapturedStderr();
+            EXPECT_NE(said.find("cannot read " + settings().string() + ": Permission denied"), std::string::npos)
+                << said;
+            EXPECT_EQ(said.find("make it readable"), std::string::npos);
+            testing::internal::CaptureStderr();
+        });
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(Store, UnusableFoldersAreRefusedAtOnce)
+{
+    writeFile(folder / "file", "");
+    testing::internal::CaptureStderr();
+    for (const std::string &name :
+         {(folder / "file").string(), (folder / "missing").string(), std::string("relative")}) {
+        setenv("TAVO_ADAPTER_FLASH", name.c_str(), 1);
+        SDMGT_HANDLE handle = 0;
+        EXPECT_EQ(SDOpenDeviceiSCSI(0, &handle), ERR_FLASH_READ) << name;
+    }
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.find("TAVO_ADAPTER_FLASH names no folder by its whole path: relative"), std::string::npos) << said;
+}
+
+SD_UINT64 bytesRead()
+{
+    std::ifstream file("/proc/self/io");
+    std::string name;
+    SD_UINT64 bytes = 0;
+    file >> name >> bytes;
+    return bytes;
+}
+
+TEST_F(Store, UnchangedSettingsAreReadOnce)
+{
+    DEVICEENTRYISCSI entry = sampleEntry(5);
+    const SDMGT_HANDLE full = open(2);
+    ASSERT_EQ(SDSetDDBEntry(full, &entry, 5), 0U);
+    close(full);
+    const SDMGT_HANDLE handle = open(2);
+    EXPECT_EQ(walk(handle).size(), DDB_SLOTS);
+    SD_UINT64 before = bytesRead();
+    EXPECT_EQ(walk(handle).size(), DDB_SLOTS);
+    EXPECT_LT(bytesRead() - before, 4096U);
+    // Somebody writes to another adapter, then to this one.
+    ASSERT_EQ(SDSetDDBEntry(open(3), &entry, 5), 0U);
+    before = bytesRead();
+    EXPECT_EQ(walk(handle).size(), DDB_SLOTS);
+    EXPECT_LT(bytesRead() - before, 3U * 4096);
+    alter(settings(), "DELETE FROM record WHERE adapter = 'TV2060B000343-XL';"
+                      "DELETE FROM adapter WHERE key = 'TV2060B000343-XL';");
+    EXPECT_EQ(entryAt(handle, 5).ReservedFlags, 0U) << "what others write is seen";
+}
+
+TEST_F(Store, WritersWaitForWritersAndReadersForNobody)
+{
+    writeSettings();
+    const SDMGT_HANDLE handle = open(3);
+    sqlite3 *other = nullptr;
+    ASSERT_EQ(sqlite3_open(settings().c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(count(handle), 1U);
+    EXPECT_EQ(ping(handle, "10.20.0.1", 1), ERR_UNREACHABLE);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+    DEVICEENTRYISCSI entry = sampleEntry(9);
+    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 9), ERR_BUSY);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(4500));
+    sqlite3_close(other);
+    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 9), 0U);
+}
+
+} // namespace

@@ -1,0 +1,137 @@
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import com.google.gson.JsonArray;
+import com.google.gson.JsonParser;
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.nio.file.attribute.PosixFilePermissions;
+import java.util.List;
+import java.util.stream.Stream;
+import org.junit.jupiter.api.BeforeEach;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
+import org.junit.jupiter.params.provider.ValueSource;
+
+/** The files that export writes and import reads: where they may stand, who may read them, and that none gets lost. */
+final class FilesTest extends ToolTest {
+    private Path file;
+
+    @BeforeEach
+    void nameFile() {
+        file = tool.directory.resolve("x.json");
+    }
+
+    private String permissions() throws IOException {
+        return PosixFilePermissions.toString(Files.getPosixFilePermissions(file));
+    }
+
+    private void makePermissions(String permissions) throws IOException {
+        Files.setPosixFilePermissions(file, PosixFilePermissions.fromString(permissions));
+    }
+
+    private long filesBeside() throws IOException {
+        try (Stream<Path> files = Files.list(tool.directory)) {
+            return files.count();
+        }
+    }
+
+    @Test
+    void standardOutput() throws IOException {
+        tool.run("export 0 x.json").expect(0);
+        String written = Files.readString(file);
+        assertEquals(written, tool.run("export 0 -").expect(0).out());
+        assertEquals(written, tool.run("export 0").expect(0).out());
+        assertEquals(1, filesBeside());
+    }
+
+    /** Nothing but a regular file is written to, and an old one only after a question. */
+    @Test
+    void whereFilesMayStand() throws Exception {
+        Path other = tool.write("other.json", "precious");
+        Files.createSymbolicLink(tool.directory.resolve("link"), other);
+        tool.execute(null, List.of("mkfifo", "fifo")).expect(0);
+        for (String name : List.of("link", "fifo", "/dev/null", ".")) {
+            tool.refused("export 0 --yes " + name, "not a regular file");
+        }
+        tool.refused("export 0 /nosuch/folder/x.json", "there is no folder /nosuch/folder");
+        tool.refused("export 0 other.json", "replaces", "other.json", "--yes");
+        assertEquals("precious", Files.readString(other));
+        assertEquals(3, filesBeside());
+    }
+
+    @ParameterizedTest
+    @CsvSource({"022, rw-r--r--", "027, rw-r-----", "000, rw-rw-rw-", "077, rw-------"})
+    void whoMayRead(String umask, String expected) throws IOException {
+        tool.execute(null, List.of("sh", "-c", "umask " + umask + "; exec " + tool.launcher + " export 0 x.json"))
+            .expect(0);
+        assertEquals(expected, permissions());
+        makePermissions("rw-r-----");
+        tool.run("export 0 x.json --yes").expect(0);
+        assertEquals("rw-r-----", permissions());
+        tool.run("export 0 x.json --yes --reveal").expect(0);
+        assertEquals("rw-------", permissions());
+    }
+
+    /** A signal leaves the old file and no draft. */
+    @ParameterizedTest
+    @ValueSource(strings = {"INT", "TERM", "HUP"})
+    void interrupted(String signal) throws Exception {
+        Files.writeString(file, "precious");
+        int status = 0;
+        for (int i = 0; i < 20 && status == 0; i++) {
+            Files.writeString(file, "precious");
+            Process process = tool.process(List.of("env", "--default-signal=" + signal, tool.launcher.toString(),
+                "export", "2", "x.json", "--yes")).redirectErrorStream(true).start();
+            while (process.isAlive() && filesBeside() == 1) {
+                Thread.onSpinWait();
+            }
+            new ProcessBuilder("kill", "-" + signal, Long.toString(process.pid())).start().waitFor();
+            process.getInputStream().readAllBytes();
+            status = process.waitFor();
+            assertEquals(1, filesBeside());
+        }
+        assertTrue(status > 128, "no signal came in time");
+        assertEquals("precious", Files.readString(file));
+    }
+
+    /** After a power cut the old document or the new one is there: contents, rename and folder reach the disk in order. */
+    @Test
+    void durable() throws IOException {
+        Path log = tool.folder.resolve("order.log");
+        tool.environment.put("LD_PRELOAD", System.getProperty("tavo.write.order"));
+        tool.environment.put("WRITE_ORDER_LOG", log.toString());
+        tool.run("export 0 x.json").expect(0);
+        String folder = tool.directory.toString();
+        List<String> order = Files.readAllLines(log).stream().filter(line -> line.contains(folder)).toList();
+        assertEquals(3, order.size(), order::toString);
+        String draft = order.get(0).substring("sync ".length());
+        assertEquals(List.of("sync " + draft, "rename " + draft + " to " + file, "sync " + folder), order);
+    }
+
+    private static JsonArray chapTable(String document) {
+        return JsonParser.parseString(document).getAsJsonObject().getAsJsonArray("CHAPTable");
+    }
+
+    /** What goes out can come in again: what cannot be written back is named, stays out, and stays as it is. */
+    @Test
+    void whatIsExportedCanBeImported() throws IOException {
+        tool.run("export 0 x.json --reveal").expect(0).says("CHAPTable[3].link: 261", "0 to 255", "left out");
+        assertFalse(chapTable(Files.readString(file)).get(3).getAsJsonObject().has("link"));
+        tool.run("import 0 x.json --yes").expect(0).shows("Nothing differs.");
+        assertEquals(261, tool.json("chap list 0").getAsJsonArray().get(3).getAsJsonObject().get("link").getAsInt());
+        // The table is written as a whole: a change of another entry would cut this one's link.
+        String changed = Files.readString(file).replace("initiator-b", "initiator-c");
+        Files.writeString(file, changed);
+        tool.refused("import 0 x.json --yes", "CHAPTable[3].link", "261", "0 to 255");
+        // A new entry starts with link 0.
+        tool.run("chap clear 0 3 --yes").expect(0);
+        tool.run("import 0 x.json --yes").expect(0).shows("Nothing differs.");
+        JsonArray table = tool.run("chap list 0 --json --reveal").json().getAsJsonArray();
+        assertEquals(chapTable(changed).get(2), table.get(2));
+        assertEquals(0, table.get(3).getAsJsonObject().get("link").getAsInt());
+    }
+}

@@ -1,0 +1,184 @@
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import com.google.gson.JsonArray;
+import com.google.gson.JsonObject;
+import com.google.gson.JsonParser;
+import java.io.IOException;
+import java.nio.channels.FileChannel;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.nio.file.StandardOpenOption;
+import java.util.ArrayList;
+import java.util.List;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
+
+/** What a writer may count on: it is asked first, overtaken by nobody, and told what is there afterwards. */
+final class WritesTest extends ToolTest {
+    private static final String FORGETFUL = System.getProperty("tavo.forgetful.adapter");
+
+    // Without a terminal nothing is lost that --yes does not allow, and the message names it.
+    @ParameterizedTest
+    @CsvSource(delimiter = '|', textBlock = """
+        target set 0 0 --state=0                       | frees target 0 (iqn.2004-07.com.varden.tavo:array1.boot)
+        target set 0 1 --port-number=3261              | changes target 1 (iqn
+        target set 0 1 --state=3                       | ends the session with target 1
+        target load 0 free.json                        | frees target 5
+        target load 0 change.json                      | changes target 6
+        import 0 all.json                              | frees target 5
+        firmware set 0 --ip-address=10.1.2.3           | IP address from 10.20.0.5 to 10.1.2.3
+        firmware set 0 --iscsi-name=iqn.2004-07.com.example:me | own name from iqn.2004-07.com
+        isns set 1 --enable-isns-discovery-flag=no     | switches iSNS discovery off
+        chap set 1 1 --no-secret                       | removes the secret of CHAP entry 1
+        chap clear 1 1                                 | empties CHAP entry 1""")
+    void asksBeforeItDestroys(String line, String loss) throws IOException {
+        tool.write("free.json", "[{\"targetID\": 5, \"state\": 0}]");
+        tool.write("change.json", "[{\"targetID\": 6, \"nodeInfo\": {\"alias\": \"other\"}}]");
+        tool.write("all.json", "{\"format\": \"hba settings\", \"targets\": [{\"targetID\": 5, \"state\": 0}]}");
+        tool.refused(line, loss, "Give --yes");
+    }
+
+    // What nobody can mean is refused; --force, or for a secret --no-secret, does it all the same.
+    @ParameterizedTest
+    @CsvSource(delimiter = '|', quoteCharacter = '`', textBlock = """
+        target set 0 7 --ip-address=10.20.0.11         | no iSCSI name & --force
+        target set 0 7 --iscsi-name=disk               | 'disk' is no iSCSI name & 'iqn.' & --force
+        target set 0 7 --iscsi-name=iqn.2004-13.com.x  | is no iSCSI name
+        target set 0 7 --iscsi-name=eui.02004567A425678 | 16 hexadecimal digits
+        target set 0 7 --iscsi-name=naa.52004567BA64678X | 16 or 32 hexadecimal digits
+        target set 0 7 --iscsi-name=iqn.2004-07.com.x:a_b | '_'
+        target set 0 0 --yes --state=9                 | state 9 is not known & --force
+        target set 0 0 --alias=\ud83d\ude00            | cannot cross to the adapter
+        firmware set 0 --iscsi-name=me --yes           | --iscsi-name: 'me'
+        isns set 0 --hba-iscsi-name=me                 | --hba-iscsi-name: 'me'
+        target load 0 nameless.json                    | targets[0]: the target has no iSCSI name
+        target load 0 latin1.json                      | UTF-8
+        chap set 1 1 --secret-file=empty               | is empty & --no-secret
+        chap set 1 1 --secret-file=latin1.json         | UTF-8
+        chap set 1 1 --no-secret --secret              | exclude each other""")
+    void inputIsExactOrRefused(String line, String says) throws IOException {
+        tool.write("nameless.json", "[{\"targetID\": 7}]");
+        tool.write("empty", "\nsecond line");
+        Files.write(tool.directory.resolve("latin1.json"), new byte[] {'[', '"', (byte) 0xe4, '"', ']'});
+        tool.refused(line, says.split(" & "));
+    }
+
+    @Test
+    void meantAllTheSame() {
+        tool.run("target set 0 7 --iscsi-name=disk --force").expect(0);
+        tool.run("target set 0 8 --iscsi-name=eui.02004567A425678D").expect(0);
+        tool.run("target set 0 9 --iscsi-name=naa.52004567BA64678D").expect(0);
+        // What is there already may stay.
+        tool.run("target set 0 7 --alias=x").expect(0);
+        tool.run("chap set 1 1 --no-secret --yes").expect(0);
+        assertEquals(0, tool.json("chap list 1").getAsJsonArray().get(1).getAsJsonObject().get("chapSecretLength")
+            .getAsInt());
+        // Bytes that no VM can turn into text are not replaced by others.
+        tool.execute(null, List.of("sh", "-c", tool.launcher + " target set 0 7 --alias=$(printf '\\344')")).expect(2)
+            .says("not text in UTF-8");
+    }
+
+    @Test
+    void eightWritersLoseNothing() throws Exception {
+        for (int round = 0; round < 2; round++) {
+            List<Process> writers = new ArrayList<>();
+            for (int i = 1; i <= 8; i++) {
+                writers.add(tool.process(List.of(tool.launcher.toString(), "chap", "set", "2", "" + i,
+                    "--name=writer-" + round + "-" + i)).redirectErrorStream(true).start());
+            }
+            for (Process writer : writers) {
+                String said = new String(writer.getInputStream().readAllBytes());
+                assertEquals(0, writer.waitFor(), said);
+            }
+            JsonArray table = tool.json("chap list 2").getAsJsonArray();
+            for (int i = 1; i <= 8; i++) {
+                assertEquals("writer-" + round + "-" + i,
+                    table.get(i).getAsJsonObject().get("chapName").getAsString());
+            }
+        }
+    }
+
+    /** A writer that does not come to an end is named; what lies in the lock's place is not followed or waited for. */
+    @Test
+    void lock() throws Exception {
+        Path lock = tool.flash.resolve("adapter2.hba.lock");
+        tool.run("chap set 2 1 --name=first").expect(0);
+        try (FileChannel channel = FileChannel.open(lock, StandardOpenOption.WRITE)) {
+            channel.lock();
+            tool.run("chap set 2 1 --name=second").expect(1).says("process " + ProcessHandle.current().pid());
+            tool.run("chap list 2").expect(0).shows("first");
+            tool.run("chap set 1 1 --name=other").expect(0);
+        }
+        Files.delete(lock);
+        Path precious = tool.write("precious", "");
+        Files.createSymbolicLink(lock, precious);
+        tool.run("chap set 2 1 --name=second").expect(1).says("symbolic link");
+        Files.delete(lock);
+        tool.execute(null, List.of("mkfifo", lock.toString())).expect(0);
+        tool.run("chap set 2 1 --name=second").expect(1).says("not a regular file");
+        tool.run("chap list 2").expect(0).shows("first");
+    }
+
+    /** An adapter that says yes and keeps its old settings is found out. */
+    @ParameterizedTest
+    @CsvSource(delimiter = '|', textBlock = """
+        chap set 1 1 --name=new                        | CHAPTable[1].chapName: new written
+        firmware set 1 --alias=new                     | firmware.alias: new written
+        isns set 1 --server-ip-address=fd00::9          | iSNS.serverIPAddress: fd00::9 written""")
+    void readsBack(String line, String says) {
+        tool.environment.put("LD_PRELOAD", FORGETFUL);
+        assertEquals("", tool.run(line).expect(1).says("what was read back differs", says).out());
+    }
+
+    /** A signal in the middle: what was written and what was not. */
+    @ParameterizedTest
+    @CsvSource({"INT, 130", "TERM, 143"})
+    void interrupted(String signal, int status) throws Exception {
+        tool.run(tool.run("target list 2 --json").out(), "target", "load", "3", "-").expect(0);
+        tool.write("large.json", tool.run("target list 2 --json").out().replace("pool.disk", "other.disk"));
+        tool.environment.put("LD_PRELOAD", FORGETFUL);
+        Process process = tool.process(List.of("env", "--default-signal=" + signal, tool.launcher.toString(), "target",
+            "load", "3", "large.json", "--yes")).redirectErrorStream(true).start();
+        Thread.sleep(3000);
+        new ProcessBuilder("kill", "-" + signal, Long.toString(process.pid())).start().waitFor();
+        String said = new String(process.getInputStream().readAllBytes());
+        assertEquals(status, process.waitFor(), said);
+        assertTrue(said.matches("(?s).*interrupted: target 0 to \\d+ \\(\\d+ of 512\\) was written, "
+            + "target \\d+ to 511 was not.*"), said);
+    }
+
+    @Test
+    void failuresForProgramsAndForPeople() {
+        JsonObject error = JsonParser.parseString(tool.run("target show 0 512 --json").expect(2).err())
+            .getAsJsonObject().getAsJsonObject("error");
+        assertEquals("2 BAD_INPUT", error.get("status") + " " + error.get("name").getAsString());
+        error = JsonParser.parseString(tool.run("ping 0 10.99.0.1 --json").expect(1).err().lines()
+            .filter(line -> line.startsWith("{")).findFirst().orElseThrow()).getAsJsonObject().getAsJsonObject("error");
+        assertEquals(0x2000010bL + " ERR_UNREACHABLE", error.get("status") + " " + error.get("name").getAsString());
+        tool.run("target lst 0").expect(2).says("no command 'hba target lst'", "Did you mean", "list");
+        tool.run("tagret list 0").expect(2).says("Did you mean", "target");
+        tool.run("target set 0 1 --alais=x").expect(2).says("no option '--alais", "Did you mean", "--alias");
+        tool.run("help nosuch").expect(2).says("no command 'hba nosuch'");
+        tool.run("help target nosuch").expect(2);
+        tool.run("stats show 0 --watch=0").expect(2).says("0.1 to 65535");
+        // A reader that has seen enough is no failure to speak of.
+        Tool.Result head = tool.execute(null, List.of("bash", "-c", "'" + tool.launcher
+            + "' show 2 | head -1; echo ${PIPESTATUS[0]}"));
+        assertEquals("141", head.out().lines().skip(1).findFirst().orElseThrow());
+        assertEquals("", head.err());
+    }
+
+    /** Nothing that an adapter, a target or a document says steers the terminal. */
+    @Test
+    void textDoesNotSteer() throws IOException {
+        String steering = "a\u001bb\u009bc\u202ed\u2028e";
+        tool.run(null, "target", "set", "0", "7", "--force", "--alias=" + steering).expect(0);
+        tool.run("target show 0 7").expect(0).shows("a?b?c?d?e");
+        Tool.Result json = tool.run("target show 0 7 --json").expect(0).shows("a\\u001bb\\u009bc\\u202ed\\u2028e");
+        assertEquals(steering, json.json().getAsJsonObject().getAsJsonObject("nodeInfo").get("alias").getAsString());
+        tool.write("odd.json", "[{\"targetID\": 7, \"x" + steering.substring(2) + "\": 1}]");
+        tool.refused("target load 0 odd.json", "xb?c?d?e: there is no such field");
+    }
+}

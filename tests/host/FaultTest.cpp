@@ -1,0 +1,331 @@
+// Targets that fail in every way: each ends in a status within the deadline, and nothing is left behind.
+#include "PortTest.h"
+
+#include "ScsiStandard.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <future>
+#include <thread>
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+constexpr auto SHORT_DEADLINE = 700ms;
+constexpr auto MARGIN = 400ms; // for a busy machine
+constexpr const char *NAME = "iqn.2024-01.example:faulty";
+
+ISCSIIPADDR loopback()
+{
+    return {{127, 0, 0, 1}, 1, 0};
+}
+
+template <typename Work>
+std::chrono::steady_clock::duration timeOf(Work &&work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::steady_clock::now() - start;
+}
+
+struct Fault {
+    const char *what;
+    ScriptedTarget::Script script;
+    Reach reach;
+};
+
+// Waits for the command and sends what a data segment of so many bytes would be.
+void answerWithData(ScriptedConnection &connection, std::size_t bytes, bool forEver)
+{
+    connection.acceptLogin();
+    const Pdu request = connection.receive();
+    Pdu answer = answerTo(request, 0x25);
+    answer.header[1] = 0; // more to come
+    answer.data.assign(bytes, 0xDD);
+    do {
+        connection.send(answer);
+    } while (forEver);
+    connection.stayUntilClosed();
+}
+
+// Pings without end, each with data and asking for an answer.
+void ping(ScriptedConnection &connection)
+{
+    connection.acceptLogin();
+    Pdu answer = answerTo(connection.receive(), 0x20);
+    std::fill_n(answer.header.begin() + 16, 4, SD_UINT8{0xFF});
+    answer.header[23] = 1;
+    answer.data.assign(100000, 0x55);
+    for (;;) {
+        connection.send(answer);
+    }
+}
+
+std::vector<SD_UINT8> beginningOf(const Pdu &pdu, std::size_t bytes)
+{
+    std::vector<SD_UINT8> all = bytesOf(pdu);
+    all.resize(bytes);
+    return all;
+}
+
+const std::vector<Fault> &faults()
+{
+    static const std::vector<Fault> all{
+        {"silent after connecting", [](ScriptedConnection &to) { to.stayUntilClosed(); }, Reach::timeout},
+        {"closes at once", [](ScriptedConnection &) {}, Reach::refused},
+        {"closes instead of an answer", [](ScriptedConnection &to) { to.receive(); }, Reach::refused},
+        {"answers the login with garbage",
+         [](ScriptedConnection &to) {
+             to.send(std::vector<SD_UINT8>(5000, 'H'));
+             to.stayUntilClosed();
+         },
+         Reach::refused},
+        {"half a login answer",
+         [](ScriptedConnection &to) {
+             to.send(beginningOf(answerTo(to.receive(), 0x23), 20));
+             to.stayUntilClosed();
+         },
+         Reach::timeout},
+        {"half a login answer and an end",
+         [](ScriptedConnection &to) { to.send(beginningOf(answerTo(to.receive(), 0x23), 20)); }, Reach::refused},
+        {"login answer that promises too much",
+         [](ScriptedConnection &to) {
+             Pdu answer = answerTo(to.receive(), 0x23);
+             answer.data.assign(100000, 'x');
+             to.send(answer);
+             to.stayUntilClosed();
+         },
+         Reach::refused},
+        {"login text without an end",
+         [](ScriptedConnection &to) {
+             Pdu answer = answerTo(to.receive(), 0x23);
+             answer.header[1] = 0x87;
+             answer.data.assign(64, 'x');
+             to.send(answer);
+             to.stayUntilClosed();
+         },
+         Reach::refused},
+        {"closes instead of a command's answer",
+         [](ScriptedConnection &to) {
+             to.acceptLogin();
+             to.receive();
+         },
+         Reach::unreachable},
+        {"silent to a command",
+         [](ScriptedConnection &to) {
+             to.acceptLogin();
+             to.stayUntilClosed();
+         },
+         Reach::timeout},
+        {"answers a command with garbage",
+         [](ScriptedConnection &to) {
+             to.acceptLogin();
+             to.receive();
+             to.send(std::vector<SD_UINT8>(100000, 0xA5));
+             to.stayUntilClosed();
+         },
+         Reach::unreachable},
+        {"half an answer to a command",
+         [](ScriptedConnection &to) {
+             to.acceptLogin();
+             to.send(beginningOf(answerTo(to.receive(), 0x21), 30));
+             to.stayUntilClosed();
+         },
+         Reach::timeout},
+        {"more data than asked for", [](ScriptedConnection &to) { answerWithData(to, 5000, false); },
+         Reach::unreachable},
+        {"data without end", [](ScriptedConnection &to) { answerWithData(to, 8, true); }, Reach::timeout},
+        {"pings without end", ping, Reach::timeout},
+    };
+    return all;
+}
+
+TEST(Fault, EachIsAStatusWithinTheDeadline)
+{
+    Counters counters;
+    const auto port = openPortOf("lo", counters);
+    for (const Fault &fault : faults()) {
+        const std::size_t descriptors = countOwn("fd");
+        {
+            const ScriptedTarget target(fault.script);
+            const SessionRequest request = requestFor(loopback(), target.port(), NAME, SHORT_DEADLINE);
+            // The second command finds no session any more and meets the same.
+            for (int attempt = 0; attempt < 2; ++attempt) {
+                CommandResult result;
+                EXPECT_LT(timeOf([&] { result = reportLuns(*port, request); }), SHORT_DEADLINE + MARGIN) << fault.what;
+                EXPECT_EQ(result.login.reach, fault.reach) << fault.what;
+            }
+            port->logout(request.index);
+        }
+        EXPECT_EQ(countOwn("fd"), descriptors) << fault.what;
+    }
+}
+
+// Sense data of every length up to more than there can be; what is told and what is there differ.
+TEST(Fault, SenseDataOfAnyLength)
+{
+    const ScriptedTarget target([](ScriptedConnection &to) {
+        to.acceptLogin();
+        for (std::size_t length = 0;; ++length) {
+            Pdu answer = answerTo(to.receive(), 0x21);
+            answer.header[3] = SCSI_CHECK_CONDITION;
+            answer.data.assign(length, 0x05);
+            to.send(answer);
+        }
+    });
+    Counters counters;
+    const auto port = openPortOf("lo", counters);
+    const SessionRequest request = requestFor(loopback(), target.port(), NAME);
+    for (std::size_t length = 0; length < 300; ++length) {
+        const CommandResult result = reportLuns(*port, request);
+        ASSERT_EQ(result.login.reach, Reach::session) << length;
+        EXPECT_EQ(result.status, SCSI_CHECK_CONDITION);
+        EXPECT_TRUE(result.data.empty());
+        const std::size_t padded = (length + 3) / 4 * 4; // libiscsi does not tell what is filled up
+        EXPECT_EQ(result.sense.size(), length == 0 ? 0 : padded - 2);
+    }
+}
+
+// 0102h and its like, which no target at hand gives.
+TEST(Fault, LoginStatusReachesTheCaller)
+{
+    std::atomic<int> status{0};
+    const ScriptedTarget target([&](ScriptedConnection &to) {
+        Pdu answer = answerTo(to.receive(), 0x23);
+        answer.header[36] = static_cast<SD_UINT8>(status >> 8);
+        answer.header[37] = static_cast<SD_UINT8>(status);
+        to.send(answer);
+        to.stayUntilClosed();
+    });
+    Counters counters;
+    const auto port = openPortOf("lo", counters);
+    const std::pair<int, Reach> expected[] = {{0x0201, Reach::authentication}, {0x0202, Reach::authentication},
+                                              {0x0203, Reach::unknownTarget},  {0x0101, Reach::refused},
+                                              {0x0206, Reach::refused},        {0x0301, Reach::refused}};
+    for (const auto &[sent, reach] : expected) {
+        status = sent;
+        const LoginResult login = logIn(*port, requestFor(loopback(), target.port(), NAME, SHORT_DEADLINE));
+        EXPECT_EQ(login.reach, reach) << sent;
+        EXPECT_EQ(login.status, sent);
+    }
+}
+
+TEST(Fault, FiveHundredLoginsToATargetThatIsFrozen)
+{
+    constexpr SD_UINT32 entries = 512;
+    const ScriptedTarget target([](ScriptedConnection &to) { to.stayUntilClosed(); });
+    Counters counters;
+    auto port = openPortOf("lo", counters);
+    std::atomic<SD_UINT32> ended{0};
+    const auto logInToAll = [&] {
+        for (SD_UINT32 index = 0; index < entries; ++index) {
+            SessionRequest request = requestFor(loopback(), target.port(), NAME, SHORT_DEADLINE);
+            request.index = index;
+            port->login(request, [&](const LoginResult &login) {
+                EXPECT_EQ(login.reach, Reach::timeout);
+                ++ended;
+            });
+        }
+    };
+    EXPECT_LT(timeOf(logInToAll), SHORT_DEADLINE) << "a login is waited for";
+    EXPECT_LT(timeOf([&] {
+                  while (ended < entries) {
+                      std::this_thread::sleep_for(5ms);
+                  }
+              }),
+              3 * SHORT_DEADLINE);
+
+    // Who closes the port waits for a second at most, and every login has been told of.
+    ended = 0;
+    logInToAll();
+    EXPECT_LT(timeOf([&] { port.reset(); }), 2s);
+    EXPECT_EQ(ended, entries);
+}
+
+class Victim : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!isInstalled("tgtd")) {
+            GTEST_SKIP() << "tgtd is not installed";
+        }
+        daemon_ = std::make_unique<TargetDaemon>();
+        target_ = daemon_->addTarget(NAME);
+        daemon_->addUnit(target_, 1);
+        daemon_->addTarget("iqn.2024-01.example:bystander"); // tgtd without any target answers nobody
+        port_ = openPortOf("lo", counters_);
+        request_ = requestFor(daemon_->address(), daemon_->port(), NAME, SHORT_DEADLINE);
+    }
+
+    std::unique_ptr<TargetDaemon> daemon_;
+    int target_ = 0;
+    Counters counters_;
+    std::unique_ptr<TargetPort> port_;
+    SessionRequest request_;
+};
+
+TEST_F(Victim, KilledFrozenDeletedAndBackAgain)
+{
+    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
+    daemon_->freeze();
+    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::timeout);
+    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::timeout);
+    daemon_->resume();
+    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
+
+    daemon_->kill();
+    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::unreachable);
+    daemon_->start();
+    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
+
+    daemon_->removeTarget(target_);
+    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::unknownTarget);
+
+    // A frozen target does not keep its port from going.
+    daemon_->freeze();
+    EXPECT_LT(timeOf([&] { port_.reset(); }), 2s + MARGIN);
+    daemon_->resume();
+}
+
+TEST_F(Victim, EightThreadsReadWhileTheTargetComesAndGoes)
+{
+    const char *named = std::getenv("TAVO_SECONDS");
+    const std::chrono::seconds duration(named == nullptr ? 5 : std::atoi(named));
+    std::atomic<bool> ending{false};
+    std::atomic<int> reads{0};
+    std::atomic<int> failures{0};
+    std::vector<std::future<bool>> readers;
+    for (SD_UINT32 reader = 0; reader < 8; ++reader) {
+        readers.push_back(std::async(std::launch::async, [&, reader] {
+            SessionRequest request = request_;
+            request.index = reader / 2; // two threads share a session
+            while (!ending) {
+                ++(succeeded(reportLuns(*port_, request)) ? reads : failures);
+            }
+            return succeeded(reportLuns(*port_, request));
+        }));
+    }
+    const auto end = std::chrono::steady_clock::now() + duration;
+    while (std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(300ms);
+        daemon_->freeze();
+        std::this_thread::sleep_for(SHORT_DEADLINE + 100ms);
+        daemon_->resume();
+        std::this_thread::sleep_for(200ms);
+        daemon_->kill();
+        std::this_thread::sleep_for(100ms);
+        daemon_->start();
+    }
+    ending = true;
+    for (auto &reader : readers) {
+        EXPECT_TRUE(reader.get()) << "a thread does not succeed at the end";
+    }
+    EXPECT_GT(reads, 100);
+    EXPECT_GT(failures, 0);
+}
+
+} // namespace

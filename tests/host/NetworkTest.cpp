@@ -1,0 +1,158 @@
+// What the host adapter finds out of the network around it: interfaces, counters, neighbours, ping, iSNS.
+#include "PortTest.h"
+
+#include "Fields.h"
+
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <set>
+#include <string>
+
+namespace
+{
+
+using namespace std::chrono_literals;
+
+SD_UINT64 kernelCounter(const std::string &name)
+{
+    SD_UINT64 value = 0;
+    std::ifstream("/sys/class/net/lo/statistics/" + name) >> value;
+    return value;
+}
+
+PingRequest pingOf(const std::string &address)
+{
+    PingRequest request;
+    request.address = makeAddress(address);
+    request.packets = 2;
+    request.deadline = 3s;
+    return request;
+}
+
+TEST(Network, AdaptersAreTheInterfacesThatAreNamed)
+{
+    setenv("TAVO_ADAPTER_INTERFACES", "nonsense,lo", 1);
+    const auto loopback = findModel(0);
+    ASSERT_TRUE(loopback);
+    EXPECT_EQ(loopback->deviceName, "lo");
+    EXPECT_EQ(loopback->key, "lo");
+    EXPECT_EQ(loopback->model, "loopback interface");
+    EXPECT_FALSE(findModel(1));
+    unsetenv("TAVO_ADAPTER_INTERFACES");
+    for (SD_UINT32 index = 0; const auto model = findModel(index); ++index) {
+        EXPECT_NE(model->deviceName, "lo");
+    }
+    EXPECT_TRUE(getText(factorySettings(*loopback).block.iSCSIName).starts_with("iqn."));
+}
+
+TEST(Network, CountersAreTheKernels)
+{
+    Counters counters;
+    const auto port = openPortOf("lo", counters);
+    port->ping(pingOf("127.0.0.1"));
+    for (int attempt = 0; attempt < 100; ++attempt) { // others may use the interface in between
+        const SD_UINT64 before = kernelCounter("rx_bytes");
+        const HBAPORTSTATISCSI counted = port->counted();
+        if (before == kernelCounter("rx_bytes")) {
+            EXPECT_EQ(counted.MACRxBytesCount, before);
+            EXPECT_EQ(counted.MACTxBytesCount, kernelCounter("tx_bytes"));
+            EXPECT_EQ(counted.MACRxFramesCount, kernelCounter("rx_packets"));
+            EXPECT_GT(counted.IPTxPacketsCount, 0U);
+            EXPECT_GT(counted.IPRxBytesCount, 0U);
+            EXPECT_EQ(counted.iSCSITxPDUCount, 0U);
+            return;
+        }
+    }
+    GTEST_SKIP() << "the loopback interface is never idle";
+}
+
+TEST(Network, PingIsAnsweredOrNot)
+{
+    Counters counters;
+    const auto port = openPortOf("lo", counters);
+    const PingResult answer = port->ping(pingOf("127.0.0.1"));
+    if (answer == PingResult::notSupported) {
+        GTEST_SKIP() << "this user may send no ICMP";
+    }
+    EXPECT_EQ(answer, PingResult::answered);
+    EXPECT_EQ(port->ping(pingOf("::1")), PingResult::answered);
+    EXPECT_TRUE(port->linkUp());
+    EXPECT_EQ(toText(port->addresses()->address), "127.0.0.1");
+    EXPECT_EQ(toText(port->addresses()->subnetMask), "255.0.0.0");
+}
+
+TEST(Network, IsnsTellsOfTargetsAndTheirPortals)
+{
+    if (!isInstalled("isnsd")) {
+        GTEST_SKIP() << "isnsd is not installed";
+    }
+    constexpr int count = 40;
+    IsnsDaemon server;
+    server.addTargets("iqn.2024-01.example:shelf", count);
+    Counters counters;
+    const auto port = openPortOf("lo", counters);
+    const IsnsResult found = port->queryIsns(server.address(), "iqn.2024-01.example:initiator", 5s);
+    EXPECT_EQ(found.reach, Reach::session);
+    ASSERT_EQ(found.targets.size(), static_cast<std::size_t>(count));
+    std::set<std::string> names;
+    for (const SDM_ISNS_DISCOVERED_TARGET &target : found.targets) {
+        names.insert(getText(target.targetName));
+        EXPECT_TRUE(getText(target.targetAlias).starts_with("unit"));
+        std::set<std::string> portals;
+        for (SD_UINT32 portal = 0; portal < target.numPortals; ++portal) {
+            portals.insert(toText(target.targetPortal[portal].ipAddr) + " "
+                           + std::to_string(target.targetPortal[portal].port));
+        }
+        EXPECT_EQ(portals, (std::set<std::string>{"10.9.0.1 3260", "fd09::1 3261"}));
+    }
+    EXPECT_EQ(names.size(), static_cast<std::size_t>(count));
+    EXPECT_EQ(port->queryIsns(makeAddress("127.98.0.1"), "iqn.2024-01.example:initiator", 5s).reach,
+              Reach::unreachable);
+}
+
+// What only a network of its own shows: runs in a process that has one, with a neighbour at the other end of a cable.
+int checkNeighbours()
+{
+    const auto run = [](const std::string &command) {
+        return std::system((command + " 2>/dev/null").c_str()) == 0;
+    };
+    if (!run("ip link set lo up && ip link add name near type veth peer name far && ip link add name bridge type bridge")
+        || !run("ip link set far master bridge && ip link set far up && ip link set bridge up && ip link set near up")
+        || !run("ip address add 10.9.0.1/24 dev near && ip route add default via 10.9.0.2")
+        || !run("ip neighbour add 10.9.0.2 lladdr 02:00:00:00:00:09 dev near nud permanent")
+        || !run("ip neighbour add fd09::2 lladdr 02:00:00:00:00:0a dev near nud permanent")) {
+        return 2;
+    }
+    Counters counters;
+    const auto port = openPortOf("near", counters);
+    const auto table = port->neighbours();
+    const auto addresses = port->addresses();
+    const bool right = table && table->size() == 2 && toText((*table)[0].ipAddr) == "10.9.0.2"
+                       && (*table)[0].macAddr[5] == 0x09 && toText((*table)[1].ipAddr) == "fd09::2"
+                       && (*table)[1].macAddr[5] == 0x0A && toText(addresses->address) == "10.9.0.1"
+                       && toText(addresses->gateway) == "10.9.0.2" && port->linkUp()
+                       && port->ping(pingOf("10.9.0.2")) == PingResult::silent;
+    return right ? 0 : 1;
+}
+
+TEST(Network, NeighboursAreTheKernels)
+{
+    const pid_t process = fork();
+    if (process == 0) {
+        _exit(unshare(CLONE_NEWNET) == 0 ? checkNeighbours() : 2);
+    }
+    int status = 0;
+    waitpid(process, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 2) {
+        GTEST_SKIP() << "this user may not make network namespaces";
+    }
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+} // namespace

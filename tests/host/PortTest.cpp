@@ -1,0 +1,104 @@
+// Requests to a port, see PortTest.h.
+#include "PortTest.h"
+
+#include "ScsiStandard.h"
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <span>
+
+void Counters::count(const HBAPORTSTATISCSI &more)
+{
+    const std::lock_guard guard(mutex_);
+    add(sum_, more);
+}
+
+HBAPORTSTATISCSI Counters::sum() const
+{
+    const std::lock_guard guard(mutex_);
+    return sum_;
+}
+
+std::unique_ptr<TargetPort> openPortOf(const std::string &interfaceName, PortObserver &observer)
+{
+    setenv("TAVO_ADAPTER_INTERFACES", interfaceName.c_str(), 1);
+    const auto model = findModel(0);
+    return model ? openPort(*model, observer) : nullptr;
+}
+
+SessionRequest requestFor(const ISCSIIPADDR &address, SD_UINT16 port, const std::string &targetName,
+                          std::chrono::milliseconds deadline)
+{
+    SessionRequest request;
+    request.target = {address, port, targetName};
+    request.initiatorName = "iqn.2024-01.example:initiator";
+    request.initiatorAlias = "test";
+    request.deadline = deadline;
+    return request;
+}
+
+Credentials credentials(const std::string &name, const std::string &secret)
+{
+    return {name, Secret(std::span(reinterpret_cast<const SD_UINT8 *>(secret.data()), secret.size()))};
+}
+
+LoginResult logIn(TargetPort &port, const SessionRequest &request)
+{
+    const auto outcome = std::make_shared<std::promise<LoginResult>>();
+    auto future = outcome->get_future();
+    port.login(request, [outcome](const LoginResult &login) { outcome->set_value(login); });
+    if (future.wait_for(2 * request.deadline) != std::future_status::ready) {
+        ADD_FAILURE() << "a login does not end";
+        return {};
+    }
+    return future.get();
+}
+
+CommandResult reportLuns(TargetPort &port, const SessionRequest &request, SD_UINT32 allocation)
+{
+    std::array<SD_UINT8, 12> command{SCSI_REPORT_LUNS};
+    command[8] = static_cast<SD_UINT8>(allocation >> 8);
+    command[9] = static_cast<SD_UINT8>(allocation);
+    return port.execute(request, 0, command, allocation);
+}
+
+CommandResult inquiry(TargetPort &port, const SessionRequest &request, SD_UINT16 lun)
+{
+    constexpr SD_UINT8 allocation = 36;
+    const std::array<SD_UINT8, 6> command{SCSI_INQUIRY, 0, 0, 0, allocation};
+    return port.execute(request, lun, command, allocation);
+}
+
+CommandResult readCapacity(TargetPort &port, const SessionRequest &request, SD_UINT16 lun)
+{
+    const std::array<SD_UINT8, 10> command{SCSI_READ_CAPACITY_10};
+    return port.execute(request, lun, command, sizeof(READ_CAPACITY_DATA));
+}
+
+bool succeeded(const CommandResult &result)
+{
+    return result.login.reach == Reach::session && result.status == SCSI_GOOD;
+}
+
+SD_UINT32 wordAt(const std::vector<SD_UINT8> &bytes, std::size_t place)
+{
+    if (bytes.size() < place + 4) {
+        ADD_FAILURE() << "only " << bytes.size() << " bytes";
+        return 0;
+    }
+    return SD_UINT32{bytes[place]} << 24 | SD_UINT32{bytes[place + 1]} << 16 | SD_UINT32{bytes[place + 2]} << 8
+           | bytes[place + 3];
+}
+
+std::size_t countOwn(const std::string &folder)
+{
+    const std::filesystem::directory_iterator entries("/proc/self/" + folder);
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+std::ostream &operator<<(std::ostream &stream, Reach reach)
+{
+    constexpr std::array names{"session", "unreachable", "timeout", "unknownTarget", "authentication", "refused"};
+    return stream << names.at(static_cast<std::size_t>(reach));
+}
