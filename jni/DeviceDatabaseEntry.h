@@ -21,8 +21,9 @@ jobject readDefaultDDB(JNIEnv *env, SDMGT_HANDLE handle);
 // Copies the contents proposed for entry jIndex into a DevDBEntry object, except for target ID and state.
 SD_UINT32 readInitialDDB(JNIEnv *env, SDMGT_HANDLE handle, jobject JDDB, jint jIndex);
 
-// Writes a DevDBEntry object to the entry that its target ID names. Nothing is written when a method or an object of the
-// entry itself is missing; failures inside node info and session parameters, and getters that throw, do not stop it.
+// Writes a DevDBEntry object to the entry that its target ID names. Nothing is written when a method or an object of
+// the entry itself is missing; failures inside node info and session parameters, and getters that throw, do not stop
+// it.
 SD_UINT32 writeDDB(JNIEnv *env, SDMGT_HANDLE handle, jobject jDDB);
 
 // Writes 1 to 511 DevDBEntry objects, in their order, after checking the adapter index; an element that fails is

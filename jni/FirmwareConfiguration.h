@@ -17,9 +17,9 @@ SD_UINT32 readFWData(JNIEnv *env, SDMGT_HANDLE handle, jobject jObj);
 // Fills an InitFW object from the firmware's default block.
 SD_UINT32 readFWDefaults(JNIEnv *env, SDMGT_HANDLE handle, jobject jInitFW);
 
-// Reads the block, overwrites what the HBA object owns, and writes it back. Nothing is written when a method or an object
-// is missing; failures inside addresses and session parameters, and getters that throw, do not stop it. The HBA object
-// may be null, which is reported after the read.
+// Reads the block, overwrites what the HBA object owns, and writes it back. Nothing is written when a method or an
+// object is missing; failures inside addresses and session parameters, and getters that throw, do not stop it. The HBA
+// object may be null, which is reported after the read.
 SD_UINT32 writeFWData(JNIEnv *env, SDMGT_HANDLE handle, jobject jHba);
 
 // Restores the firmware's default block.

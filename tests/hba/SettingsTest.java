@@ -38,7 +38,8 @@ final class SettingsTest extends ToolTest {
     @Test
     void everyFieldOfATarget() {
         JsonObject before = object("target show 0 17");
-        tool.run(null, "target", "set", "0", "17", "--yes", "--force", "--state=4294967295", "--options=0xfe", "--control=255",
+        tool.run(null, "target", "set", "0", "17", "--yes", "--force", "--state=4294967295", "--options=0xfe",
+            "--control=255",
             "--exe-count=65535", "--target-session-id=40001", "--initiator-session-id=ff:00:80:7F:01:fe",
             "--reserved-flags=0x80000001", "--ddb-link=40002", "--chap-index=40003",
             "--max-tx-data-segment-len=40004", "--target-portal-group-id=40005",
@@ -141,7 +142,8 @@ final class SettingsTest extends ToolTest {
         JsonArray before = chapTable();
         tool.write("secret.txt", "swordfish \u00e9\nnot this line\n");
         // The link of entry 3 cannot be written back whole: nobody is to lose it by changing another entry.
-        tool.run("chap set 0 1 --secret-file=secret.txt --yes").expect(2).says("link of CHAP entry 3 is 261", "--force");
+        tool.run("chap set 0 1 --secret-file=secret.txt --yes").expect(2)
+            .says("link of CHAP entry 3 is 261", "--force");
         assertEquals(before, chapTable());
         tool.run("chap set 0 1 --secret-file=secret.txt --force").expect(0);
         tool.run("swordfish 2", "chap", "set", "0", "5", "--name=five", "--flags=0x80", "--link=255",

@@ -100,7 +100,7 @@ final class WritesTest extends ToolTest {
         }
     }
 
-    /** A writer that does not come to an end is named, and what lies in the lock's place is neither followed nor waited for. */
+    /** A writer that does not come to an end is named; what lies in the lock's place is not followed or waited for. */
     @Test
     void lock() throws Exception {
         Path lock = tool.flash.resolve("adapter2.hba.lock");
@@ -145,8 +145,8 @@ final class WritesTest extends ToolTest {
         new ProcessBuilder("kill", "-" + signal, Long.toString(process.pid())).start().waitFor();
         String said = new String(process.getInputStream().readAllBytes());
         assertEquals(status, process.waitFor(), said);
-        assertTrue(said.matches("(?s).*interrupted: target 0 to (\\d+) \\(\\d+ of 512\\) was written, target \\d+ to 511 "
-            + "was not.*"), said);
+        assertTrue(said.matches("(?s).*interrupted: target 0 to \\d+ \\(\\d+ of 512\\) was written, "
+            + "target \\d+ to 511 was not.*"), said);
     }
 
     @Test

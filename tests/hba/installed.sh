@@ -22,17 +22,17 @@ trap 'rm -rf "$work"' EXIT
 export TAVO_ADAPTER_FLASH=$work/settings
 mkdir "$TAVO_ADAPTER_FLASH"
 prefix="$work/a prefix"
-hidden=("$source" "$build")
+hidden=("$build" "$source")
 case $vm in
   /usr/*) ;;
-  *) hidden+=("$vm") ;;
+  *) hidden=("$vm" "${hidden[@]}") ;;
 esac
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 [ -s "$prefix/share/java/hba.jsa" ]
 "$build/bin/hba" show 0 >"$work/expected"
 # shellcheck disable=SC2016 # the inner shell expands
-"${isolate[@]}" sh -c '
+"${isolate[@]}" sh -e -c '
   hba=$1
   shift
   for folder; do
@@ -46,11 +46,8 @@ diff "$work/expected" "$work/printed"
 archive=$prefix/share/java/hba.jsa
 chmod u+w "$archive"
 size=$(stat -c %s "$archive")
-for i in 0 1 2 3 4 5 6 7; do
-  printf '\377\376' | dd of="$archive" bs=1 seek=$((i * size / 8)) conv=notrunc status=none
-  "$prefix/bin/hba" show 0 >"$work/printed" 2>&1
-  diff "$work/expected" "$work/printed"
-done
+printf 'damaged' | dd of="$archive" bs=1 seek=$((size / 2)) conv=notrunc status=none
+"$prefix/bin/hba" show 0 2>&1 | diff "$work/expected" -
 truncate -s $((size / 2)) "$archive"
 "$prefix/bin/hba" show 0 2>&1 | diff "$work/expected" -
 

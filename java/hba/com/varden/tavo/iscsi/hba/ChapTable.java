@@ -87,8 +87,8 @@ final class ChapTable {
     }
 
     /**
-     * The table that a document describes, on the ground of what the adapter has: what is not named keeps its value, and
-     * a hidden secret is the present one. Without a present table only the document itself is checked.
+     * The table that a document describes, on the ground of what the adapter has: what is not named keeps its value,
+     * and a hidden secret is the present one. Without a present table only the document itself is checked.
      */
     static List<CHAPTableEntry> read(JsonArray document, String place, List<CHAPTableEntry> present) {
         if (document.size() > LAST_ENTRY + 1) {
@@ -153,8 +153,8 @@ final class ChapTable {
                 + ", and a change of the table would cut it: name a link from " + LINK.range() + " for this entry");
         }
         if (!wanted.isEmpty() && !isEmpty(wanted.get(0))) {
-            throw new BadInput(place + "[0]: the adapter has an entry 0, and a change of the table would empty it: name "
-                + "an empty entry 0");
+            throw new BadInput(place + "[0]: the adapter has an entry 0, and a change of the table would empty it: "
+                + "name an empty entry 0");
         }
         return true;
     }

@@ -5,6 +5,7 @@ import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.jni.BridgeNotLoadedException;
 import java.io.IOException;
 import java.util.List;
+import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.ParameterException;
 import picocli.CommandLine.UnmatchedArgumentException;
 
@@ -46,24 +47,26 @@ record Failure(int exit, int status, String name, String message) {
     }
 
     private static String message(ParameterException wrong) {
-        StringBuilder message = new StringBuilder(wrong.getMessage());
-        String command = wrong.getCommandLine().getCommandSpec().qualifiedName();
+        CommandSpec command = wrong.getCommandLine().getCommandSpec();
+        String name = command.qualifiedName();
+        String message = wrong.getMessage().replaceFirst("^Invalid value for positional parameter at index \\d+ "
+            + "\\((\\w+)\\)", "$1");
+        List<String> nearest = List.of();
         if (wrong instanceof UnmatchedArgumentException unmatched && !unmatched.getUnmatched().isEmpty()) {
             String word = unmatched.getUnmatched().get(0);
-            boolean group = !wrong.getCommandLine().getSubcommands().isEmpty();
-            message.setLength(0);
-            message.append(word.startsWith("-") ? command + " has no option '" + word + "'"
-                : group ? "there is no command '" + command + " " + word + "'"
-                : "'" + word + "' is one argument too many");
-            List<String> suggestions = unmatched.getSuggestions();
-            if (!suggestions.isEmpty()) {
-                message.append(". Did you mean ").append(String.join(" or ", suggestions)).append('?');
+            if (word.startsWith("-")) {
+                word = word.replaceFirst("=.*", "");
+                message = "'" + name + "' has no option '" + word + "'";
+                nearest = Suggestions.nearest(word, command.optionsMap().keySet());
+            } else if (!command.subcommands().isEmpty()) {
+                message = "there is no command '" + name + " " + word + "'";
+                nearest = Suggestions.nearest(word, command.subcommands().keySet());
+            } else {
+                message = "'" + word + "' is one argument too many for '" + name + "'";
             }
         }
-        if (message.charAt(message.length() - 1) != '?') {
-            message.append('.');
-        }
-        return message.append(" '").append(command).append(" --help' shows how it is used.").toString();
+        return message + (nearest.isEmpty() ? "." : ". Did you mean '" + String.join("' or '", nearest) + "'?") + " '"
+            + name + " --help' shows how it is used.";
     }
 
     /** Says it to people, or as a JSON object on one line. */

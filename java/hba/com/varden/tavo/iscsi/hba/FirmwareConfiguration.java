@@ -78,8 +78,8 @@ final class FirmwareConfiguration {
         List<String> losses = new ArrayList<>();
         for (AddressField field : List.of(ADDRESS, SUBNET_MASK, GATEWAY)) {
             if (!field.get(present).equals(field.get(wanted))) {
-                losses.add("changes the adapter's own " + inSentence(field.label) + " from " + field.show(present) + " to "
-                    + field.show(wanted) + ", which ends its sessions");
+                losses.add("changes the adapter's own " + inSentence(field.label) + " from " + field.show(present)
+                    + " to " + field.show(wanted) + ", which ends its sessions");
             }
         }
         String name = wanted.getiSCSIName();
@@ -92,7 +92,8 @@ final class FirmwareConfiguration {
 
     // "IP address" and "subnet mask".
     private static String inSentence(String label) {
-        return Character.isUpperCase(label.charAt(1)) ? label : Character.toLowerCase(label.charAt(0)) + label.substring(1);
+        return Character.isUpperCase(label.charAt(1)) ? label
+            : Character.toLowerCase(label.charAt(0)) + label.substring(1);
     }
 
     /** hba firmware set. */

@@ -4,8 +4,8 @@ import java.util.concurrent.CountDownLatch;
 import java.util.concurrent.TimeUnit;
 
 /**
- * A signal in the middle of work that takes long. The VM ends with the signal's own status (130, 143) in any case; while
- * work is watched it first lets the tool finish the step under way and say how far it came.
+ * A signal in the middle of work that takes long. The VM ends with the signal's own status (130, 143) in any case;
+ * while work is watched it first lets the tool finish the step under way and say how far it came.
  */
 final class Interruption {
     private static final long PATIENCE_SECONDS = 30;

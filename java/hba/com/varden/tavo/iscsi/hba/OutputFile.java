@@ -16,8 +16,8 @@ import java.util.EnumSet;
 import java.util.Set;
 
 /**
- * A file that the user names and that is written as a whole or not at all: into a draft beside it, which takes its place
- * when everything is on the disk. A draft does not outlast the command, also when a signal ends it.
+ * A file that the user names and that is written as a whole or not at all: into a draft beside it, which takes its
+ * place when everything is on the disk. A draft does not outlast the command, also when a signal ends it.
  */
 final class OutputFile {
     private static final Set<PosixFilePermission> OWNER_ONLY = PosixFilePermissions.fromString("rw-------");
