@@ -6,7 +6,7 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
-#include <sys/prctl.h>
+#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,13 +17,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
 namespace
 {
 
-constexpr const char *PATH = "PATH=/usr/sbin:/sbin:/usr/bin:/bin";
 constexpr auto START_TIME = std::chrono::seconds(10);
 
 std::string makeFolder()
@@ -51,7 +51,7 @@ void await(const std::string &what, Attempt &&attempt)
 // Where a program is; empty when it is not installed.
 std::string findProgram(const std::string &name)
 {
-    for (const std::string folder : {"/usr/sbin/", "/usr/bin/"}) {
+    for (const std::string folder : {TAVO_SERVERS "/usr/sbin/", "/usr/sbin/", "/usr/bin/"}) {
         if (access((folder + name).c_str(), X_OK) == 0) {
             return folder + name;
         }
@@ -107,25 +107,24 @@ TemporaryFolder::~TemporaryFolder()
 ChildProcess::ChildProcess(const std::vector<std::string> &command, const std::string &output,
                            const std::vector<std::string> &environment)
 {
+    // It does not outlive the test, however that ends.
+    std::vector<std::string> words{"/usr/bin/setpriv", "--pdeathsig", "KILL", findProgram(command.front())};
+    words.insert(words.end(), command.begin() + 1, command.end());
+    std::vector<std::string> assignments = environment;
     std::vector<char *> arguments;
-    for (const std::string &word : command) {
-        arguments.push_back(const_cast<char *>(word.c_str()));
-    }
+    std::ranges::transform(words, std::back_inserter(arguments), [](std::string &word) { return word.data(); });
     arguments.push_back(nullptr);
-    std::vector<char *> assignments{const_cast<char *>(PATH)};
-    for (const std::string &assignment : environment) {
-        assignments.push_back(const_cast<char *>(assignment.c_str()));
-    }
-    assignments.push_back(nullptr);
-    const std::string program = findProgram(command.front());
-    process_ = fork();
-    if (process_ == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL); // it does not outlive the test, however that ends
-        const int file = open(output.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-        dup2(file, STDOUT_FILENO);
-        dup2(file, STDERR_FILENO);
-        execve(program.c_str(), arguments.data(), assignments.data());
-        _exit(127);
+    std::vector<char *> variables;
+    std::ranges::transform(assignments, std::back_inserter(variables), [](std::string &text) { return text.data(); });
+    variables.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    const int error = posix_spawn(&process_, arguments[0], &actions, nullptr, arguments.data(), variables.data());
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) {
+        throw std::runtime_error(command.front() + " cannot be started");
     }
 }
 
