@@ -3,7 +3,6 @@
 
 #include "Files.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -149,7 +148,7 @@ SD_UINT32 SDEnableDebugTraceiSCSI(SDMGT_HANDLE *handle, const char *fileName, SD
         adapterOf(*handle);
         Descriptor file;
         if (mask != 0) {
-            file = Descriptor(open(fileName, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0666));
+            file = openForLines(fileName);
             require(bool(file), ERR_OUTPUT_FILE);
         }
         Library &state = library();

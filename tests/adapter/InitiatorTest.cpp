@@ -10,7 +10,7 @@
 namespace
 {
 
-using Network = AdapterTest;
+using Initiator = AdapterTest;
 using ByteList = std::vector<SD_UINT8>;
 
 constexpr SD_UINT8 FILL = 0xEE; // what the response areas hold before a command
@@ -75,7 +75,7 @@ std::vector<SD_UINT32> lunsOf(const Answer &answer, std::size_t entries)
     return luns;
 }
 
-TEST_F(Network, ReportLunsDeliversTheStandardsList)
+TEST_F(Initiator, ReportLunsDeliversTheStandardsList)
 {
     const SDMGT_HANDLE handle = open(0);
     struct {
@@ -112,7 +112,7 @@ TEST_F(Network, ReportLunsDeliversTheStandardsList)
     EXPECT_EQ(send(open(1), Command::inquiry, 64, 0, 36).status, 0U);
 }
 
-TEST_F(Network, InquiryDeliversTheStandardsData)
+TEST_F(Initiator, InquiryDeliversTheStandardsData)
 {
     const SDMGT_HANDLE handle = open(0);
     const Answer whole = send(handle, Command::inquiry, 1, 1, 255);
@@ -135,7 +135,7 @@ TEST_F(Network, InquiryDeliversTheStandardsData)
         << "units have serial numbers of their own";
 }
 
-TEST_F(Network, ReadCapacityDeliversTheStandardsNumbers)
+TEST_F(Initiator, ReadCapacityDeliversTheStandardsNumbers)
 {
     const SDMGT_HANDLE handle = open(0);
     struct {
@@ -152,7 +152,7 @@ TEST_F(Network, ReadCapacityDeliversTheStandardsNumbers)
     }
 }
 
-TEST_F(Network, WhatIsNotThereFailsWithSenseData)
+TEST_F(Initiator, WhatIsNotThereFailsWithSenseData)
 {
     const SDMGT_HANDLE handle = open(0);
     DEVICEENTRYISCSI entry = sampleEntry(8);
@@ -194,7 +194,7 @@ TEST_F(Network, WhatIsNotThereFailsWithSenseData)
     EXPECT_EQ(SDSendScsiInquiryCmdiSCSI(handle, &otherBus, data, 36, nullptr, 0), ERR_NO_SUCH_TARGET);
 }
 
-TEST_F(Network, PortalAndNodeOfATarget)
+TEST_F(Initiator, PortalAndNodeOfATarget)
 {
     const SDMGT_HANDLE handle = open(0);
     DISCISCSIPORTAL portal{};
@@ -216,7 +216,7 @@ TEST_F(Network, PortalAndNodeOfATarget)
     }
 }
 
-TEST_F(Network, LogoutEndsTheSessionAndResetMakesItAnew)
+TEST_F(Initiator, LogoutEndsTheSessionAndResetMakesItAnew)
 {
     const SDMGT_HANDLE handle = open(0);
     LOGOUTISCSI logout{};
@@ -246,7 +246,140 @@ TEST_F(Network, LogoutEndsTheSessionAndResetMakesItAnew)
     EXPECT_EQ(errorLog(handle).back().errorType, 1);
 }
 
-TEST_F(Network, CountersGrowAndAreReset)
+TEST_F(Initiator, ChapDecidesTheLogin)
+{
+    const SDMGT_HANDLE handle = open(0);
+    std::vector<CHAPTABLE> factory(4);
+    SD_UINT32 records = 4;
+    ASSERT_EQ(SDGetCHAPTable(handle, factory.data(), &records), 0U);
+    const auto withRecord = [&](std::size_t number, auto change) {
+        std::vector<CHAPTABLE> table = factory;
+        change(table[number]);
+        return table;
+    };
+    const auto otherSecret = [](CHAPTABLE &record) {
+        record.ChapSecret[0] ^= 1;
+    };
+    const auto shorterSecret = [](CHAPTABLE &record) {
+        --record.ChapSecretLength;
+    };
+    const auto otherName = [](CHAPTABLE &record) {
+        setText(record.ChapName, "initiator-x");
+    };
+    const auto linkTo = [](SD_UINT16 link) {
+        return [link](CHAPTABLE &record) {
+            record.Link = link;
+        };
+    };
+    constexpr SD_UINT16 failed = 0x0201;
+    struct {
+        const char *what;
+        std::vector<CHAPTABLE> table;
+        SD_UINT16 target, chapIndex;
+        SD_UINT32 status;
+        SD_UINT16 detail;
+    } const cases[] = {
+        {"right", factory, 1, 1, 0, 0},
+        {"none where it is demanded", factory, 1, 0, ERR_AUTHENTICATION, failed},
+        {"another's", factory, 1, 2, ERR_AUTHENTICATION, failed},
+        {"another secret", withRecord(1, otherSecret), 1, 1, ERR_AUTHENTICATION, failed},
+        {"a part of the secret", withRecord(1, shorterSecret), 1, 1, ERR_AUTHENTICATION, failed},
+        {"another name", withRecord(1, otherName), 1, 1, ERR_AUTHENTICATION, failed},
+        {"a record that is not there", factory, 1, 99, ERR_AUTHENTICATION, 0},
+        {"a record without a secret", withRecord(1, [](CHAPTABLE &record) { record = {}; }), 1, 1, ERR_AUTHENTICATION,
+         0},
+        {"where nobody asks", factory, 0, 1, 0, 0},
+        {"both ways", factory, 5, 2, 0, 0},
+        {"one way where both are possible", withRecord(2, linkTo(0)), 5, 2, 0, 0},
+        {"the target proves itself otherwise", withRecord(3, otherSecret), 5, 2, ERR_AUTHENTICATION, 0},
+        {"the target cannot prove itself", withRecord(1, linkTo(3)), 1, 1, ERR_AUTHENTICATION, 0},
+        {"a link that leads nowhere", withRecord(2, linkTo(0x0105)), 5, 2, ERR_AUTHENTICATION, 0},
+    };
+    for (const auto &each : cases) {
+        auto table = each.table;
+        ASSERT_EQ(SDSetCHAPTable(handle, table.data(), &records), 0U);
+        DEVICEENTRYISCSI entry = entryAt(handle, each.target);
+        entry.CHAPTableIndex = each.chapIndex;
+        const std::size_t logged = errorLog(handle).size();
+        ASSERT_EQ(SDSetDDBEntry(handle, &entry, each.target), 0U);
+        EXPECT_EQ(entryAt(handle, each.target).DeviceState, each.status == 0 ? 2U : 1U) << each.what;
+        const Answer answer = send(handle, Command::inquiry, each.target, 0, 36);
+        EXPECT_EQ(answer.status, each.status) << each.what;
+        if (each.status != 0) {
+            EXPECT_EQ(senseOf(answer), 0x0B0800U) << each.what;
+            EXPECT_EQ(errorLog(handle).back().errorType, 2) << each.what;
+            EXPECT_EQ(errorLog(handle).back().errorDetail, each.detail) << each.what;
+        } else {
+            EXPECT_EQ(errorLog(handle).size(), logged) << each.what;
+        }
+    }
+    EXPECT_EQ(send(open(1), Command::inquiry, 3, 0, 36).status, 0U) << "a secret that is no text";
+}
+
+TEST_F(Initiator, AnEntryWithoutANameIsDiscovery)
+{
+    const SDMGT_HANDLE handle = open(0);
+    const std::vector<SD_UINT32> factory = walk(handle);
+    DEVICEENTRYISCSI portal = sampleEntry(0);
+    portal.EntryInfo = {};
+    portal.EntryInfo.IPAddr = makeAddress("10.20.0.12");
+    portal.CHAPTableIndex = 2;
+    ASSERT_EQ(SDSetDDBEntry(handle, &portal, 41), 0U);
+    EXPECT_EQ(walk(handle), factory) << "each of its targets has an entry";
+    for (const auto &[address, port] : {std::pair("10.20.0.14", 3260), {"10.20.0.12", 3261}, {"10.99.0.1", 0}}) {
+        DEVICEENTRYISCSI nobody = portal;
+        nobody.EntryInfo.IPAddr = makeAddress(address);
+        nobody.DeviceInfo.portNumber = static_cast<SD_UINT16>(port);
+        EXPECT_EQ(SDSetDDBEntry(handle, &nobody, 41), ERR_UNREACHABLE) << address;
+    }
+    EXPECT_EQ(walk(handle), factory);
+    DEVICEENTRYISCSI free{};
+    for (const SD_UINT32 index : {5U, 6U, 17U}) {
+        ASSERT_EQ(SDSetDDBEntry(handle, &free, index), 0U);
+    }
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_EQ(SDSetDDBEntry(handle, &portal, 41), 0U);
+        EXPECT_EQ(walk(handle), (std::vector<SD_UINT32>{0, 1, 41, 42, 43, 44, 100, 511}));
+    }
+    const DEVICEENTRYISCSI found = entryAt(handle, 44);
+    EXPECT_EQ(getText(found.EntryInfo.iSCSIName), targetName("array2.farm"));
+    EXPECT_EQ(getText(found.DeviceInfo.targetAddr), "10.20.0.12");
+    EXPECT_EQ(found.CHAPTableIndex, 2);
+    EXPECT_EQ(found.DeviceState, 2U);
+    EXPECT_EQ(entryAt(handle, 43).DeviceState, 1U) << "this target has nothing to prove itself by";
+    EXPECT_EQ(send(handle, Command::reportLuns, 41, 0, 264).status, 0U);
+
+    const SDMGT_HANDLE full = open(2);
+    portal.EntryInfo.IPAddr = shelfAddress(7);
+    portal.CHAPTableIndex = 0;
+    EXPECT_EQ(SDSetDDBEntry(full, &portal, 0), ERR_DATABASE_FULL);
+    ASSERT_EQ(SDSetDDBEntry(full, &free, 100), 0U);
+    ASSERT_EQ(SDSetDDBEntry(full, &portal, 300), 0U) << "from the index on, and from the beginning";
+    EXPECT_EQ(getText(entryAt(full, 100).EntryInfo.iSCSIName), targetName(shelfLabel(7)));
+}
+
+TEST_F(Initiator, TheStateOfAnEntryIsWhatBecameOfItsLogin)
+{
+    const SDMGT_HANDLE handle = open(0);
+    DEVICEENTRYISCSI entry = sampleEntry(7);
+    for (const SD_UINT32 written : {1U, 2U, 4U, 77U}) {
+        entry.DeviceState = written;
+        entry.EntryInfo.IPAddr = poolAddress(7);
+        ASSERT_EQ(SDSetDDBEntry(handle, &entry, 7), 0U);
+        EXPECT_EQ(entryAt(handle, 7).DeviceState, 2U) << written;
+        entry.EntryInfo.IPAddr = poolAddress(8);
+        ASSERT_EQ(SDSetDDBEntry(handle, &entry, 7), 0U);
+        EXPECT_EQ(entryAt(handle, 7).DeviceState, 1U) << written;
+    }
+    entry.EntryInfo.IPAddr = poolAddress(7);
+    entry.DeviceState = 3;
+    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 7), 0U);
+    EXPECT_EQ(entryAt(handle, 7).DeviceState, 3U) << "logged out, as was asked";
+    EXPECT_EQ(errorLog(handle).back().errorDetail, 0x0203);
+    EXPECT_EQ(errorLog(handle).back().dupErrorCnt, 3);
+}
+
+TEST_F(Initiator, CountersGrowAndAreReset)
 {
     const SDMGT_HANDLE handle = open(0);
     const HBAPORTSTATISCSI before = statistics(handle);
@@ -277,7 +410,7 @@ TEST_F(Network, CountersGrowAndAreReset)
     EXPECT_EQ(SDResetStatisticsiSCSI(without, 0), ERR_FLASH_WRITE);
 }
 
-TEST_F(Network, LogAndArpTableAreBounded)
+TEST_F(Initiator, LogAndArpTableAreBounded)
 {
     const SDMGT_HANDLE handle = open(2);
     DEVICEENTRYISCSI entry = sampleEntry(0);
@@ -309,7 +442,7 @@ TEST_F(Network, LogAndArpTableAreBounded)
     EXPECT_EQ(arpTable(handle).size(), LOG_CAPACITY) << "the sessions made anew fill the table again";
 }
 
-TEST_F(Network, NothingAnswersWithoutLink)
+TEST_F(Initiator, NothingAnswersWithoutLink)
 {
     const SDMGT_HANDLE handle = open(3);
     EXPECT_EQ(ping(handle, "10.20.0.11", 1), ERR_UNREACHABLE);
@@ -321,7 +454,7 @@ TEST_F(Network, NothingAnswersWithoutLink)
     EXPECT_EQ(ping(open(0), "10.20.0.5", 1), 0U) << "the adapter answers itself";
 }
 
-TEST_F(Network, CrashRecordIsWholeOrNotThere)
+TEST_F(Initiator, CrashRecordIsWholeOrNotThere)
 {
     const SDMGT_HANDLE handle = open(0);
     const auto file = folder / "crash.txt";
@@ -331,6 +464,16 @@ TEST_F(Network, CrashRecordIsWholeOrNotThere)
     EXPECT_NE(report.find(targetName("array4.offline")), std::string::npos);
     EXPECT_EQ(report.find("secret"), std::string::npos);
     EXPECT_EQ(report.find("initiator-a"), std::string::npos);
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+    ASSERT_EQ(SDGetCrashRecord(handle, file.c_str()), 0U);
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms::owner_all) << "the mode stays";
+    std::filesystem::create_symlink(file, folder / "link");
+    EXPECT_EQ(SDGetCrashRecord(handle, (folder / "link").c_str()), 0U);
+    std::filesystem::permissions(folder, std::filesystem::perms::all);
+    EXPECT_EQ(SDGetCrashRecord(handle, (folder / "link").c_str()), ERR_OUTPUT_FILE) << "anybody may have made it";
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+    SDMGT_HANDLE traced = handle;
+    EXPECT_EQ(SDEnableDebugTraceiSCSI(&traced, (folder / "link").c_str(), 1), ERR_OUTPUT_FILE);
     EXPECT_EQ(SDGetCrashRecord(handle, (folder / "none" / "crash").c_str()), ERR_OUTPUT_FILE);
     EXPECT_EQ(SDGetCrashRecord(handle, folder.c_str()), ERR_OUTPUT_FILE);
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);

@@ -7,7 +7,6 @@
 #include "JniWatch.h"
 #include "NodeInfo.h"
 #include "ScsiPassThrough.h"
-#include "Transcript.h"
 #include "Vm.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 // Lists longer than their buffer: the management library is never told of more room than there is, what the buffer
 // holds reaches Java, and one line says that the list was cut.
-#include "Transcript.h"
+#include "ScriptedLibrary.h"
+#include "Vm.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +21,6 @@ void expectCut(const Cut &cut)
 {
     SD_UINT32 room = 0;
     World world(nativeMethod(cut.method));
-    transcriptOf(cut.method).prepare(world);
     library().responder = [&](const Operation &operation) -> std::optional<Answer> {
         const auto reported = cut.counts.find(operation.name);
         if (operation.name == "SDGetCHAPTable") {

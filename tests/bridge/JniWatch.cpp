@@ -61,7 +61,6 @@ struct WatchedTable {
             return w.made(w.vm_->FindClass(name));
         }
         const char *simple = std::strrchr(name, '/');
-        w.counts.classes++;
         if (w.fails("java/lang/NoClassDefFoundError",
                     [&] { return "find " + std::string(simple != nullptr ? simple + 1 : name); })) {
             return nullptr;
@@ -72,7 +71,6 @@ struct WatchedTable {
     static jclass JNICALL getObjectClass(JNIEnv *env, jobject object)
     {
         JniWatch &w = watch(env);
-        w.counts.classes++;
         w.fails(nullptr, [&] { return "class " + w.nameOf(object); });
         if (object == nullptr) {
             w.breach("GetObjectClass of null");
@@ -84,7 +82,7 @@ struct WatchedTable {
     static jmethodID JNICALL getMethodID(JNIEnv *env, jclass cls, const char *name, const char *signature)
     {
         JniWatch &w = watch(env);
-        w.counts.lookups++;
+        ++w.counts.lookups;
         if (cls == nullptr) {
             w.breach(std::string("lookup of ") + name + " on a null class");
             return nullptr;
@@ -108,7 +106,6 @@ struct WatchedTable {
     static jobject JNICALL newObjectV(JNIEnv *env, jclass cls, jmethodID id, va_list values)
     {
         JniWatch &w = watch(env);
-        w.counts.objects++;
         if (id == nullptr || cls == nullptr) {
             w.breach("NewObject with a null constructor or class");
             return nullptr;
@@ -116,13 +113,13 @@ struct WatchedTable {
         if (w.fails(OUT_OF_MEMORY, [&] { return "create " + w.className(cls); })) {
             return nullptr;
         }
-        return w.made(w.vm_->NewObjectV(cls, id, values), true);
+        return w.made(w.vm_->NewObjectV(cls, id, values));
     }
 
     // What all calls have in common: written down, counted, and refused when the method or the object is null.
     static bool refused(JniWatch &w, jobject object, jmethodID id, char result, va_list values, bool canFail)
     {
-        w.counts.calls++;
+        ++w.counts.calls;
         if (id == nullptr || object == nullptr) {
             w.breach("call with a null method or object");
             return true;
@@ -158,7 +155,7 @@ struct WatchedTable {
         return result;
     }
 
-    template <class T, char Letter, T (JNIEnv::*Call)(jobject, jmethodID, va_list)>
+    template <typename T, char Letter, T (JNIEnv::*Call)(jobject, jmethodID, va_list)>
     static T JNICALL callNumber(JNIEnv *env, jobject object, jmethodID id, va_list values)
     {
         JniWatch &w = watch(env);
@@ -176,7 +173,6 @@ struct WatchedTable {
     static jstring JNICALL newStringUTF(JNIEnv *env, const char *text)
     {
         JniWatch &w = watch(env);
-        w.counts.strings++;
         if (w.fails(OUT_OF_MEMORY, [&] { return "string \"" + escaped(text) + "\""; })) {
             return nullptr;
         }
@@ -226,11 +222,10 @@ struct WatchedTable {
         }
     }
 
-    template <class Array, Array (JNIEnv::*New)(jsize)>
+    template <typename Array, Array (JNIEnv::*New)(jsize)>
     static Array JNICALL newArray(JNIEnv *env, jsize length)
     {
         JniWatch &w = watch(env);
-        w.counts.arrays++;
         if (w.fails(OUT_OF_MEMORY, [&] { return "array " + std::to_string(length); })) {
             return nullptr;
         }
@@ -238,7 +233,7 @@ struct WatchedTable {
     }
 
     // Elements are lent as a heap block of their exact size, so that one step beyond is seen.
-    template <class T, class Array, void (JNIEnv::*Read)(Array, jsize, jsize, T *)>
+    template <typename T, typename Array, void (JNIEnv::*Read)(Array, jsize, jsize, T *)>
     static T *JNICALL getElements(JNIEnv *env, Array array, jboolean *isCopy)
     {
         JniWatch &w = watch(env);
@@ -259,7 +254,7 @@ struct WatchedTable {
         return elements;
     }
 
-    template <class T, class Array, void (JNIEnv::*Write)(Array, jsize, jsize, const T *)>
+    template <typename T, typename Array, void (JNIEnv::*Write)(Array, jsize, jsize, const T *)>
     static void JNICALL releaseElements(JNIEnv *env, Array array, T *elements, jint mode)
     {
         JniWatch &w = watch(env);
@@ -299,17 +294,13 @@ struct WatchedTable {
     static void JNICALL deleteLocalRef(JNIEnv *env, jobject object)
     {
         JniWatch &w = watch(env);
-        auto found = std::find_if(w.alive_.begin(), w.alive_.end(), [&](auto &one) { return one.first == object; });
         if (object == nullptr) {
             return;
         }
-        if (found == w.alive_.end()) {
+        if (std::erase(w.alive_, object) == 0) {
             w.breach("deleted a local reference that is not the bridge's");
             return;
         }
-        w.counts.deleted++;
-        w.createdAlive -= found->second ? 1 : 0;
-        w.alive_.erase(found);
         w.vm_->DeleteLocalRef(object);
     }
 
@@ -399,6 +390,11 @@ JniWatch::~JniWatch()
         vm_->DeleteGlobalRef(method.owner);
     }
     vm_->PopLocalFrame(nullptr);
+}
+
+void JniWatch::handedOut(jobject reference)
+{
+    std::erase(alive_, reference);
 }
 
 JniWatch *JniWatch::current()

@@ -14,7 +14,7 @@
 
 // What one native call did, in figures.
 struct Counts {
-    unsigned lookups = 0, calls = 0, classes = 0, objects = 0, strings = 0, arrays = 0, deleted = 0;
+    unsigned lookups = 0, calls = 0;
     unsigned peak = 0; // most local references alive at once
 };
 
@@ -62,8 +62,7 @@ public:
     long heapBlocks = 0;             // blocks allocated and not freed
     const void *lastBlock = nullptr; // the block allocated last, and its size
     std::size_t lastSize = 0;
-    unsigned unwiped = 0;      // blocks that were not all zero when they were freed
-    unsigned createdAlive = 0; // objects created whose local reference has not been deleted
+    unsigned unwiped = 0; // blocks that were not all zero when they were freed
 
     // A Java error is pending.
     bool pending() const
@@ -76,6 +75,14 @@ public:
     {
         return loans_.size();
     }
+
+    // Local references that have not been deleted.
+    std::size_t alive() const
+    {
+        return alive_.size();
+    }
+    // A local reference belongs to the caller from now on.
+    void handedOut(jobject reference);
 
     // One event. Returns true when it has to fail.
     bool step(bool canFail, const std::function<std::string()> &text);
@@ -100,12 +107,11 @@ private:
     std::string arguments(const Method &method, va_list values);
     void breach(const std::string &what);
     // Takes a new local reference into the books.
-    template <class T>
-    T made(T reference, bool created = false)
+    template <typename T>
+    T made(T reference)
     {
         if (reference != nullptr) {
-            alive_.emplace_back(reference, created);
-            createdAlive += created ? 1 : 0;
+            alive_.push_back(reference);
             counts.peak = std::max(counts.peak, unsigned(alive_.size()));
         }
         return reference;
@@ -122,7 +128,7 @@ private:
     std::map<const void *, Loan> loans_;
     std::vector<std::pair<jobject, std::string>> names_;
     std::map<std::string, int> named_;
-    std::vector<std::pair<jobject, bool>> alive_; // local references, and whether NewObject made them
+    std::vector<jobject> alive_; // local references
     jobject pendingError_ = nullptr;
     std::string lastError_; // the class of the error that was planted
 };

@@ -5,7 +5,7 @@
 
 namespace
 {
-template <class T, class Array>
+template <typename T, typename Array>
 std::string elements(JNIEnv *vm, Array array, void (JNIEnv::*read)(Array, jsize, jsize, T *))
 {
     std::vector<T> values(static_cast<std::size_t>(vm->GetArrayLength(array)));

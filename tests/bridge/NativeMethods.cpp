@@ -1,25 +1,33 @@
 // The 39 native methods, each with the objects it is called with and the call itself. A result is written as a status
 // in hexadecimal, as true or false, as text in quotes or as the name of an object.
-#include "Vm.h"
-
 #include "JniWatch.h"
 #include "ScriptedLibrary.h"
+#include "Vm.h"
 
 #include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 
-#define NATIVE(name) Java_com_varden_tavo_iscsi_jni_ApiWrapper_##name
+#include <tuple>
+#include <type_traits>
 
 namespace
 {
-std::string result(World & /*world*/, jint status)
-{
-    return hex(SD_UINT32(status));
-}
+// What a call still has to pass, in the order of the parameters.
+struct Arguments {
+    const World &world;
+    std::vector<jint> numbers; // the first is the adapter index
+    unsigned taken = 0;        // of the numbers
+    unsigned objects = 0;      // of the arguments that can be null
 
-std::string result(World & /*world*/, jboolean done)
-{
-    return done == JNI_TRUE ? "true" : done == JNI_FALSE ? "false" : "not a boolean";
-}
+    template <typename T>
+    T take()
+    {
+        if constexpr (std::is_convertible_v<T, jobject>) {
+            return static_cast<T>(world.argument(++objects));
+        } else {
+            return static_cast<T>(numbers.at(taken++));
+        }
+    }
+};
 
 std::string result(World &world, jobject object)
 {
@@ -32,96 +40,104 @@ std::string result(World &world, jobject object)
     if (watch == nullptr) {
         return "an object";
     }
-    // What is returned belongs to the caller from now on.
-    watch->createdAlive -= watch->createdAlive > 0 ? 1 : 0;
+    watch->handedOut(object);
     return watch->nameOf(kept);
 }
 
-// A method that takes the adapter index and one object.
-#define WITH_OBJECT(name, type)                                                                                        \
-    {                                                                                                                  \
-#name, {type }, [](JNIEnv * env, World & w) {                                                                  \
-            return result(w, NATIVE(name)(env, nullptr, w.dev, w.argument(1, type)));                                  \
-        }                                                                                                              \
-    }
-// A method that takes the adapter index alone.
-#define WITH_INDEX(name)                                                                                               \
-    {                                                                                                                  \
-#name, {}, [](JNIEnv * env, World & w) {                                                                       \
-            return result(w, NATIVE(name)(env, nullptr, w.dev));                                                       \
-        }                                                                                                              \
-    }
-// Any other.
-#define WITH(name, objects, ...)                                                                                       \
-    {                                                                                                                  \
-#name, objects, [](JNIEnv * env, World & w) {                                                                  \
-            return result(w, NATIVE(name)(env, nullptr __VA_OPT__(, ) __VA_ARGS__));                                   \
-        }                                                                                                              \
-    }
-#define LIST(...)                                                                                                      \
-    {                                                                                                                  \
-        __VA_ARGS__                                                                                                    \
-    }
-
-jstring fileNameOf(World &world)
+template <typename T>
+std::string result(World &world, T value)
 {
-    return static_cast<jstring>(world.argument(1, "fileName"));
+    if constexpr (std::is_same_v<T, jboolean>) {
+        return value == JNI_TRUE ? "true" : value == JNI_FALSE ? "false" : "not a boolean";
+    } else if constexpr (std::is_same_v<T, jint>) {
+        return hex(SD_UINT32(value));
+    } else {
+        return result(world, static_cast<jobject>(value));
+    }
 }
 
-jobjectArray arrayOf(World &world)
+template <typename T>
+std::string letterOf()
 {
-    return static_cast<jobjectArray>(world.argument(1, "[]"));
+    return std::is_same_v<T, jint>           ? "I"
+           : std::is_same_v<T, jshort>       ? "S"
+           : std::is_same_v<T, jboolean>     ? "Z"
+           : std::is_same_v<T, jstring>      ? "Ljava/lang/String;"
+           : std::is_same_v<T, jobjectArray> ? "[Ljava/lang/Object;"
+           : std::is_same_v<T, void>         ? "V"
+                                             : "Ljava/lang/Object;";
+}
+
+template <typename Result, typename... Parameters>
+NativeMethod native(const char *name, Result (*function)(JNIEnv *, jobject, Parameters...),
+                    std::vector<std::string> objects = {}, std::vector<jint> numbers = {})
+{
+    const auto call = [=](JNIEnv *env, World &world) -> std::string {
+        Arguments arguments{world, {world.dev}};
+        arguments.numbers.insert(arguments.numbers.end(), numbers.begin(), numbers.end());
+        const std::tuple<JNIEnv *, jobject, Parameters...> all{env, nullptr, arguments.take<Parameters>()...};
+        if constexpr (std::is_void_v<Result>) {
+            std::apply(function, all);
+            return "done";
+        } else {
+            return result(world, std::apply(function, all));
+        }
+    };
+    std::string signature = "(";
+    ((signature += letterOf<Parameters>()), ...);
+    signature.append(")" + letterOf<Result>());
+    return {name, std::move(objects), call, signature, reinterpret_cast<void *>(function)};
 }
 } // namespace
 
 const std::vector<NativeMethod> &nativeMethods()
 {
     static const std::vector<NativeMethod> methods = {
-        {"initJNINative",
-         {},
-         [](JNIEnv *env, World & /*w*/) {
-             NATIVE(initJNINative)(env, nullptr);
-             return std::string("done");
-         }},
-        WITH_INDEX(openDevice),
-        WITH_INDEX(closeDevice),
-        WITH(getVersioniSCSI, {}),
-        WITH(enableSdmTrace, {}, w.dev, fileNameOf(w)),
-        WITH_OBJECT(getiSCSIAdapterInfo, "HBA"),
-        WITH_OBJECT(getiSCSIFWInfo, "HBA"),
-        WITH_OBJECT(getiSCSIDriverInfo, "HBA"),
-        WITH_OBJECT(getChipInfo, "HBA"),
-        WITH_OBJECT(getiSCSIHBAState, "HBA"),
-        WITH_OBJECT(getiSCSIHBAData, "HBA"),
-        WITH_INDEX(getiSCSIEntryNum),
-        WITH_INDEX(getDefaultDDBEntry),
-        WITH(getInitialDDBEntry, LIST("DevDBEntry"), w.dev, w.argument(1, "DevDBEntry"), 0x7b3d51f9),
-        WITH(setDDBData, LIST("DevDBEntry"), w.dev, w.argument(1, "DevDBEntry"), 0x1f2e3d4c),
-        WITH(setDDBsData, LIST("DevDBEntry", "DevDBEntry#2", "[]"), w.dev, arrayOf(w)),
-        WITH(logoutDDB, {}, w.dev, 0x1a2b3c4d, 0x5e6f7182, 0x293a4b5c),
-        WITH(getiSCSITargetData, LIST("HBA", "Target"), w.dev, w.argument(1, "HBA"), w.argument(2, "Target")),
-        WITH_OBJECT(getiSCSILunData, "Lun"),
-        WITH_OBJECT(getFWData, "HBA"),
-        WITH_OBJECT(getISCSIFWDefaults, "InitFW"),
-        WITH_OBJECT(setFWData, "HBA"),
-        WITH_INDEX(setISCSIDefaults),
-        WITH(iSCSIUpdateFW, {}, w.dev, fileNameOf(w), jshort(0x9c7d)),
-        WITH_INDEX(resetISCSIHBA),
-        WITH(resetISCSICounters, {}, w.dev, 0x3a59d7e8),
-        WITH(retrieveCrashRecord, {}, w.dev, fileNameOf(w)),
-        WITH(ping, LIST("IPAddr"), w.dev, w.argument(1, "IPAddr"), 0x6d1c9ba7),
-        WITH(getScsiReportLUNsData, LIST("HBA", "Target"), w.dev, w.argument(1, "HBA"), w.argument(2, "Target")),
-        WITH(getScsiInquiryData, LIST("TargetInfo", "SCSIInqInfo"), w.dev, w.argument(1, "TargetInfo"),
-             w.argument(2, "SCSIInqInfo")),
-        WITH_OBJECT(getScsiReadCapacityData, "Lun"),
-        WITH_OBJECT(getiSCSIStatistics, "PortStatistics"),
-        WITH_OBJECT(getConnectErrorLog, "HBA"),
-        WITH_OBJECT(getARPLog, "HBA"),
-        WITH_OBJECT(getCHAPTableData, "HBA"),
-        WITH(setCHAPTableData, LIST("CHAPTableEntry", "CHAPTableEntry#2", "[]"), w.dev, arrayOf(w)),
-        WITH_OBJECT(getiSNSDiscoveryConfig, "iSNSDiscoveryConfig"),
-        WITH_OBJECT(setiSNSDiscoveryConfig, "iSNSDiscoveryConfig"),
-        WITH_OBJECT(getiSNSTargets, "HBA"),
+        native("initJNINative", Java_com_varden_tavo_iscsi_jni_ApiWrapper_initJNINative),
+        native("openDevice", Java_com_varden_tavo_iscsi_jni_ApiWrapper_openDevice),
+        native("closeDevice", Java_com_varden_tavo_iscsi_jni_ApiWrapper_closeDevice),
+        native("getVersioniSCSI", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getVersioniSCSI),
+        native("enableSdmTrace", Java_com_varden_tavo_iscsi_jni_ApiWrapper_enableSdmTrace, {"fileName"}),
+        native("getiSCSIAdapterInfo", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIAdapterInfo, {"HBA"}),
+        native("getiSCSIFWInfo", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIFWInfo, {"HBA"}),
+        native("getiSCSIDriverInfo", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIDriverInfo, {"HBA"}),
+        native("getChipInfo", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getChipInfo, {"HBA"}),
+        native("getiSCSIHBAState", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAState, {"HBA"}),
+        native("getiSCSIHBAData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData, {"HBA"}),
+        native("getiSCSIEntryNum", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIEntryNum),
+        native("getDefaultDDBEntry", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getDefaultDDBEntry),
+        native("getInitialDDBEntry", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getInitialDDBEntry, {"DevDBEntry"},
+               {0x7b3d51f9}),
+        native("setDDBData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBData, {"DevDBEntry"}, {0x1f2e3d4c}),
+        native("setDDBsData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBsData, {"DevDBEntry[]"}),
+        native("logoutDDB", Java_com_varden_tavo_iscsi_jni_ApiWrapper_logoutDDB, {},
+               {0x1a2b3c4d, 0x5e6f7182, 0x293a4b5c}),
+        native("getiSCSITargetData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSITargetData, {"HBA", "Target"}),
+        native("getiSCSILunData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSILunData, {"Lun"}),
+        native("getFWData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getFWData, {"HBA"}),
+        native("getISCSIFWDefaults", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getISCSIFWDefaults, {"InitFW"}),
+        native("setFWData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_setFWData, {"HBA"}),
+        native("setISCSIDefaults", Java_com_varden_tavo_iscsi_jni_ApiWrapper_setISCSIDefaults),
+        native("iSCSIUpdateFW", Java_com_varden_tavo_iscsi_jni_ApiWrapper_iSCSIUpdateFW, {"fileName"}, {0x9c7d}),
+        native("resetISCSIHBA", Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSIHBA),
+        native("resetISCSICounters", Java_com_varden_tavo_iscsi_jni_ApiWrapper_resetISCSICounters, {}, {0x3a59d7e8}),
+        native("retrieveCrashRecord", Java_com_varden_tavo_iscsi_jni_ApiWrapper_retrieveCrashRecord, {"fileName"}),
+        native("ping", Java_com_varden_tavo_iscsi_jni_ApiWrapper_ping, {"IPAddr"}, {0x6d1c9ba7}),
+        native("getScsiReportLUNsData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReportLUNsData,
+               {"HBA", "Target"}),
+        native("getScsiInquiryData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiInquiryData,
+               {"TargetInfo", "SCSIInqInfo"}),
+        native("getScsiReadCapacityData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getScsiReadCapacityData, {"Lun"}),
+        native("getiSCSIStatistics", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIStatistics, {"PortStatistics"}),
+        native("getConnectErrorLog", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getConnectErrorLog, {"HBA"}),
+        native("getARPLog", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getARPLog, {"HBA"}),
+        native("getCHAPTableData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getCHAPTableData, {"HBA"}),
+        native("setCHAPTableData", Java_com_varden_tavo_iscsi_jni_ApiWrapper_setCHAPTableData, {"CHAPTableEntry[]"}),
+        native("getiSNSDiscoveryConfig", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSNSDiscoveryConfig,
+               {"iSNSDiscoveryConfig"}),
+        native("setiSNSDiscoveryConfig", Java_com_varden_tavo_iscsi_jni_ApiWrapper_setiSNSDiscoveryConfig,
+               {"iSNSDiscoveryConfig"}),
+        native("getiSNSTargets", Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSNSTargets, {"HBA"}),
     };
     return methods;
 }

@@ -48,22 +48,22 @@ std::string hex(SD_UINT32 number)
     return out.str();
 }
 
+SD_UINT32 unhexNumber(const std::string &digits)
+{
+    return SD_UINT32(std::stoul(digits, nullptr, 16));
+}
+
 SD_UINT32 ScriptedLibrary::run(const Operation &operation)
 {
     JniWatch *watch = JniWatch::current();
     const auto *out = static_cast<const unsigned char *>(operation.out);
     bool dirty = operation.cleared && std::any_of(out, out + operation.outSize, [](auto byte) { return byte != 0; });
-    if (watch != nullptr) {
-        bool fails = watch->step(true, [&] {
-            return operation.name + (operation.name == "SDGetVersioniSCSI" ? "" : " " + hex(operation.handle))
-                   + operation.arguments + (dirty ? " (record not cleared)" : "");
-        });
-        if (fails) {
-            return faultStatus;
-        }
-    }
+    bool fails = watch != nullptr && watch->step(true, [&] {
+        return operation.name + (operation.name == "SDGetVersioniSCSI" ? "" : " " + hex(operation.handle))
+               + operation.arguments + (dirty ? " (record not cleared)" : "");
+    });
     std::optional<Answer> answer;
-    if (responder) {
+    if (responder && !fails) {
         answer = responder(operation);
     }
     if (!answer) {
@@ -72,6 +72,9 @@ SD_UINT32 ScriptedLibrary::run(const Operation &operation)
         if (queue.size() > 1) {
             queue.pop_front();
         }
+    }
+    if (fails) {
+        return faultStatus;
     }
     if (operation.out != nullptr) {
         std::memcpy(operation.out, answer->bytes.data(), std::min(answer->bytes.size(), operation.outSize));

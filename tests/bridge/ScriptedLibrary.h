@@ -55,3 +55,4 @@ ScriptedLibrary &library();
 std::string hex(const void *bytes, std::size_t size);
 std::string unhex(const std::string &digits);
 std::string hex(SD_UINT32 number);
+SD_UINT32 unhexNumber(const std::string &digits);

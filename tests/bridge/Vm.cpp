@@ -4,9 +4,13 @@
 
 #include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 
+#include <alloca.h>
+
+#include <cstring>
+
 namespace
 {
-constexpr const char *MODEL = "com/varden/tavo/iscsi/model/";
+const std::string MODEL = "com/varden/tavo/iscsi/model/";
 
 JavaVM *create()
 {
@@ -78,21 +82,24 @@ const NativeMethod &nativeMethod(const std::string &name)
 World::World(const NativeMethod &nativeMethodToCall) : method(nativeMethodToCall), env(vmEnv())
 {
     env->PushLocalFrame(64);
-    for (const std::string &name : method.objects) {
-        std::string simple = name.substr(0, name.find('#'));
-        if (simple == "[]") { // an array of all objects so far
-            array = env->NewObjectArray(jsize(objects.size()), env->FindClass("java/lang/Object"), nullptr);
-            for (jsize i = 0; i < jsize(objects.size()); i++) {
-                env->SetObjectArrayElement(array, i, objects[std::size_t(i)].second);
-            }
-            continue;
-        }
-        jclass type = env->FindClass((std::string(MODEL) + simple).c_str());
-        mustBeClear(env, "finding class " + simple);
-        objects.emplace_back(name, env->NewObject(type, env->GetMethodID(type, "<init>", "()V")));
+    const auto create = [this](const std::string &type, const std::string &name) {
+        jclass found = env->FindClass((MODEL + type).c_str());
+        mustBeClear(env, "finding class " + type);
+        objects.emplace_back(name, env->NewObject(found, env->GetMethodID(found, "<init>", "()V")));
         mustBeClear(env, "creating " + name);
+    };
+    for (const std::string &type : method.objects) {
+        if (type.ends_with("[]")) {
+            const std::string element = type.substr(0, type.size() - 2);
+            create(element, element);
+            create(element, element + "#2");
+            array = env->NewObjectArray(2, env->FindClass("java/lang/Object"), objects[0].second);
+            env->SetObjectArrayElement(array, 1, objects[1].second);
+        } else if (type != "fileName") {
+            create(type, type);
+        }
     }
-    fileName = env->NewStringUTF("/var/tmp/J\xc3\xb6rg.img");
+    fileName = env->NewStringUTF(FILE_NAME);
     openAdapters(env);
 }
 
@@ -116,20 +123,21 @@ jobject World::object(const std::string &name) const
     giveUp(std::string(method.name) + " has no object " + name);
 }
 
-jobject World::argument(unsigned n, const std::string &name) const
+jobject World::argument(unsigned n) const
 {
+    const std::string &type = method.objects.at(n - 1);
     if ((nulls >> (n - 1) & 1U) != 0) {
         return nullptr;
     }
-    return name == "[]" ? array : name == "fileName" ? fileName : object(name);
+    return type.ends_with("[]") ? array : type == "fileName" ? fileName : object(type);
 }
 
 void World::set(const std::string &path, const std::string &value)
 {
     std::size_t slash = path.find('/');
-    jclass reach = env->FindClass("Reach");
+    jclass values = env->FindClass("ModelValues");
     env->CallStaticVoidMethod(
-        reach, env->GetStaticMethodID(reach, "set", "(Ljava/lang/Object;Ljava/lang/String;Ljava/lang/String;)V"),
+        values, env->GetStaticMethodID(values, "set", "(Ljava/lang/Object;Ljava/lang/String;Ljava/lang/String;)V"),
         object(path.substr(0, slash)), env->NewStringUTF(path.c_str() + slash + 1), env->NewStringUTF(value.c_str()));
     mustBeClear(env, "setting " + path + " to " + value);
 }
@@ -137,13 +145,55 @@ void World::set(const std::string &path, const std::string &value)
 std::string World::get(const std::string &path) const
 {
     std::size_t slash = path.find('/');
-    jclass reach = env->FindClass("Reach");
+    jclass values = env->FindClass("ModelValues");
     auto value = static_cast<jstring>(env->CallStaticObjectMethod(
-        reach, env->GetStaticMethodID(reach, "get", "(Ljava/lang/Object;Ljava/lang/String;)Ljava/lang/String;"),
+        values, env->GetStaticMethodID(values, "get", "(Ljava/lang/Object;Ljava/lang/String;)Ljava/lang/String;"),
         object(path.substr(0, slash)), env->NewStringUTF(path.c_str() + slash + 1)));
     mustBeClear(env, "reading " + path);
     const char *chars = env->GetStringUTFChars(value, nullptr);
     std::string out = chars;
     env->ReleaseStringUTFChars(value, chars);
+    return out;
+}
+
+namespace
+{
+// Leaves rubbish where the next call puts its records.
+[[gnu::noinline]] void dirtyStack()
+{
+    constexpr std::size_t size = 96UL * 1024;
+    void *below = alloca(size);
+    std::memset(below, 0xa5, size);
+    asm volatile("" : : "r"(below) : "memory");
+}
+} // namespace
+
+Outcome call(World &world, const std::function<void(JniWatch &)> &arrange)
+{
+    Outcome out;
+    JniWatch watch(world.env);
+    // Names follow the order in which the world made its objects, whatever the call meets first.
+    for (auto &[name, object] : world.objects) {
+        watch.nameOf(object);
+    }
+    if (arrange) {
+        arrange(watch);
+    }
+    dirtyStack();
+    out.result = world.method.call(watch.env(), world);
+    out.events = watch.events;
+    out.printed = watch.printed;
+    out.left = watch.breaches;
+    const auto mustBeNone = [&](long count, const char *what) {
+        out.left += count == 0 ? "" : std::to_string(count) + " " + what + "\n";
+    };
+    mustBeNone(long(watch.loans()), "borrowed and not given back");
+    mustBeNone(watch.heapBlocks, "heap blocks left");
+    mustBeNone(long(watch.alive()), "local references left");
+    out.pending = watch.pending();
+    out.failed = watch.failed;
+    out.unwiped = watch.unwiped;
+    out.counts = watch.counts;
+    out.failedAt = watch.failedAt;
     return out;
 }

@@ -1,11 +1,14 @@
 // The Java VM of the test program, and the objects that a native method is called with.
 #pragma once
 
+#include "JniWatch.h"
+
 #include <jni.h>
 #include <vdsdm.h>
 
-#include <map>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The process's VM, created at first use, and the calling thread's environment.
@@ -19,14 +22,19 @@ void mustBeClear(JNIEnv *env, const std::string &doing);
 struct World;
 struct NativeMethod {
     const char *name;
-    std::vector<std::string> objects; // model classes of the objects it takes, created in this order
-    std::string (*call)(JNIEnv *env, World &world);
+    std::vector<std::string> objects; // the arguments that are objects: model classes, CLASS[] for an array of two
+    std::function<std::string(JNIEnv *env, World &world)> call;
+    std::string signature; // as a static method that takes any object
+    void *function;
 };
 const std::vector<NativeMethod> &nativeMethods();
 const NativeMethod &nativeMethod(const std::string &name);
 
+// The file name that methods are called with.
+inline constexpr const char *FILE_NAME = "/var/tmp/J\xc3\xb6rg.img";
+
 // Fresh objects for one call. `dev` is the adapter index to be passed; argument n (from 1) that takes an object is null
-// when nulls has bit n - 1. The handles of all adapters are laid down by openAdapters.
+// when nulls has bit n - 1. All adapters are open.
 struct World {
     explicit World(const NativeMethod &nativeMethodToCall);
     ~World();
@@ -35,7 +43,7 @@ struct World {
 
     jobject object(const std::string &name) const;
     // Argument n as the call passes it.
-    jobject argument(unsigned n, const std::string &name) const;
+    jobject argument(unsigned n) const;
     void set(const std::string &path, const std::string &value);
     std::string get(const std::string &path) const;
 
@@ -50,3 +58,19 @@ struct World {
 
 // The handle that adapter dev is open with.
 SDMGT_HANDLE handleOf(jint dev);
+
+// What came of one call.
+struct Outcome {
+    std::string result;
+    std::vector<std::string> events;
+    std::string printed;
+    std::string left; // what no call may do or leave behind, empty when there is nothing
+    bool pending = false;
+    bool failed = false; // the fault was met
+    unsigned unwiped = 0;
+    Counts counts;
+    std::string failedAt;
+};
+
+// Calls the world's method under a watch that `arrange` may set up. The stack below is full of rubbish.
+Outcome call(World &world, const std::function<void(JniWatch &)> &arrange = {});

@@ -10,6 +10,7 @@ import java.nio.file.StandardCopyOption;
 import java.util.List;
 import java.util.Set;
 import java.util.TreeSet;
+import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.ValueSource;
@@ -49,6 +50,22 @@ final class LaunchTest extends ToolTest {
         tool.run("export 0 Gr\u00f6\u00dfe\u4e2d.json").expect(0);
         assertTrue(tool.readFile("Gr\u00f6\u00dfe\u4e2d.json").contains("Gr\u00f6\u00dfe"));
         tool.run("import 0 Gr\u00f6\u00dfe\u4e2d.json --compare").expect(0);
+    }
+
+    /** The folder that is shown is the one that a write goes to: that of the variable, or the library's own. */
+    @Test
+    void settingsFolder() throws IOException {
+        tool.run("version").expect(0).shows("settings in " + tool.flash.toRealPath() + "\n");
+        Path tree = tool.folder.resolve("a tree");
+        Path library = Files.createDirectories(tree.resolve("lib/vdsdm")).resolve("libvdsdm.so");
+        Files.copy(LIBRARY, library);
+        Files.createFile(tree.resolve("CMakeCache.txt"));
+        tool.environment.remove("TAVO_ADAPTER_FLASH");
+        tool.environment.put("HBA_LIBRARY_DIR", library.getParent().toString());
+        String folder = tool.json("version").getAsJsonObject().get("settingsFolder").getAsString();
+        assertEquals(library.getParent().toRealPath().toString(), folder);
+        tool.run("chap set 3 5 --name=five --yes").expect(0);
+        assertTrue(Stream.of(library.getParent().toFile().list()).anyMatch(name -> !name.equals("libvdsdm.so")));
     }
 
     /** Without the launcher the streams are as they are everywhere. */

@@ -2,7 +2,7 @@
 // native method and then supplies the statuses, the counts and the bytes of every record, in the order in which they
 // are asked for. The Java VM is real.
 #include "../ScriptedLibrary.h"
-#include "../Transcript.h"
+#include "../Vm.h"
 #include "../WatchedRuntime.h"
 
 #include <algorithm>
@@ -77,9 +77,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     };
     Outcome outcome = call(world, [](JniWatch &watch) { watch.recording = false; });
     library().responder = nullptr;
-    if (!outcome.breaches.empty() || outcome.loans != 0 || outcome.heapBlocks != 0 || outcome.createdAlive != 0) {
-        std::fprintf(stderr, "%s: %zu borrowed, %ld heap blocks, %u references left. %s\n", method.name, outcome.loans,
-                     outcome.heapBlocks, outcome.createdAlive, outcome.breaches.c_str());
+    if (!outcome.left.empty()) {
+        std::fprintf(stderr, "%s: %s", method.name, outcome.left.c_str());
         std::abort();
     }
     return 0;

@@ -3,6 +3,7 @@ package com.varden.tavo.iscsi.hba;
 import com.google.gson.JsonArray;
 import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
+import com.varden.tavo.iscsi.codes.TargetState;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import java.util.ArrayList;
 import java.util.HashSet;
@@ -104,9 +105,9 @@ final class DeviceDatabaseChanges {
                 + "entry, 1 configured, 2 session, 3 logged out. --force writes it all the same.");
         }
         String name = NodeInfo.NAME.get(entry.getNodeInfo());
-        boolean kept = there.getState() != StateField.FREE && NodeInfo.NAME.isSame(name,
+        boolean kept = there.getState() != TargetState.FREE && NodeInfo.NAME.isSame(name,
             NodeInfo.NAME.get(there.getNodeInfo()));
-        if (state == StateField.FREE || kept) {
+        if (state == TargetState.FREE || kept) {
             return;
         }
         if (name == null || name.isEmpty()) {
@@ -123,13 +124,13 @@ final class DeviceDatabaseChanges {
             if (there == null) {
                 continue;
             }
-            boolean inSession = there.getState() == StateField.SESSION;
+            boolean inSession = there.getState() == TargetState.LOGGED_IN;
             String target = DeviceDatabaseEntry.describe(there);
             Differences differences = new Differences("wanted");
             (everyChange ? DeviceDatabaseEntry.TABLE : WAY_TO_TARGET).compare(there, entry, "", differences);
-            if (entry.getState() == StateField.FREE) {
+            if (entry.getState() == TargetState.FREE) {
                 losses.add("frees " + target + ": its settings are lost" + (inSession ? ", its session ends" : ""));
-            } else if (inSession && entry.getState() == StateField.LOGGED_OUT) {
+            } else if (inSession && entry.getState() == TargetState.LOGGED_OUT) {
                 losses.add("ends the session with " + target);
             } else if (inSession && !differences.isEmpty()) {
                 losses.add("changes " + target + ", which interrupts its session");
@@ -183,7 +184,7 @@ final class DeviceDatabaseChanges {
         for (DevDBEntry entry : wanted) {
             String entryPlace = place + "[targetID " + entry.getTargetID() + "]";
             DevDBEntry there = DeviceDatabaseEntry.find(found, entry.getTargetID());
-            if (entry.getState() == StateField.FREE) {
+            if (entry.getState() == TargetState.FREE) {
                 if (there != null) {
                     differences.add(entryPlace + ": still on the adapter");
                 }

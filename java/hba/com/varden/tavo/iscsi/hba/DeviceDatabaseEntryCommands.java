@@ -1,6 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.JsonArray;
+import com.varden.tavo.iscsi.codes.TargetState;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import java.io.IOException;
 import java.util.List;
@@ -126,7 +127,7 @@ final class DeviceDatabaseEntryCommands {
         int report(Adapter adapter) throws IOException {
             List<DevDBEntry> entries = written.wanted();
             String what = entries.size() == 1 ? "Target " + entries.get(0).getTargetID() + " of adapter " + adapter.dev
-                    + (entries.get(0).getState() == StateField.FREE ? " was freed." : " was written.")
+                    + (entries.get(0).getState() == TargetState.FREE ? " was freed." : " was written.")
                 : entries.size() + " targets of adapter " + adapter.dev + " were written.";
             return report(what, differences, Logins.await(adapter, entries));
         }
@@ -234,7 +235,7 @@ final class DeviceDatabaseEntryCommands {
             adapter.check("the logout", adapter.api.logoutDDB(adapter.dev, number(target),
                 options.getValue() == null ? 0 : number(options), newIndex.getValue() == null ? 0 : number(newIndex)));
             DevDBEntry there = DeviceDatabaseEntry.find(DeviceDatabaseEntry.readAll(adapter), number(target));
-            if (there != null && there.getState() == StateField.SESSION) {
+            if (there != null && there.getState() == TargetState.LOGGED_IN) {
                 throw new OperationFailed("adapter " + adapter.dev + ": the logout was accepted, but the session with "
                     + DeviceDatabaseEntry.describe(there) + " goes on");
             }

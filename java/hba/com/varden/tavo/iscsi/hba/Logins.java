@@ -1,7 +1,13 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
+import com.varden.tavo.iscsi.codes.ConnectionState;
+import com.varden.tavo.iscsi.codes.ErrorEntryType;
+import com.varden.tavo.iscsi.codes.ErrorType;
+import com.varden.tavo.iscsi.codes.LinkState;
+import com.varden.tavo.iscsi.codes.LoginStatus;
 import com.varden.tavo.iscsi.codes.Status;
+import com.varden.tavo.iscsi.codes.TargetState;
 import com.varden.tavo.iscsi.model.ConnectionError;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
@@ -18,13 +24,6 @@ final class Logins {
     private static final long MARGIN = 2_000_000_000L;
     private static final long PAUSE_MILLIS = 50;
 
-    private static final int LOGIN_FAILED = 1;
-    private static final int CONNECTING = 1;
-    private static final int NO_ANSWER = 1;
-    private static final int NOT_AUTHENTICATED = 0x0201;
-    private static final int NOT_AUTHORIZED = 0x0202;
-    private static final int NOT_FOUND = 0x0203;
-
     private int sessions;
     /** The targets without a session, with the reason. */
     private final Map<Integer, String> failed = new TreeMap<>();
@@ -35,7 +34,7 @@ final class Logins {
     static Logins await(Adapter adapter, List<DevDBEntry> written) {
         List<DevDBEntry> found = DeviceDatabaseEntry.readAll(adapter);
         long end = System.nanoTime() + deadline(written);
-        int left = count(found, written, StateField.LOGGING_IN);
+        int left = count(found, written, TargetState.LOGGING_IN);
         int all = left;
         while (left > 0 && System.nanoTime() < end && !Interruption.isRequested()) {
             Terminal.progress("logins ended", all - left, all);
@@ -45,10 +44,10 @@ final class Logins {
                 break;
             }
             found = DeviceDatabaseEntry.readAll(adapter);
-            left = count(found, written, StateField.LOGGING_IN);
+            left = count(found, written, TargetState.LOGGING_IN);
         }
         Logins logins = new Logins();
-        logins.sessions = count(found, written, StateField.SESSION);
+        logins.sessions = count(found, written, TargetState.LOGGED_IN);
         logins.explain(adapter, found, written);
         return logins;
     }
@@ -77,14 +76,14 @@ final class Logins {
         for (DevDBEntry entry : written) {
             int target = entry.getTargetID();
             DevDBEntry there = DeviceDatabaseEntry.find(found, target);
-            if (there != null && there.getState() == StateField.LOGGING_IN) {
+            if (there != null && there.getState() == TargetState.LOGGING_IN) {
                 failed.put(target, "still logging in");
-            } else if (there != null && there.getState() == StateField.CONFIGURED) {
+            } else if (there != null && there.getState() == TargetState.CONFIGURED) {
                 if (hba == null) {
                     hba = new HBA();
                     adapter.check("reading the state", adapter.api.getiSCSIHBAState(adapter.dev, hba));
                     adapter.check("reading the log", adapter.api.getConnectErrorLog(adapter.dev, hba));
-                    linkUp = hba.getLinkStatus() != 0;
+                    linkUp = hba.getLinkStatus() != LinkState.DOWN;
                 }
                 failed.put(target, linkUp ? reason(hba.getConnectErrorLog(), target) : "the adapter has no link");
             }
@@ -95,7 +94,7 @@ final class Logins {
     private static String reason(List<ConnectionError> log, int target) {
         for (int i = log.size() - 1; i >= 0; i--) {
             ConnectionError error = log.get(i);
-            if (error.getDeviceIndex() == target && error.getEntryType() == LOGIN_FAILED) {
+            if (error.getDeviceIndex() == target && error.getEntryType() == ErrorEntryType.LOGIN_FAILED) {
                 return reason(error);
             }
         }
@@ -103,15 +102,11 @@ final class Logins {
     }
 
     private static String reason(ConnectionError error) {
-        if (error.getErrorType() == NO_ANSWER) {
-            return (error.getConnState() == CONNECTING ? Status.ERR_UNREACHABLE : Status.ERR_TIMEOUT).meaning();
+        if (error.getErrorType() == ErrorType.NO_ANSWER) {
+            boolean connected = error.getConnState() != ConnectionState.CONNECTING;
+            return (connected ? Status.ERR_TIMEOUT : Status.ERR_UNREACHABLE).meaning();
         }
-        return switch (error.getErrorDetail()) {
-            case NOT_FOUND -> "the portal has no target of this name";
-            case NOT_AUTHENTICATED, NOT_AUTHORIZED -> Status.ERR_AUTHENTICATION.meaning();
-            default -> Status.ERR_LOGIN_REFUSED.meaning() + ", iSCSI login status 0x"
-                + Integer.toHexString(0x10000 | error.getErrorDetail()).substring(1);
-        };
+        return "the login was refused: " + LoginStatus.describe(error.getErrorDetail());
     }
 
     /** For people: how many logged in, and for each reason the targets that did not. */

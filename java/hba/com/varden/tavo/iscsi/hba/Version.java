@@ -2,24 +2,34 @@ package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
 import java.io.IOException;
+import java.nio.file.Path;
 
 /** hba version. */
 final class Version extends Command {
+    /** How the versions of the project's own management libraries begin. */
+    private static final String OWN = "Tavo ";
+
     Version() {
-        super("Shows the versions of the tool and of the management library.");
+        super("Shows the versions of the tool and of the management library, and the folder in which the project's own "
+            + "libraries keep the adapters' settings.");
     }
 
     @Override
     public Integer call() throws IOException {
         String library = Adapter.api().getVersioniSCSI();
         String tool = Version.class.getPackage().getImplementationVersion();
+        Path settings = library.startsWith(OWN) ? SettingsFolder.find() : null;
         if (wantsJson()) {
             JsonWriter json = jsonWriter();
-            json.beginObject().name("hba").value(tool).name("managementLibrary").value(library).endObject();
+            json.beginObject().name("hba").value(tool).name("managementLibrary").value(library);
+            json.name("settingsFolder").value(settings == null ? null : settings.toString()).endObject();
             finish(json);
         } else {
             System.out.println("hba " + tool);
-            System.out.println("management library " + library);
+            System.out.println("management library " + TerminalText.of(library));
+            if (settings != null) {
+                System.out.println("settings in " + TerminalText.of(settings));
+            }
         }
         return DONE;
     }

@@ -1,0 +1,33 @@
+package com.varden.tavo.iscsi.hba;
+
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+
+/** Where the project's own management libraries keep the settings of their adapters, by the rule of those libraries. */
+final class SettingsFolder {
+    static final String VARIABLE = "TAVO_ADAPTER_FLASH";
+    private static final String NAME = "tavoiscsi";
+
+    private SettingsFolder() {}
+
+    /** The folder; null when the variable names none, which the libraries refuse. */
+    static Path find() throws IOException {
+        String named = System.getenv(VARIABLE);
+        if (named != null && !named.isEmpty()) {
+            Path folder = Path.of(named);
+            return folder.isAbsolute() && Files.isDirectory(folder) ? folder.toRealPath() : null;
+        }
+        // A library in a build tree, below the folder with CMake's cache, keeps them beside itself.
+        Path beside = Path.of("libvdsdm.so").toRealPath().getParent();
+        if (Files.exists(beside.resolve("../../CMakeCache.txt"))) {
+            return beside;
+        }
+        if (Integer.valueOf(0).equals(Files.getAttribute(Path.of("/proc/self"), "unix:uid"))) {
+            return Path.of("/var/lib", NAME);
+        }
+        String state = System.getenv("XDG_STATE_HOME");
+        return state != null && state.startsWith("/") ? Path.of(state, NAME)
+                                                      : Path.of(System.getProperty("user.home"), ".local/state", NAME);
+    }
+}

@@ -1,0 +1,359 @@
+// The statements of the table that are no rows: operations, new objects, loops, methods that call others.
+#include "ExpansionRun.h"
+
+#include <vdsdm/Status.h>
+
+#include <algorithm>
+
+namespace
+{
+constexpr SD_UINT32 FAULT = 0x2000abcd; // tells %x from %X
+constexpr SD_UINT32 SLOTS = 512;        // of the device database
+constexpr SD_UINT32 SMALL_AREA = 264, LARGE_AREA = 2048, HEADER = 8, ENTRY = 8;
+constexpr std::size_t ARRAY_LENGTH = 2;
+
+bool isNumber(const std::string &word)
+{
+    return word.find_first_not_of("0123456789abcdef") == std::string::npos;
+}
+
+SD_UINT32 bigEndian(const std::string &bytes)
+{
+    return unhexNumber(hex(bytes.data(), 4));
+}
+} // namespace
+
+// The case's answer to the operation's next call, or one from the seed.
+Answer ExpansionRun::answerOf(const std::string &operation, const std::string &record)
+{
+    std::vector<const Statement *> said;
+    for (const Statement &s : values_.oneCase.body) {
+        if (s.verb() == "answer" && s.word(1) == operation) {
+            said.push_back(&s);
+        }
+    }
+    const std::size_t call = asked_[operation]++;
+    std::vector<Answer> &answers = values_.answers[operation];
+    const bool last = !answers.empty() && (fault_.event >= 0 || (!said.empty() && answers.size() == said.size()));
+    if (call < answers.size() || last) {
+        return answers[std::min(call, answers.size() - 1)];
+    }
+    Answer answer{0, "", 2};
+    const Statement *saying = said.empty() ? nullptr : said[call];
+    for (std::size_t i = 2; saying != nullptr && i < saying->words.size(); ++i) {
+        const std::string &word = saying->words[i];
+        if (word.starts_with("count=")) {
+            answer.count = unhexNumber(word.substr(6));
+        } else if (word.starts_with("status=")) {
+            answer.status = unhexNumber(word.substr(7));
+        }
+    }
+    if (record.empty()) {
+        answers.push_back(answer);
+        return answer;
+    }
+    const Layout &layout = methodTable().record(record);
+    SeededValues values(values_.seed + operation + std::to_string(call));
+    for (std::size_t i = 0; i < std::max<std::size_t>(1, *answer.count); ++i) {
+        answer.bytes += values.record(layout, values_.full);
+    }
+    for (const Field &field : layout.fields) {
+        for (std::size_t i = 2; saying != nullptr && i < saying->words.size(); ++i) {
+            if (saying->words[i].starts_with(field.name + "=")) {
+                answer.bytes.replace(field.offset, field.width, unhex(saying->words[i].substr(field.name.size() + 1)));
+            }
+        }
+    }
+    answers.push_back(answer);
+    return answer;
+}
+
+std::optional<Answer> ExpansionRun::operate(const std::string &operation, const std::string &arguments,
+                                            const std::string &record, std::size_t room,
+                                            std::vector<SD_UINT32> statuses)
+{
+    statuses.push_back(FAULT);
+    const bool fails = event(operation + arguments, true, std::move(statuses));
+    const Answer answer = answerOf(operation, record);
+    if (fails) {
+        return {};
+    }
+    if (!record.empty()) {
+        frame_.records[record].replace(0, std::min(room, answer.bytes.size()), answer.bytes.substr(0, room));
+    }
+    return answer;
+}
+
+SD_UINT32 ExpansionRun::ask(const Statement &s)
+{
+    if (s.has("name") && !frame_.hasChars) {
+        return 0;
+    }
+    const std::string of = s.after("of"), in = s.after("in"), out = s.after("out");
+    const std::string record = out.substr(0, out.find_first_of("*:"));
+    std::string arguments = of == "none" ? "" : " " + hex(of == "dev" ? SD_UINT32(dev_) : handleOf(dev_));
+    if (!in.empty()) {
+        RecordView whole = at(in);
+        arguments += " [" + hex(whole.bytes->data(), whole.bytes->size()) + "]";
+    }
+    std::vector<SD_UINT32> statuses;
+    for (std::size_t i = 2; i < s.words.size() && s.words[i] != "as"; ++i) {
+        const std::string &word = s.words[i];
+        if (word == "also" || word == "tolerating") {
+            for (++i; i < s.words.size() && isNumber(s.words[i]); ++i) {
+                statuses.push_back(unhexNumber(s.words[i]));
+            }
+        } else if (word == "name") {
+            arguments += " \"" + std::string(FILE_NAME) + "\"";
+        } else if (word[0] == '$' || isNumber(word)) {
+            arguments += " " + hex(valueOf(word));
+        }
+    }
+    std::size_t room = 0;
+    if (!record.empty()) {
+        const Layout &layout = methodTable().record(record);
+        const std::size_t limit = out.find_first_of("*:");
+        const std::size_t given = limit == std::string::npos ? 1 : unhexNumber(out.substr(limit + 1));
+        room = limit != std::string::npos && out[limit] == ':' ? given : given * layout.size;
+        if (!s.has("uncleared")) {
+            frame_.records[record].assign(std::max(room, layout.size), '\0');
+        }
+        frame_.view = {&frame_.records[record], 0, &layout};
+    }
+    const std::optional<Answer> answer = operate(s.word(1), arguments, record, room, statuses);
+    if (s.has("count")) {
+        frame_.numbers["count"] = answer ? *answer->count : 0;
+    }
+    const SD_UINT32 status = answer ? answer->status : fault_.status;
+    frame_.last = status;
+    if (status == 0 || s.has("kept")) {
+        return 0;
+    }
+    if (s.has("tolerating") && status == statuses.front()) {
+        return 0;
+    }
+    stop(status, s.quoted().empty() ? "" : "\"" + s.quoted());
+    return s.has("ignored") ? 0 : s.has("as") ? unhexNumber(s.after("as")) : status;
+}
+
+SD_UINT32 ExpansionRun::ignore(SD_UINT32 status)
+{
+    out_.ignored = out_.ignored || status != 0;
+    return 0;
+}
+
+SD_UINT32 ExpansionRun::make(const std::string &type, const std::string &line)
+{
+    if (event("lookup " + type + " <init> ()V", true) || event("create " + type, true)) {
+        return stop(ERR_JNI_NULL, line);
+    }
+    frame_.made = type;
+    frame_.objects[type] = {type, "new" + std::to_string(++created_)};
+    return 0;
+}
+
+SD_UINT32 ExpansionRun::block(const std::string &name, const ModelObject &object, const RecordView &view)
+{
+    const Statement &block = methodTable().blocks.at(name);
+    if (object.null) {
+        const SD_UINT32 status = stop(ERR_JNI_NULL, "\"" + block.quoted());
+        return block.has("unheard") ? 0 : status;
+    }
+    const ModelObject current = frame_.current;
+    const RecordView outer = frame_.view;
+    const auto objects = frame_.objects;
+    frame_.current = object;
+    frame_.view = view;
+    if (!block.has("classless") && block.body.front().verb() != "find") {
+        event("class " + nameOf(object));
+    }
+    const SD_UINT32 status = run(block.body);
+    frame_.current = current;
+    frame_.view = outer;
+    frame_.objects = objects;
+    return block.has("unheard") ? ignore(status) : status;
+}
+
+SD_UINT32 ExpansionRun::use(const Statement &s)
+{
+    for (const std::string &word : s.words) {
+        const std::size_t equals = word.find('=');
+        if (word[0] == '$' && equals != std::string::npos) {
+            frame_.numbers[word.substr(1, equals - 1)] = unhexNumber(word.substr(equals + 1));
+        }
+    }
+    const SD_UINT32 status = block(s.word(1), frame_.objects.at(s.word(2)), at(s.word(3)));
+    if (status == 0) {
+        return 0;
+    }
+    stop(status, s.quoted().empty() ? "" : "\"" + s.quoted());
+    return s.has("as") ? unhexNumber(s.after("as")) : status;
+}
+
+// A method works on a frame of its own, with the objects that it is called with.
+SD_UINT32 ExpansionRun::callMethod(const Statement &s)
+{
+    Frame outer = frame_;
+    frame_ = {};
+    for (std::size_t i = 2; i < s.words.size(); ++i) {
+        if (outer.objects.contains(s.words[i])) {
+            frame_.objects[s.words[i]] = outer.objects[s.words[i]];
+        }
+    }
+    const SD_UINT32 status = run(methodTable().methods.at(s.word(1)).body);
+    frame_ = std::move(outer);
+    if (status == 0 || s.has("ignored")) {
+        return ignore(status);
+    }
+    return stop(status, "\"" + s.quoted());
+}
+
+SD_UINT32 ExpansionRun::each(const Statement &s)
+{
+    for (frame_.slot = 0; frame_.slot < frame_.numbers["count"]; ++frame_.slot) {
+        if (SD_UINT32 status = run(s.body); status != 0) {
+            return s.quoted().empty() ? status : stop(status, s.word(2));
+        }
+    }
+    return 0;
+}
+
+SD_UINT32 ExpansionRun::element(std::size_t index, const std::string &line)
+{
+    if (event("element " + std::to_string(index), true)) {
+        return stop(ERR_JNI_NULL, line);
+    }
+    const std::string type = frame_.elements.substr(0, frame_.elements.find('['));
+    frame_.objects[type] = {type, type + (index == 0 ? "" : "#" + std::to_string(index + 1))};
+    return 0;
+}
+
+// Java's elements fill the records after the first, where there is a table.
+SD_UINT32 ExpansionRun::elements(const Statement &s)
+{
+    const std::string type = frame_.elements.substr(0, frame_.elements.find('['));
+    for (std::size_t i = 0; i < ARRAY_LENGTH; ++i) {
+        if (SD_UINT32 status = element(i, s.word(1)); status != 0) {
+            return status;
+        }
+        frame_.slot = i + 1;
+        frame_.current = frame_.objects[type];
+        if (SD_UINT32 status = run(s.body); status != 0) {
+            return status;
+        }
+    }
+    return 0;
+}
+
+// The device database: slots in use are handed to the statements below, until as many as counted are found.
+SD_UINT32 ExpansionRun::walk(const Statement &s)
+{
+    const std::string &record = s.word(2);
+    const SD_UINT32 counted = frame_.numbers["count"];
+    SD_UINT32 found = 0;
+    for (SD_UINT32 slot = 0; slot < SLOTS && found != counted;) {
+        const Layout &layout = methodTable().record(record);
+        frame_.records[record].assign(layout.size, '\0');
+        const std::string arguments = " " + hex(handleOf(dev_)) + " " + hex(slot);
+        const std::optional<Answer> answer = operate(s.word(1), arguments, record, layout.size);
+        frame_.last = answer ? answer->status : fault_.status;
+        if (frame_.last != 0) {
+            stop(frame_.last, s.word(3));
+        }
+        if (valueOf("$" + record + ".DeviceState") != 0) {
+            frame_.numbers["index"] = found++;
+            if (SD_UINT32 status = run(s.body); status != 0) {
+                return status;
+            }
+        }
+        const SD_UINT32 next = valueOf("$" + record + ".NextValid");
+        slot = next > slot && next < SLOTS ? next : slot + 1;
+    }
+    return 0;
+}
+
+// The second REPORT LUNS command, into the area that the first response calls for, and the units of its response.
+SD_UINT32 ExpansionRun::units(const Statement &s)
+{
+    const SD_UINT32 area = bigEndian(bytesAt("REPORT_LUNS.length")) > SMALL_AREA ? LARGE_AREA : SMALL_AREA;
+    const std::string cleared = area == LARGE_AREA ? "cleared" : "uncleared";
+    const Statement again{s.line,
+                          0,
+                          {"ask", s.word(1), "in", "TARGETINFORMATION", hex(area), "100", "out", "REPORT_LUNS", cleared,
+                           "tolerating", "20000077", s.word(2)},
+                          {}};
+    if (SD_UINT32 status = ask(again); status != 0) {
+        return status;
+    }
+    const SD_UINT32 commandStatus = frame_.last, length = bigEndian(bytesAt("REPORT_LUNS.length"));
+    if (length > LARGE_AREA) {
+        stop(length, s.word(3));
+        return ERR_BAD_DATA;
+    }
+    const SD_UINT32 reported = (length + ENTRY - 1) / ENTRY, held = (area - HEADER) / ENTRY;
+    if (reported > held) {
+        stop(0, s.word(4) + ": " + std::to_string(reported) + " reported, " + std::to_string(held) + " read\n");
+    }
+    const std::string bytes = frame_.records["REPORT_LUNS"] + std::string(LARGE_AREA, '\0');
+    std::vector<SD_UINT32> luns;
+    for (SD_UINT32 at = HEADER; at < std::min(length + HEADER, area); at += ENTRY) {
+        luns.push_back(unhexNumber(hex(bytes.data() + at, 2)));
+    }
+    if (length == 0) {
+        luns.push_back(0);
+    }
+    for (SD_UINT32 lun : luns) {
+        if (SD_UINT32 missing = lookUp(s.word(5), "(I)V", s.word(6)); missing != 0) {
+            ignore(missing);
+            return commandStatus;
+        }
+        event("call " + nameOf(frame_.current) + " " + s.word(5) + " " + std::to_string(lun));
+    }
+    return 0;
+}
+
+// Without a line, a file name that cannot be had only keeps the operation from being called.
+SD_UINT32 ExpansionRun::chars(const std::string &line)
+{
+    const bool null = frame_.objects.at("fileName").null;
+    frame_.hasChars = !null && !event("chars \"" + std::string(FILE_NAME) + "\"", true);
+    if (frame_.hasChars || line.empty()) {
+        return frame_.hasChars || null ? 0 : ignore(ERR_JNI_NULL);
+    }
+    return stop(ERR_JNI_NULL, line);
+}
+
+Expectation ExpansionRun::of(const Statement &method, unsigned nulls)
+{
+    unsigned bit = 0;
+    std::string kind = "status";
+    for (std::size_t i = 2; i < method.words.size() && method.words[i] != "peak"; ++i) {
+        const std::string &word = method.words[i];
+        if (word == "->") {
+            kind = method.words[++i];
+            continue;
+        }
+        frame_.objects[word] = {word, word, (nulls >> bit++ & 1U) != 0};
+        if (word.ends_with("[]")) {
+            frame_.elements = word;
+            const std::string type = word.substr(0, word.size() - 2);
+            nameOf({type, type});
+            nameOf({type, type + "#2"});
+        } else if (word != "fileName") {
+            nameOf(frame_.objects[word]);
+        }
+    }
+    const bool files = frame_.objects.contains("fileName");
+    const SD_UINT32 status = run(method.body);
+    if (files && frame_.hasChars) {
+        event("give back \"" + std::string(FILE_NAME) + "\"");
+    }
+    out_.result = kind == "nothing"                                    ? "done"
+                  : kind == "boolean"                                  ? (status == 0 ? "true" : "false")
+                  : status != 0 && kind != "status" && kind != "count" ? "null"
+                  : kind == "text"                                     ? frame_.text
+                  : kind == "object"                                   ? nameOf(frame_.objects[frame_.made])
+                  : kind == "count" && status == 0                     ? hex(frame_.numbers["count"])
+                                                                       : hex(status);
+    return out_;
+}
