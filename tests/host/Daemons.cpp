@@ -186,8 +186,8 @@ void TargetDaemon::removeTarget(int target)
 
 void TargetDaemon::addUnit(int target, int lun)
 {
-    administer({"--mode", "logicalunit", "--op", "new", "--tid", std::to_string(target), "--lun",
-                std::to_string(lun), "--bstype", "null", "-b", "/dev/null"});
+    administer({"--mode", "logicalunit", "--op", "new", "--tid", std::to_string(target), "--lun", std::to_string(lun),
+                "--bstype", "null", "-b", "/dev/null"});
 }
 
 void TargetDaemon::addDisk(int target, int lun, SD_UINT64 bytes, unsigned blockSize)
@@ -195,15 +195,14 @@ void TargetDaemon::addDisk(int target, int lun, SD_UINT64 bytes, unsigned blockS
     const std::string file = folder_.path + "/disk" + std::to_string(target) + "." + std::to_string(lun);
     std::ofstream(file).close();
     std::filesystem::resize_file(file, bytes); // takes no room on the disk
-    administer({"--mode", "logicalunit", "--op", "new", "--tid", std::to_string(target), "--lun",
-                std::to_string(lun), "-b", file, "--blocksize", std::to_string(blockSize)});
+    administer({"--mode", "logicalunit", "--op", "new", "--tid", std::to_string(target), "--lun", std::to_string(lun),
+                "-b", file, "--blocksize", std::to_string(blockSize)});
 }
 
 void TargetDaemon::addAccount(int target, const std::string &name, const std::string &secret, bool outgoing)
 {
     administer({"--mode", "account", "--op", "new", "--user", name, "--password", secret});
-    std::vector<std::string> bind{"--mode", "account",          "--op",   "bind",
-                                  "--tid",  std::to_string(target), "--user", name};
+    std::vector<std::string> bind{"--mode", "account", "--op", "bind", "--tid", std::to_string(target), "--user", name};
     if (outgoing) {
         bind.emplace_back("--outgoing");
     }
@@ -229,9 +228,9 @@ void TargetDaemon::start()
 {
     const bool six = address_.find(':') != std::string::npos;
     const std::string portal = (six ? "[" + address_ + "]" : address_) + ":" + std::to_string(port_);
-    process_ = std::make_unique<ChildProcess>(
-        std::vector<std::string>{"tgtd", "-f", "--iscsi", "portal=" + portal}, folder_.path + "/log",
-        std::vector<std::string>{"TGT_IPC_SOCKET=" + folder_.path + "/control"});
+    process_ = std::make_unique<ChildProcess>(std::vector<std::string>{"tgtd", "-f", "--iscsi", "portal=" + portal},
+                                              folder_.path + "/log",
+                                              std::vector<std::string>{"TGT_IPC_SOCKET=" + folder_.path + "/control"});
     await("tgtd", [&] { return tell({"--mode", "system", "--op", "show"}); });
     for (const auto &arguments : history_) {
         if (!tell(arguments)) {
@@ -295,8 +294,7 @@ Pdu ScriptedConnection::receive()
 {
     Pdu pdu;
     receive(pdu.header);
-    const std::size_t length =
-        static_cast<std::size_t>(pdu.header[5] << 16 | pdu.header[6] << 8 | pdu.header[7]);
+    const std::size_t length = static_cast<std::size_t>(pdu.header[5] << 16 | pdu.header[6] << 8 | pdu.header[7]);
     pdu.data.resize((length + 3) / 4 * 4);
     receive(pdu.data);
     return pdu;

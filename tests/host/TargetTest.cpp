@@ -146,8 +146,12 @@ TEST_F(Target, ChapProvesBothSides)
         {"target asked for no proof gives none", MUTUAL, another, {}, Reach::session, 0},
         {"target without a secret cannot prove itself", GUARDED, initiator, target, Reach::authentication, 0x0201},
         {"target that wants no CHAP does not prove itself", OPEN, initiator, target, Reach::authentication, 0},
-        {"secret that libiscsi cannot take", GUARDED, credentials("initiator", std::string("with\0zero byte", 14)), {},
-         Reach::authentication, 0},
+        {"secret that libiscsi cannot take",
+         GUARDED,
+         credentials("initiator", std::string("with\0zero byte", 14)),
+         {},
+         Reach::authentication,
+         0},
     };
     for (const Case &tried : cases) {
         SessionRequest request = to(tried.name);
