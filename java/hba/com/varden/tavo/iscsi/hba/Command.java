@@ -39,6 +39,10 @@ abstract class Command implements Callable<Integer> {
             .description("Show this help and exit.").build());
         spec.addOption(OptionSpec.builder("--debug").type(boolean.class)
             .description("Show the Java stack trace of a failure.").build());
+        // Taken by the launcher, which starts the VM in the folder of the library; here for help and completion.
+        spec.addOption(OptionSpec.builder("--library").type(String.class).paramLabel("LIBRARY")
+            .completionCandidates(List.of("software", "host"))
+            .description("Management library: software, host, or the folder of another one.").build());
         spec.usageMessage().exitCodeListHeading("Exit status:%n").exitCodeList(exitStatuses()).sortOptions(false);
     }
 
