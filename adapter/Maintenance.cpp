@@ -8,14 +8,9 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
-#include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 
 namespace
@@ -106,26 +101,6 @@ std::string crashReport(Adapter &adapter)
     return report;
 }
 
-// Writes a file whole or not at all. What is there and is no ordinary file (a device, a folder) is left alone.
-void writeWhole(const char *fileName, const std::string &text)
-{
-    static std::atomic<unsigned> number{0};
-    char resolved[PATH_MAX];
-    const std::string path = realpath(fileName, resolved) == nullptr ? fileName : resolved;
-    struct stat properties {
-    };
-    require(stat(path.c_str(), &properties) == 0 ? S_ISREG(properties.st_mode) : errno == ENOENT, ERR_OUTPUT_FILE);
-
-    const std::string next = path + "." + std::to_string(getpid()) + "." + std::to_string(++number) + ".new";
-    const Descriptor file(open(next.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    require(bool(file), ERR_OUTPUT_FILE);
-    const std::span bytes(reinterpret_cast<const SD_UINT8 *>(text.data()), text.size());
-    if (!writeAll(file.number(), bytes) || fdatasync(file.number()) != 0 || rename(next.c_str(), path.c_str()) != 0) {
-        unlink(next.c_str());
-        throw Failure{ERR_OUTPUT_FILE};
-    }
-}
-
 // What waits for the reset comes into force.
 template <std::size_t Size>
 void activate(SD_UINT8 (&current)[Size], SD_UINT8 (&next)[Size])
@@ -172,7 +147,7 @@ SD_UINT32 SDGetCrashRecord(SDMGT_HANDLE handle, const char *fileName)
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(fileName);
-        writeWhole(fileName, crashReport(adapter));
+        require(replaceFile(fileName, crashReport(adapter)), ERR_OUTPUT_FILE);
     });
 }
 

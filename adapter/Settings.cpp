@@ -1,9 +1,9 @@
 #include "Settings.h"
 
-#include <algorithm>
-#include <cstring>
-
 #include <string.h>
+
+#include <algorithm>
+#include <iterator>
 
 SharedChap shareChap(const CHAPTABLE &record)
 {

@@ -1,8 +1,8 @@
 #include "TargetPort.h"
 
-#include <algorithm>
-
 #include <string.h>
+
+#include <algorithm>
 
 Secret::Secret(std::span<const SD_UINT8> bytes) : length_(std::min(bytes.size(), bytes_.size()))
 {

@@ -23,11 +23,51 @@ case $(readlink -f -- "$(command -v "$java")") in
     ;;
 esac
 
-# The bridge looks for ./libvdsdm.so.
+# --library belongs to the launcher, wherever it stands on the command line; all other arguments keep their order.
+library=
+left=$#
+while [ "$left" -gt 0 ]; do
+  argument=$1
+  shift
+  left=$((left - 1))
+  case $argument in
+    --library=?*) library=${argument#*=} ;;
+    --library | --library=)
+      if [ "$argument" = --library= ] || [ "$left" = 0 ] || [ -z "$1" ]; then
+        echo "hba: --library needs a value: software, host, or a folder." >&2
+        exit 2
+      fi
+      library=$1
+      shift
+      left=$((left - 1))
+      ;;
+    --)
+      set -- "$@" --
+      while [ "$left" -gt 0 ]; do
+        set -- "$@" "$1"
+        shift
+        left=$((left - 1))
+      done
+      ;;
+    *) set -- "$@" "$argument" ;;
+  esac
+done
+
+# The bridge looks for ./libvdsdm.so. File names of the command line count from the caller's folder.
 directory=$PWD
-libraries=${HBA_LIBRARY_DIR:-$libraries/vdsdm}
+if ! [ . -ef "$directory" ]; then
+  echo "hba: the current folder, $directory, no longer exists." >&2
+  exit 2
+fi
+case $library in
+  "") libraries=${HBA_LIBRARY_DIR:-$libraries/vdsdm} ;;
+  software) libraries=$libraries/vdsdm ;;
+  host) libraries=$libraries/vdsdm-host ;;
+  *) libraries=$library ;;
+esac
 if ! CDPATH='' cd -- "$libraries" 2>/dev/null; then
-  echo "hba: the folder of the management library, $libraries, cannot be entered. Name it with HBA_LIBRARY_DIR." >&2
+  echo "hba: the folder of the management library, $libraries, cannot be entered." \
+    "Name it with --library or HBA_LIBRARY_DIR." >&2
   exit 3
 fi
 

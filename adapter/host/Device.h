@@ -6,13 +6,13 @@
 #include <string>
 
 struct Device {
-    std::string driver;        // empty when there is none, as for the loopback interface
+    std::string driver; // empty when there is none, as for the loopback interface
     std::string driverVersion;
     std::string firmware;
-    std::string busAddress;    // "0000:00:03.0"
+    std::string busAddress; // "0000:00:03.0"
     std::string maker;
-    std::string model;         // never empty: where nothing better is known, what the interface is
-    SD_UINT16 vendorId = 0;    // of PCI or USB; 0 for devices that are on neither
+    std::string model;      // never empty: where nothing better is known, what the interface is
+    SD_UINT16 vendorId = 0; // of PCI or USB; 0 for devices that are on neither
     SD_UINT16 deviceId = 0;
     SD_UINT16 subVendorId = 0;
     SD_UINT16 subSystemId = 0;

@@ -13,16 +13,6 @@ namespace
 
 constexpr SD_UINT8 SENSE_UNIT_ATTENTION = 0x6;
 
-// Bits of an entry's iSCSI options that libiscsi lets negotiate.
-constexpr SD_UINT16 OPTION_HEADER_DIGEST = 0x2000;
-constexpr SD_UINT16 OPTION_NO_IMMEDIATE_DATA = 0x0800;
-constexpr SD_UINT16 OPTION_INITIAL_R2T = 0x0400;
-
-bool isLinkLocal(const ISCSIIPADDR &address)
-{
-    return address.IPAddress[0] == 0xFE && (address.IPAddress[1] & 0xC0) == 0x80;
-}
-
 bool isUnitAttention(const CommandResult &result)
 {
     return result.status == SCSI_CHECK_CONDITION && result.sense.size() > 2
@@ -36,7 +26,6 @@ bool same(const std::optional<Credentials> &one, const std::optional<Credentials
     }
     return one->name == other->name && std::ranges::equal(one->secret.bytes(), other->secret.bytes());
 }
-
 
 // Tells what a session has sent and received since the last time.
 void countTraffic(Session &session, SD_UINT64 commands, PortObserver &observer)
@@ -196,27 +185,6 @@ void EntrySession::giveBack(std::unique_ptr<Session> session, const LoginResult 
     for (const LoginDone &tell : done) {
         tell(login);
     }
-}
-
-SessionParameters parametersOf(const SessionRequest &request, const std::string &interfaceName)
-{
-    SessionParameters parameters;
-    ISCSIIPADDR address = request.target.address;
-    setAddressType(address);
-    const std::string zone = isLinkLocal(address) ? "%" + interfaceName : "";
-    const std::string host = address.Type == ADDRESS_IPV6 ? "[" + toText(address) + zone + "]" : toText(address);
-    parameters.portal = host + ":" + std::to_string(request.target.port);
-    parameters.targetName = request.target.name;
-    parameters.initiatorName = request.initiatorName;
-    parameters.initiatorAlias = request.initiatorAlias;
-    parameters.own = request.own;
-    parameters.targets = request.targets;
-    const SD_UINT16 options = request.parameters.iSCSIOptions;
-    parameters.headerDigest = (options & OPTION_HEADER_DIGEST) != 0;
-    parameters.immediateData = (options & OPTION_NO_IMMEDIATE_DATA) == 0;
-    parameters.initialR2t = (options & OPTION_INITIAL_R2T) != 0;
-    parameters.keepAlive = request.parameters.keepAliveTimeout;
-    return parameters;
 }
 
 void logOut(std::vector<std::unique_ptr<Session>> sessions, PortObserver &observer)

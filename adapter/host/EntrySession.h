@@ -56,9 +56,6 @@ private:
     std::vector<LoginDone> done_;
 };
 
-// What libiscsi is told of a request.
-SessionParameters parametersOf(const SessionRequest &request, const std::string &interfaceName);
-
 // How long a target has for the answer to a logout.
 inline constexpr std::chrono::milliseconds LOGOUT_TIME{1000};
 

@@ -19,7 +19,8 @@ namespace
 {
 
 constexpr const char *NAME_PREFIX = "iqn.2004-07.com.varden.tavo:host-";
-constexpr SD_UINT16 HALF_KIBIBYTES_256K = 512; // the segment and burst sizes that libiscsi offers, in units of 512 bytes
+constexpr SD_UINT16 HALF_KIBIBYTES_256K =
+    512; // the segment and burst sizes that libiscsi offers, in units of 512 bytes
 constexpr SD_UINT32 LIBISCSI_TRANSFER = 0xFFFFFF;
 
 // The interfaces that are adapters: those that TAVO_ADAPTER_INTERFACES names, in its order, else those with an address
@@ -29,8 +30,7 @@ std::vector<KernelLink> adapterLinks()
     std::vector<KernelLink> links = readLinks();
     const char *named = std::getenv("TAVO_ADAPTER_INTERFACES");
     if (named == nullptr || *named == '\0') {
-        std::erase_if(links,
-                      [](const KernelLink &link) { return link.loopback || readAddresses(link.index).empty(); });
+        std::erase_if(links, [](const KernelLink &link) { return link.loopback || readAddresses(link.index).empty(); });
         return links;
     }
     std::vector<KernelLink> chosen;

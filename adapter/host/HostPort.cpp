@@ -115,8 +115,8 @@ std::optional<std::vector<ARPTABLE>> HostPort::neighbours()
         entry.ipAddr = neighbour.address;
         std::ranges::copy(neighbour.mac, entry.macAddr);
         entry.valid = 1;
-        entry.time_in = static_cast<SD_UINT8>(
-            std::min<SD_UINT32>(neighbour.seconds / 60, std::numeric_limits<SD_UINT8>::max()));
+        entry.time_in =
+            static_cast<SD_UINT8>(std::min<SD_UINT32>(neighbour.seconds / 60, std::numeric_limits<SD_UINT8>::max()));
         table.push_back(entry);
     }
     return table;
@@ -171,7 +171,9 @@ void HostPort::login(const SessionRequest &request, LoginDone done)
     dones.push_back(std::move(done));
     session->announceLogin(std::move(dones));
     loop_->add({[session] { return session->beginLogin(); }, request.deadline,
-                [session](std::unique_ptr<Session> ended) { session->endLogin(std::move(ended)); }});
+                [session](std::unique_ptr<Session> ended) {
+                    session->endLogin(std::move(ended));
+                }});
 }
 
 void HostPort::logout(SD_UINT32 index)
@@ -239,7 +241,9 @@ std::shared_ptr<EntrySession> HostPort::sessionFor(const SessionRequest &request
                             (*leaving)->beginLogout();
                             return std::move(*leaving);
                         },
-                        LOGOUT_TIME, [](const std::unique_ptr<Session> &) {}});
+                        LOGOUT_TIME,
+                        [](const std::unique_ptr<Session> &) {
+                        }});
         }
     }
     return session;

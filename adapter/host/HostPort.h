@@ -40,7 +40,7 @@ private:
 
     const std::string interfaceName_;
     PortObserver &observer_;
-    std::mutex mutex_; // guards sessions_
+    std::mutex mutex_;                                            // guards sessions_
     std::map<SD_UINT32, std::shared_ptr<EntrySession>> sessions_; // by the entry's index
     std::unique_ptr<SessionLoop> loop_;
 };

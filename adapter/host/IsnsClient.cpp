@@ -17,7 +17,7 @@ namespace
 {
 
 constexpr SD_UINT16 ISNS_PORT = 3205;
-constexpr SD_UINT16 ANSWER = 0x8000;           // in the function of an answer
+constexpr SD_UINT16 ANSWER = 0x8000;            // in the function of an answer
 constexpr std::size_t LONGEST_ANSWER = 4 << 20; // bytes; more than any number of targets that a caller takes
 constexpr SD_UINT32 STATUS_NO_SUCH_ENTRY = 9;
 
@@ -32,8 +32,7 @@ public:
     Conversation(const SocketAddress &server, Deadline deadline)
         : socket_(socket(server.family(), SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)), deadline_(deadline)
     {
-        if (!socket_
-            || (connect(socket_.number(), server.get(), server.size) != 0 && errno != EINPROGRESS)
+        if (!socket_ || (connect(socket_.number(), server.get(), server.size) != 0 && errno != EINPROGRESS)
             || !isReady(POLLOUT)) {
             throw Ended{Reach::unreachable};
         }

@@ -1,5 +1,5 @@
-// Messages of iSNS, see IsnsMessage.h. A message is a header and attributes; an attribute is a tag, a length and a value
-// filled up to words. All numbers are big-endian.
+// Messages of iSNS, see IsnsMessage.h. A message is a header and attributes; an attribute is a tag, a length and a
+// value filled up to words. All numbers are big-endian.
 #include "IsnsMessage.h"
 
 #include "Fields.h"

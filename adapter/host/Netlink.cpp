@@ -1,8 +1,8 @@
 // Dumps of rtnetlink tables, see Netlink.h.
 #include "Netlink.h"
 
-#include "Files.h"
 #include "Fields.h"
+#include "Files.h"
 
 #include <linux/if_addr.h>
 #include <linux/if_link.h>
@@ -164,8 +164,8 @@ std::vector<KernelNeighbour> readNeighbours(unsigned link)
             if (found.ndm_ifindex == static_cast<int>(link) && found.ndm_family == family
                 && (found.ndm_state & known) != 0 && attributes[NDA_LLADDR].size() == sizeof(MacAddress)) {
                 const auto times = valueOf<nda_cacheinfo>(attributes[NDA_CACHEINFO]);
-                neighbours.push_back({addressOf(attributes[NDA_DST]), macOf(attributes[NDA_LLADDR]),
-                                      times.ndm_confirmed / ticks});
+                neighbours.push_back(
+                    {addressOf(attributes[NDA_DST]), macOf(attributes[NDA_LLADDR]), times.ndm_confirmed / ticks});
             }
         });
         std::stable_sort(neighbours.begin() + first, neighbours.end(),

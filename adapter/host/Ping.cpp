@@ -22,7 +22,7 @@
 namespace
 {
 
-constexpr std::size_t ECHO_SIZE = 64;      // bytes of an echo with its data
+constexpr std::size_t ECHO_SIZE = 64; // bytes of an echo with its data
 constexpr std::size_t LONGEST_ANSWER = 2048;
 constexpr SD_UINT8 ECHO_REQUEST_6 = 128;
 constexpr SD_UINT8 ECHO_REPLY_6 = 129;

@@ -1,37 +1,32 @@
 // An iSCSI session by libiscsi, see Session.h.
 #include "Session.h"
 
-#include "Fields.h"
+#include "PipeSignal.h"
 #include "ScsiStandard.h"
+#include "SocketAddress.h"
 
 #include <iscsi/iscsi.h>
 #include <iscsi/scsi-lowlevel.h>
 #include <linux/tcp.h>
 #include <netinet/in.h>
-#include <pthread.h>
 #include <sys/ioctl.h>
-#include <sys/random.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
-#include <csignal>
 #include <cstring>
-#include <ctime>
 #include <new>
-#include <string_view>
 #include <utility>
 
 namespace
 {
 
-constexpr std::size_t HEADER_SIZE = 48;              // bytes of a PDU without data
+constexpr std::size_t HEADER_SIZE = 48; // bytes of a PDU without data
 constexpr SD_UINT8 OPCODE_MASK = 0x3F;
 constexpr SD_UINT8 LOGIN_RESPONSE = 0x23;
-constexpr std::size_t LONGEST_LOGIN_ANSWER = 8192;   // bytes of data that the standard allows while logging in
-constexpr std::size_t SENSE_PREFIX = 2;    // bytes that tell the length of the sense data
+constexpr std::size_t LONGEST_LOGIN_ANSWER = 8192; // bytes of data that the standard allows while logging in
+constexpr std::size_t SENSE_PREFIX = 2;            // bytes that tell the length of the sense data
 
 constexpr SD_UINT16 LOGIN_AUTHENTICATION_FAILED = 0x0201;
 constexpr SD_UINT16 LOGIN_NOT_AUTHORISED = 0x0202;
@@ -51,121 +46,9 @@ std::size_t padded(std::size_t bytes)
     return (bytes + 3) & ~std::size_t{3};
 }
 
-// libiscsi writes to sockets without MSG_NOSIGNAL: while this lives, a connection that is gone is an error for the
-// calling thread and no signal for its process.
-class WithoutPipeSignal
-{
-public:
-    WithoutPipeSignal()
-    {
-        sigemptyset(&pipe_);
-        sigaddset(&pipe_, SIGPIPE);
-        sigset_t before;
-        pthread_sigmask(SIG_BLOCK, &pipe_, &before);
-        wasBlocked_ = sigismember(&before, SIGPIPE) == 1;
-    }
-    WithoutPipeSignal(const WithoutPipeSignal &) = delete;
-    WithoutPipeSignal &operator=(const WithoutPipeSignal &) = delete;
-    ~WithoutPipeSignal()
-    {
-        if (wasBlocked_) {
-            return; // the caller's own affair
-        }
-        constexpr timespec noWait{};
-        while (sigtimedwait(&pipe_, nullptr, &noWait) == SIGPIPE) {
-        }
-        pthread_sigmask(SIG_UNBLOCK, &pipe_, nullptr);
-    }
-
-private:
-    sigset_t pipe_;
-    bool wasBlocked_;
-};
-
-// Two processes, and two sessions of one, never share an initiator session ID: a target would end the older session.
-void setRandomSessionId(iscsi_context *context)
-{
-    std::array<SD_UINT8, 5> random{};
-    if (getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
-        return; // libiscsi made one from clock and process
-    }
-    iscsi_set_isid_random(context, static_cast<SD_UINT32>(random[0] << 16 | random[1] << 8 | random[2]),
-                          static_cast<SD_UINT32>(random[3] << 8 | random[4]));
-}
-
-// libiscsi takes a secret as terminated text: one with a zero byte in it cannot be handed over.
-bool canBeHandedOver(const std::optional<Credentials> &credentials)
-{
-    return !credentials || std::ranges::find(credentials->secret.bytes(), SD_UINT8{0}) == credentials->secret.bytes().end();
-}
-
-// Lends name and secret to use as terminated texts; the copy of the secret is wiped.
-template <typename Use>
-void lend(const std::optional<Credentials> &credentials, Use &&use)
-{
-    if (!credentials) {
-        return;
-    }
-    std::array<char, sizeof CHAPTABLE::ChapSecret + 1> secret{};
-    std::ranges::copy(credentials->secret.bytes(), secret.begin());
-    use(credentials->name.c_str(), secret.data());
-    explicit_bzero(secret.data(), secret.size());
-}
-
-void configure(iscsi_context *context, const SessionParameters &parameters)
-{
-    iscsi_set_noautoreconnect(context, 1);
-    iscsi_set_alias(context, parameters.initiatorAlias.c_str());
-    setRandomSessionId(context);
-    if (parameters.targetName.empty()) {
-        iscsi_set_session_type(context, ISCSI_SESSION_DISCOVERY);
-    } else {
-        iscsi_set_session_type(context, ISCSI_SESSION_NORMAL);
-        iscsi_set_targetname(context, parameters.targetName.c_str());
-    }
-    iscsi_set_header_digest(context,
-                            parameters.headerDigest ? ISCSI_HEADER_DIGEST_CRC32C_NONE : ISCSI_HEADER_DIGEST_NONE);
-    iscsi_set_immediate_data(context, parameters.immediateData ? ISCSI_IMMEDIATE_DATA_YES : ISCSI_IMMEDIATE_DATA_NO);
-    iscsi_set_initial_r2t(context, parameters.initialR2t ? ISCSI_INITIAL_R2T_YES : ISCSI_INITIAL_R2T_NO);
-    if (parameters.keepAlive > 0) {
-        iscsi_set_tcp_keepidle(context, parameters.keepAlive);
-        iscsi_set_tcp_keepintvl(context, parameters.keepAlive);
-    }
-    lend(parameters.own, [&](const char *name, const char *secret) {
-        iscsi_set_initiator_username_pwd(context, name, secret);
-    });
-    lend(parameters.targets, [&](const char *name, const char *secret) {
-        iscsi_set_target_username_pwd(context, name, secret);
-    });
-}
-
 bool isRecovered(const std::vector<SD_UINT8> &sense)
 {
     return sense.size() > 2 && (sense[2] & 0x0F) == SENSE_RECOVERED_ERROR;
-}
-
-// A portal as SendTargets tells it: "10.0.0.1:3260,1" or "[fd00::1]:3260,1", the last number being the portal group.
-// Nothing for a host's name: looking it up could take longer than any deadline.
-std::optional<TargetAddress> parsePortal(std::string_view text, const std::string &targetName)
-{
-    constexpr SD_UINT16 usualPort = 3260;
-    text = text.substr(0, text.rfind(','));
-    const bool bracketed = text.starts_with('[');
-    const std::size_t end = bracketed ? text.find(']') : text.find(':');
-    const std::string_view host = text.substr(bracketed ? 1 : 0, bracketed ? end - 1 : end);
-    const std::size_t colon = end == std::string_view::npos ? end : text.find(':', end);
-    TargetAddress portal{makeAddress(host), usualPort, targetName};
-    if (isZero(portal.address)) {
-        return std::nullopt;
-    }
-    if (colon != std::string_view::npos) {
-        const char *last = text.data() + text.size();
-        const auto [rest, error] = std::from_chars(text.data() + colon + 1, last, portal.port);
-        if (error != std::errc() || rest != last) {
-            return std::nullopt;
-        }
-    }
-    return portal;
 }
 
 } // namespace
@@ -177,6 +60,7 @@ void Session::FreeTask::operator()(scsi_task *task) const
 
 void Session::DestroyContext::operator()(iscsi_context *context) const
 {
+    forgetSecrets(context);
     iscsi_destroy_context(context);
 }
 
@@ -222,8 +106,8 @@ void Session::serve(short ready)
     if (phase_ == Phase::loggingIn && (ready & (POLLIN | CLOSED_EVENTS)) != 0 && !loginAnswerArrived(ready)) {
         return;
     }
-    const bool failed = iscsi_service(context_.get(), ready & ~POLLRDHUP) != 0
-                        || iscsi_out_queue_length(context_.get()) > MOST_UNSENT;
+    const bool failed =
+        iscsi_service(context_.get(), ready & ~POLLRDHUP) != 0 || iscsi_out_queue_length(context_.get()) > MOST_UNSENT;
     if (failed && phase_ != Phase::ended) {
         end(phase_ == Phase::loggingIn ? reachOfFailedLogin() : Reach::unreachable);
     }
@@ -274,8 +158,8 @@ void Session::beginCommand(SD_UINT16 lun, std::span<const SD_UINT8> command, std
     const std::size_t length = std::min(command.size(), copy.size());
     std::copy_n(command.begin(), length, copy.begin());
     const int expected = static_cast<int>(allocation);
-    task_.reset(scsi_create_task(static_cast<int>(length), copy.data(),
-                                 expected == 0 ? SCSI_XFER_NONE : SCSI_XFER_READ, expected));
+    task_.reset(scsi_create_task(static_cast<int>(length), copy.data(), expected == 0 ? SCSI_XFER_NONE : SCSI_XFER_READ,
+                                 expected));
     if (!task_) {
         throw std::bad_alloc();
     }
@@ -354,9 +238,7 @@ void Session::onLoggedIn(iscsi_context *context, int status, void * /*data*/, vo
         self.end(self.reachOfFailedLogin());
         return;
     }
-    // libiscsi keeps its copies of the secrets in fields that it fills up with zeros.
-    iscsi_set_initiator_username_pwd(context, "", "");
-    iscsi_set_target_username_pwd(context, "", "");
+    forgetSecrets(context);
     self.setLowWater(1);
     self.count(ALL, ALL); // its PDUs were counted one by one
     self.phase_ = Phase::idle;

@@ -6,32 +6,17 @@
 #pragma once
 
 #include "Deadline.h"
+#include "SessionParameters.h"
 #include "TargetPort.h"
 
 #include <poll.h>
 
 #include <memory>
-#include <optional>
 #include <span>
-#include <string>
 #include <vector>
 
 struct iscsi_context;
 struct scsi_task;
-
-// What a login needs.
-struct SessionParameters {
-    std::string portal;     // numeric address and TCP port, "10.0.0.1:3260" or "[fe80::1%eth0]:3260"
-    std::string targetName; // empty for a discovery session
-    std::string initiatorName;
-    std::string initiatorAlias;
-    std::optional<Credentials> own;     // to log in with
-    std::optional<Credentials> targets; // by which the target has to prove itself
-    bool headerDigest = false;          // ask for CRC32C, accept none
-    bool immediateData = true;
-    bool initialR2t = false;
-    int keepAlive = 0; // seconds of silence before TCP asks the target; 0 is libiscsi's value
-};
 
 // What went over the wire.
 struct Traffic {
@@ -112,7 +97,7 @@ private:
     CommandResult result_;
     std::vector<OfferedTarget> targets_;
     Traffic traffic_;
-    SD_UINT64 sentBefore_ = 0;     // bytes that the connection had carried when they were counted last
+    SD_UINT64 sentBefore_ = 0; // bytes that the connection had carried when they were counted last
     SD_UINT64 receivedBefore_ = 0;
 };
 

@@ -46,7 +46,7 @@ private:
     void wait();
     void serve();
 
-    Descriptor wake_;          // readable when there is something new
+    Descriptor wake_; // readable when there is something new
     std::list<Running> running_;
     std::vector<pollfd> waits_; // of wake_, then of running_ in their order
 

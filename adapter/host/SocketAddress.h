@@ -1,11 +1,13 @@
-// Addresses of the contract's records for the socket functions.
+// Addresses of the contract's records for the socket functions, and those that portals are told by.
 #pragma once
 
-#include "Exported.h"
+#include "TargetPort.h"
 
 #include <sys/socket.h>
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 struct SocketAddress {
     sockaddr_storage storage{};
@@ -23,3 +25,7 @@ struct SocketAddress {
 
 // A link-local address counts on the interface's link.
 SocketAddress socketAddress(const ISCSIIPADDR &address, SD_UINT16 port, const std::string &interfaceName);
+
+// A portal as SendTargets tells it: "10.0.0.1:3260,1" or "[fd00::1]:3260,1", the last number being the portal group.
+// Nothing for a host's name: looking it up could take longer than any deadline.
+std::optional<TargetAddress> parsePortal(std::string_view text, const std::string &targetName);

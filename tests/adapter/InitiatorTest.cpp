@@ -464,6 +464,16 @@ TEST_F(Initiator, CrashRecordIsWholeOrNotThere)
     EXPECT_NE(report.find(targetName("array4.offline")), std::string::npos);
     EXPECT_EQ(report.find("secret"), std::string::npos);
     EXPECT_EQ(report.find("initiator-a"), std::string::npos);
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+    ASSERT_EQ(SDGetCrashRecord(handle, file.c_str()), 0U);
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms::owner_all) << "the mode stays";
+    std::filesystem::create_symlink(file, folder / "link");
+    EXPECT_EQ(SDGetCrashRecord(handle, (folder / "link").c_str()), 0U);
+    std::filesystem::permissions(folder, std::filesystem::perms::all);
+    EXPECT_EQ(SDGetCrashRecord(handle, (folder / "link").c_str()), ERR_OUTPUT_FILE) << "anybody may have made it";
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+    SDMGT_HANDLE traced = handle;
+    EXPECT_EQ(SDEnableDebugTraceiSCSI(&traced, (folder / "link").c_str(), 1), ERR_OUTPUT_FILE);
     EXPECT_EQ(SDGetCrashRecord(handle, (folder / "none" / "crash").c_str()), ERR_OUTPUT_FILE);
     EXPECT_EQ(SDGetCrashRecord(handle, folder.c_str()), ERR_OUTPUT_FILE);
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);

@@ -23,44 +23,55 @@ SD_UINT32 bigEndian(const std::string &bytes)
 }
 } // namespace
 
-// The case's answer to the operation's next call, or one from the seed.
-Answer ExpansionRun::answerOf(const std::string &operation, const std::string &record)
+// What the case says of the operation's calls, call by call.
+std::vector<std::vector<std::string>> ExpansionRun::saidOf(const std::string &operation) const
 {
-    std::vector<const Statement *> said;
+    std::vector<std::vector<std::string>> calls;
     for (const Statement &s : values_.oneCase.body) {
         if (s.verb() == "answer" && s.word(1) == operation) {
-            said.push_back(&s);
+            calls.emplace_back();
+            for (std::size_t i = 2; i < s.words.size(); ++i) {
+                if (s.words[i] == "/") {
+                    calls.emplace_back();
+                } else {
+                    calls.back().push_back(s.words[i]);
+                }
+            }
         }
     }
+    return calls;
+}
+
+// The answer to the operation's next call: what the case says, the rest from the seed.
+Answer ExpansionRun::answerOf(const std::string &operation, const std::string &record)
+{
+    const auto said = saidOf(operation);
     const std::size_t call = asked_[operation]++;
     std::vector<Answer> &answers = values_.answers[operation];
-    const bool last = !answers.empty() && (fault_.event >= 0 || (!said.empty() && answers.size() == said.size()));
+    const bool last = !answers.empty() && (fault_.event >= 0 || answers.size() == said.size());
     if (call < answers.size() || last) {
         return answers[std::min(call, answers.size() - 1)];
     }
+    std::map<std::string, std::string> values;
+    for (const std::string &word : said.empty() ? std::vector<std::string>{} : said[call]) {
+        values[word.substr(0, word.find('='))] = word.substr(word.find('=') + 1);
+    }
     Answer answer{0, "", 2};
-    const Statement *saying = said.empty() ? nullptr : said[call];
-    for (std::size_t i = 2; saying != nullptr && i < saying->words.size(); ++i) {
-        const std::string &word = saying->words[i];
-        if (word.starts_with("count=")) {
-            answer.count = unhexNumber(word.substr(6));
-        } else if (word.starts_with("status=")) {
-            answer.status = unhexNumber(word.substr(7));
+    if (values.contains("count")) {
+        answer.count = unhexNumber(values["count"]);
+    }
+    if (values.contains("status")) {
+        answer.status = unhexNumber(values["status"]);
+    }
+    if (!record.empty()) {
+        const Layout &layout = methodTable().record(record);
+        SeededValues seeded(values_.seed + operation + std::to_string(call));
+        for (std::size_t i = 0; i < std::max<std::size_t>(1, *answer.count); ++i) {
+            answer.bytes += seeded.record(layout, values_.full);
         }
-    }
-    if (record.empty()) {
-        answers.push_back(answer);
-        return answer;
-    }
-    const Layout &layout = methodTable().record(record);
-    SeededValues values(values_.seed + operation + std::to_string(call));
-    for (std::size_t i = 0; i < std::max<std::size_t>(1, *answer.count); ++i) {
-        answer.bytes += values.record(layout, values_.full);
-    }
-    for (const Field &field : layout.fields) {
-        for (std::size_t i = 2; saying != nullptr && i < saying->words.size(); ++i) {
-            if (saying->words[i].starts_with(field.name + "=")) {
-                answer.bytes.replace(field.offset, field.width, unhex(saying->words[i].substr(field.name.size() + 1)));
+        for (const Field &field : layout.fields) {
+            if (values.contains(field.name)) {
+                answer.bytes.replace(field.offset, field.width, unhex(values[field.name]));
             }
         }
     }

@@ -67,7 +67,6 @@ struct Outcome {
     std::string left; // what no call may do or leave behind, empty when there is nothing
     bool pending = false;
     bool failed = false; // the fault was met
-    unsigned unwiped = 0;
     Counts counts;
     std::string failedAt;
 };

@@ -98,7 +98,7 @@ final class FilesTest extends ToolTest {
         assertEquals("precious", Files.readString(file));
     }
 
-    /** After a power cut the old document or the new one is there: contents, rename and folder reach the disk in order. */
+    /** A power cut leaves the old document or the new one: contents, rename and folder reach the disk in order. */
     @Test
     void durable() throws IOException {
         Path log = tool.folder.resolve("order.log");

@@ -1,5 +1,6 @@
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertNotEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.IOException;
@@ -161,16 +162,13 @@ final class LaunchTest extends ToolTest {
     }
 
     @Test
-    void flashDamaged() throws IOException {
-        for (int dev = 0; dev < 2; dev++) {
-            tool.run("target set " + dev + " 1 --alias=x --force").expect(0);
-            Path file = tool.flash.resolve("adapter" + dev + ".flash");
-            byte[] bytes = Files.readAllBytes(file);
-            bytes[bytes.length / 2] ^= 1;
-            Files.write(file, bytes);
-        }
+    void settingsDamaged() throws IOException {
+        tool.run("target set 0 1 --alias=damage0 --yes").expect(0);
+        tool.run("target set 1 2 --alias=damage1 --yes").expect(0);
+        flip(tool.settingsFile(), "damage", "domage");
         tool.writeSampleFiles();
-        String before = tool.settings();
+        int before = tool.settings();
+        assertNotEquals(0, before);
         for (String command : commands()) {
             // Reading the version, and what never looks at the settings, works all the same.
             Tool.Result result = tool.run(command);
@@ -178,7 +176,8 @@ final class LaunchTest extends ToolTest {
                 result::toString);
         }
         assertEquals(before, tool.settings());
-        tool.run("show 0").expect(1).says("adapter0.flash is refused", "0x20000106 ERR_FLASH_DAMAGED");
+        tool.run("show 0").expect(1).says("settings.db is refused", "device database entry 1",
+            "0x20000106 ERR_FLASH_DAMAGED");
         assertEquals("", tool.run("show 0 --json").expect(1).out());
         // The others are listed all the same.
         Tool.Result adapters = tool.run("adapters").expect(1).says("adapter 0", "adapter 1").shows("10.22.0.5");

@@ -24,7 +24,7 @@ final class ShowTest extends ToolTest {
         {17, 3, 2, 2, 12, "array2.farm", "three hundred disks"},
         {42, 0, 0, 3, 13, "array3.empty", "nothing behind it"},
         {100, 2, 0, 1, 14, "array4.offline", "switched off"},
-        {511, 0, 3, 4, 13, LONG_NAME, "an alias of thirty-two character"},
+        {511, 0, 1, 4, 13, LONG_NAME, "an alias of thirty-two character"},
     };
 
     private static JsonElement session(String address, int throttle) {
@@ -45,13 +45,14 @@ final class ShowTest extends ToolTest {
         for (Object[] row : TARGETS) {
             int id = (Integer) row[0];
             String address = "10.20.0." + row[4];
+            boolean inSession = !row[6].equals("switched off");
             targets.add(Tool.document("""
-                {index: %d, targetID: %d, state: 2, options: 17, control: 2, exeCount: %d, targetSessionID: %d,
+                {index: %d, targetID: %d, state: %d, options: 17, control: 2, exeCount: %d, targetSessionID: %d,
                  initiatorSessionID: '80:00:01:17:%02x:%02x', reservedFlags: 0, DDBLink: 0, chapIndex: %d,
                  maxTxDataSegmentLen: 128, targetPortalGroupID: %d, nodeInfo: {iSCSIName:
                  'iqn.2004-07.com.varden.tavo:%s', alias: '%s', IPAddress: '%s', portalCount: 1}, deviceEntry: %s}""",
-                targets.size(), id, row[1], 256 + id, id >> 8, id & 0xFF, row[2], row[3], row[5], row[6], address,
-                session(address, 128)));
+                targets.size(), id, inSession ? 2 : 1, row[1], inSession ? 256 + id : 0, id >> 8, id & 0xFF, row[2],
+                row[3], row[5], row[6], address, session(address, 128)));
         }
         return targets;
     }

@@ -141,12 +141,33 @@ final class WritesTest extends ToolTest {
         tool.environment.put("LD_PRELOAD", FORGETFUL);
         Process process = tool.process(List.of("env", "--default-signal=" + signal, tool.launcher.toString(), "target",
             "load", "3", "large.json", "--yes")).redirectErrorStream(true).start();
-        Thread.sleep(3000);
+        // Some entries have been written when the store's log has grown.
+        Path log = tool.flash.resolve("settings.db-wal");
+        while (process.isAlive() && !(Files.exists(log) && Files.size(log) > 100_000)) {
+            Thread.sleep(20);
+        }
         new ProcessBuilder("kill", "-" + signal, Long.toString(process.pid())).start().waitFor();
         String said = new String(process.getInputStream().readAllBytes());
         assertEquals(status, process.waitFor(), said);
-        assertTrue(said.matches("(?s).*interrupted: target 0 to \\d+ \\(\\d+ of 512\\) was written, "
-            + "target \\d+ to 511 was not.*"), said);
+        assertTrue(said.matches("(?s).*interrupted: the targets 0 to \\d+ \\(\\d+ of 512\\) were "
+            + "written, the targets \\d+ to 511 were not.*"), said);
+    }
+
+    /** How many logged in, and for each reason the targets that did not. */
+    @Test
+    void logins() throws IOException {
+        tool.run("target set 0 100 --alias=x").expect(0).shows("It did not log in: nothing answers at this address.");
+        tool.run("target set 0 0 --alias=x").expect(0).shows("It logged in.");
+        tool.write("mixed.json", """
+            [{"targetID": 1, "nodeInfo": {"alias": "x"}}, {"targetID": 100}, {"targetID": 17, "state": 3},
+             {"targetID": 7, "nodeInfo": {"iSCSIName": "iqn.2004-07.com.example:none", "IPAddress": "10.20.0.11"}}]""");
+        tool.run("target load 0 mixed.json --yes").expect(0).shows("1 logged in, 2 did not:",
+            "  target 100: nothing answers at this address", "  target 7: the login was refused: 0203h not found");
+        assertEquals(Tool.document("{sessions: 1, failed: [{targetID: 7, reason: 'the login was refused: 0203h not "
+            + "found'}, {targetID: 100, reason: 'nothing answers at this address'}]}"),
+            tool.json("target load 0 mixed.json --yes").getAsJsonObject().get("logins"));
+        tool.run(tool.run("target list 0 --json").out(), "target", "load", "3", "-").expect(0)
+            .shows("0 logged in,", ": the adapter has no link");
     }
 
     @Test

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# An installation is whole in itself: it runs when sources, build tree and the Java VM beside them are gone, and when the
-# class archive is damaged. Usage: installed.sh SOURCE_DIR BUILD_DIR JAVA_HOME
+# An installation is whole in itself: it runs when sources, build tree and the Java VM beside them are gone, and when
+# the class archive is damaged. Usage: installed.sh SOURCE_DIR BUILD_DIR JAVA_HOME
 set -euo pipefail
 source=$1
 build=$2

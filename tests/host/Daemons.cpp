@@ -6,7 +6,7 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
-#include <sys/prctl.h>
+#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,13 +17,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
 namespace
 {
 
-constexpr const char *PATH = "PATH=/usr/sbin:/sbin:/usr/bin:/bin";
 constexpr auto START_TIME = std::chrono::seconds(10);
 
 std::string makeFolder()
@@ -51,7 +51,7 @@ void await(const std::string &what, Attempt &&attempt)
 // Where a program is; empty when it is not installed.
 std::string findProgram(const std::string &name)
 {
-    for (const std::string folder : {"/usr/sbin/", "/usr/bin/"}) {
+    for (const std::string folder : {TAVO_SERVERS "/usr/sbin/", "/usr/sbin/", "/usr/bin/"}) {
         if (access((folder + name).c_str(), X_OK) == 0) {
             return folder + name;
         }
@@ -107,25 +107,24 @@ TemporaryFolder::~TemporaryFolder()
 ChildProcess::ChildProcess(const std::vector<std::string> &command, const std::string &output,
                            const std::vector<std::string> &environment)
 {
+    // It does not outlive the test, however that ends.
+    std::vector<std::string> words{"/usr/bin/setpriv", "--pdeathsig", "KILL", findProgram(command.front())};
+    words.insert(words.end(), command.begin() + 1, command.end());
+    std::vector<std::string> assignments = environment;
     std::vector<char *> arguments;
-    for (const std::string &word : command) {
-        arguments.push_back(const_cast<char *>(word.c_str()));
-    }
+    std::ranges::transform(words, std::back_inserter(arguments), [](std::string &word) { return word.data(); });
     arguments.push_back(nullptr);
-    std::vector<char *> assignments{const_cast<char *>(PATH)};
-    for (const std::string &assignment : environment) {
-        assignments.push_back(const_cast<char *>(assignment.c_str()));
-    }
-    assignments.push_back(nullptr);
-    const std::string program = findProgram(command.front());
-    process_ = fork();
-    if (process_ == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL); // it does not outlive the test, however that ends
-        const int file = open(output.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-        dup2(file, STDOUT_FILENO);
-        dup2(file, STDERR_FILENO);
-        execve(program.c_str(), arguments.data(), assignments.data());
-        _exit(127);
+    std::vector<char *> variables;
+    std::ranges::transform(assignments, std::back_inserter(variables), [](std::string &text) { return text.data(); });
+    variables.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    const int error = posix_spawn(&process_, arguments[0], &actions, nullptr, arguments.data(), variables.data());
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) {
+        throw std::runtime_error(command.front() + " cannot be started");
     }
 }
 
@@ -187,8 +186,8 @@ void TargetDaemon::removeTarget(int target)
 
 void TargetDaemon::addUnit(int target, int lun)
 {
-    administer({"--mode", "logicalunit", "--op", "new", "--tid", std::to_string(target), "--lun",
-                std::to_string(lun), "--bstype", "null", "-b", "/dev/null"});
+    administer({"--mode", "logicalunit", "--op", "new", "--tid", std::to_string(target), "--lun", std::to_string(lun),
+                "--bstype", "null", "-b", "/dev/null"});
 }
 
 void TargetDaemon::addDisk(int target, int lun, SD_UINT64 bytes, unsigned blockSize)
@@ -196,15 +195,14 @@ void TargetDaemon::addDisk(int target, int lun, SD_UINT64 bytes, unsigned blockS
     const std::string file = folder_.path + "/disk" + std::to_string(target) + "." + std::to_string(lun);
     std::ofstream(file).close();
     std::filesystem::resize_file(file, bytes); // takes no room on the disk
-    administer({"--mode", "logicalunit", "--op", "new", "--tid", std::to_string(target), "--lun",
-                std::to_string(lun), "-b", file, "--blocksize", std::to_string(blockSize)});
+    administer({"--mode", "logicalunit", "--op", "new", "--tid", std::to_string(target), "--lun", std::to_string(lun),
+                "-b", file, "--blocksize", std::to_string(blockSize)});
 }
 
 void TargetDaemon::addAccount(int target, const std::string &name, const std::string &secret, bool outgoing)
 {
     administer({"--mode", "account", "--op", "new", "--user", name, "--password", secret});
-    std::vector<std::string> bind{"--mode", "account",          "--op",   "bind",
-                                  "--tid",  std::to_string(target), "--user", name};
+    std::vector<std::string> bind{"--mode", "account", "--op", "bind", "--tid", std::to_string(target), "--user", name};
     if (outgoing) {
         bind.emplace_back("--outgoing");
     }
@@ -230,9 +228,9 @@ void TargetDaemon::start()
 {
     const bool six = address_.find(':') != std::string::npos;
     const std::string portal = (six ? "[" + address_ + "]" : address_) + ":" + std::to_string(port_);
-    process_ = std::make_unique<ChildProcess>(
-        std::vector<std::string>{"tgtd", "-f", "--iscsi", "portal=" + portal}, folder_.path + "/log",
-        std::vector<std::string>{"TGT_IPC_SOCKET=" + folder_.path + "/control"});
+    process_ = std::make_unique<ChildProcess>(std::vector<std::string>{"tgtd", "-f", "--iscsi", "portal=" + portal},
+                                              folder_.path + "/log",
+                                              std::vector<std::string>{"TGT_IPC_SOCKET=" + folder_.path + "/control"});
     await("tgtd", [&] { return tell({"--mode", "system", "--op", "show"}); });
     for (const auto &arguments : history_) {
         if (!tell(arguments)) {
@@ -296,8 +294,7 @@ Pdu ScriptedConnection::receive()
 {
     Pdu pdu;
     receive(pdu.header);
-    const std::size_t length =
-        static_cast<std::size_t>(pdu.header[5] << 16 | pdu.header[6] << 8 | pdu.header[7]);
+    const std::size_t length = static_cast<std::size_t>(pdu.header[5] << 16 | pdu.header[6] << 8 | pdu.header[7]);
     pdu.data.resize((length + 3) / 4 * 4);
     receive(pdu.data);
     return pdu;

@@ -121,7 +121,8 @@ int checkNeighbours()
     const auto run = [](const std::string &command) {
         return std::system((command + " 2>/dev/null").c_str()) == 0;
     };
-    if (!run("ip link set lo up && ip link add name near type veth peer name far && ip link add name bridge type bridge")
+    if (!run(
+            "ip link set lo up && ip link add name near type veth peer name far && ip link add name bridge type bridge")
         || !run("ip link set far master bridge && ip link set far up && ip link set bridge up && ip link set near up")
         || !run("ip address add 10.9.0.1/24 dev near && ip route add default via 10.9.0.2")
         || !run("ip neighbour add 10.9.0.2 lladdr 02:00:00:00:00:09 dev near nud permanent")

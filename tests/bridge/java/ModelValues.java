@@ -1,44 +1,27 @@
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.IPAddr;
+import java.lang.reflect.Array;
 import java.lang.reflect.Method;
-import java.util.Arrays;
-import java.util.List;
+import java.util.StringJoiner;
 
 /** Sets and reads values of model objects by a path of method names, for the tests of the bridge. */
 public final class ModelValues {
     private ModelValues() {}
 
-    /** Follows all steps of the path but the last. A number picks the element of a list, {@code name:n} passes n. */
-    private static Object walk(Object root, String[] steps, int end) throws ReflectiveOperationException {
-        Object at = root;
-        for (int i = 0; i < end; i++) {
-            at = step(at, steps[i]);
-        }
-        return at;
-    }
-
-    private static Object step(Object at, String step) throws ReflectiveOperationException {
-        if (at instanceof List<?> list) {
-            return list.get(Integer.parseInt(step));
-        }
-        int colon = step.indexOf(':');
-        return colon < 0
-                ? at.getClass().getMethod(step).invoke(at)
-                : at.getClass().getMethod(step.substring(0, colon), int.class)
-                        .invoke(at, Integer.parseInt(step.substring(colon + 1)));
-    }
-
+    /** Calls the getters of the path and then its last step, a setter. */
     public static void set(Object root, String path, String value) throws ReflectiveOperationException {
-        String[] steps = path.split("/");
-        String name = steps[steps.length - 1];
-        Object at = walk(root, steps, steps.length - 1);
-        for (Method method : at.getClass().getMethods()) {
-            if (method.getName().equals(name) && method.getParameterCount() == 1) {
-                method.invoke(at, parsed(method.getParameterTypes()[0], value));
+        int slash = path.indexOf('/');
+        if (slash >= 0) {
+            set(root.getClass().getMethod(path.substring(0, slash)).invoke(root), path.substring(slash + 1), value);
+            return;
+        }
+        for (Method method : root.getClass().getMethods()) {
+            if (method.getName().equals(path) && method.getParameterCount() == 1) {
+                method.invoke(root, parsed(method.getParameterTypes()[0], value));
                 return;
             }
         }
-        throw new NoSuchMethodException(at.getClass() + "." + name);
+        throw new NoSuchMethodException(root.getClass() + "." + path);
     }
 
     private static Object parsed(Class<?> type, String value) {
@@ -73,19 +56,16 @@ public final class ModelValues {
         return out;
     }
 
-    public static String get(Object root, String path) throws ReflectiveOperationException {
-        String[] steps = path.split("/");
-        Object value = walk(root, steps, steps.length);
-        if (value instanceof IPAddr address) {
-            value = address.getAddress();
+    /** What a getter answers, an array with blanks between its elements. */
+    public static String get(Object root, String getter) throws ReflectiveOperationException {
+        Object value = root.getClass().getMethod(getter).invoke(root);
+        if (!value.getClass().isArray()) {
+            return value.toString();
         }
-        if (value instanceof short[] array) {
-            return Arrays.toString(array).replace(",", "");
-        } else if (value instanceof byte[] array) {
-            return Arrays.toString(array).replace(",", "");
-        } else if (value instanceof long[] array) {
-            return Arrays.toString(array).replace(",", "");
+        StringJoiner elements = new StringJoiner(" ", "[", "]");
+        for (int i = 0; i < Array.getLength(value); i++) {
+            elements.add(Array.get(value, i).toString());
         }
-        return String.valueOf(value);
+        return elements.toString();
     }
 }

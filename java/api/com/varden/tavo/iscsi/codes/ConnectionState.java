@@ -5,7 +5,7 @@ public final class ConnectionState {
     public static final int CLOSED = 0;
     /** There is no TCP connection yet. */
     public static final int CONNECTING = 1;
-    /** There is a TCP connection and no session yet. */
+    /** There is a TCP connection. */
     public static final int LOGGING_IN = 2;
 
     /** What the numbers mean. */

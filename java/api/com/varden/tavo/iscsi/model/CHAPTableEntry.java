@@ -1,5 +1,7 @@
 package com.varden.tavo.iscsi.model;
 
+import java.util.Arrays;
+
 /**
  * One entry of the adapter's CHAP table: a name and its secret.
  *
@@ -53,7 +55,9 @@ public final class CHAPTableEntry {
 
     /** Takes up to 100 bytes; a shorter secret is filled up with zeros, and null is all zeros. */
     public void setChapSecret(short[] chapSecret) {
+        short[] present = this.chapSecret;
         this.chapSecret = Elements.filledUp(chapSecret, SECRET_LENGTH, "chapSecret");
+        Arrays.fill(present, (short) 0);
     }
 
     /**

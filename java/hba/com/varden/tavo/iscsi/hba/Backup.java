@@ -169,11 +169,14 @@ final class Backup {
                 firmwareBefore = FirmwareConfiguration.readWithNames(adapter);
                 firmware = FirmwareConfiguration.readWithNames(adapter);
                 FirmwareConfiguration.TABLE.read(document.get(FIRMWARE), firmware, FIRMWARE);
+                if (refuses() && !NodeInfo.NAME.isSame(firmware.getiSCSIName(), firmwareBefore.getiSCSIName())) {
+                    IscsiName.require(firmware.getiSCSIName(), FIRMWARE + "." + NodeInfo.NAME.name);
+                }
             }
             DeviceDatabaseChanges targets = null;
             if (document.has(TARGETS)) {
                 targets = new DeviceDatabaseChanges(adapter, document.getAsJsonArray(TARGETS), TARGETS);
-                if (!isSet(force) && writes()) {
+                if (refuses()) {
                     targets.requireSense();
                 }
             }
@@ -193,6 +196,11 @@ final class Backup {
                 IsnsDiscovery.TABLE.read(document.get(ISNS), isns, ISNS);
             }
             return new Plan(firmwareBefore, firmware, targets, chap, chapDiffers, isnsBefore, isns);
+        }
+
+        // What is unlikely to be meant is not written.
+        private boolean refuses() {
+            return writes() && !isSet(force);
         }
 
         @Override

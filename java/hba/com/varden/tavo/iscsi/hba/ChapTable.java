@@ -35,6 +35,13 @@ final class ChapTable {
         return hba.getCHAPTableEntries();
     }
 
+    /** Wipes the secrets of entries that are no longer needed. */
+    static void forget(List<CHAPTableEntry> table) {
+        for (CHAPTableEntry entry : table) {
+            ChapSecret.none().moveTo(entry);
+        }
+    }
+
     /** Writes the entries from 1 on; entry 0 becomes empty, whatever the list holds there. */
     static void write(Adapter adapter, List<CHAPTableEntry> table) {
         List<CHAPTableEntry> entries =
@@ -159,8 +166,8 @@ final class ChapTable {
         return true;
     }
 
-    /** What the adapter holds when this table was written: an empty entry 0, links of 8 bits. */
-    static List<CHAPTableEntry> asWritten(List<CHAPTableEntry> table) {
+    // What the adapter holds when this table was written: an empty entry 0, links of 8 bits.
+    private static List<CHAPTableEntry> asWritten(List<CHAPTableEntry> table) {
         List<CHAPTableEntry> written = new ArrayList<>();
         for (CHAPTableEntry entry : table) {
             CHAPTableEntry copy = copy(written.isEmpty() ? new CHAPTableEntry() : entry);
@@ -178,6 +185,15 @@ final class ChapTable {
             }
         }
         return -1;
+    }
+
+    /** Notes where the adapter differs from a table that was written. */
+    static void compareWritten(Adapter adapter, List<CHAPTableEntry> table, String place, Differences differences) {
+        List<CHAPTableEntry> wanted = asWritten(table);
+        List<CHAPTableEntry> found = readAll(adapter);
+        compare(wanted, found, place, differences);
+        forget(wanted);
+        forget(found);
     }
 
     /** Secrets are compared, never shown. */

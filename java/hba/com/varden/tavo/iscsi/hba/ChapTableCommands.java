@@ -27,8 +27,14 @@ final class ChapTableCommands {
                 JsonWriter json = jsonWriter();
                 ChapTable.write(json, table, isSet(reveal));
                 finish(json);
-                return DONE;
+            } else {
+                print(table);
             }
+            ChapTable.forget(table);
+            return DONE;
+        }
+
+        private void print(List<CHAPTableEntry> table) {
             TextOutput.Columns columns =
                 new TextOutput.Columns("Index", "CHAP name", "Secret", "Length", "Flags", "Link");
             for (int i = 0; i < table.size(); i++) {
@@ -43,7 +49,6 @@ final class ChapTableCommands {
             } else {
                 columns.print(System.out);
             }
-            return DONE;
         }
     }
 
@@ -75,6 +80,7 @@ final class ChapTableCommands {
                 losses.add("empties CHAP entry 0 (" + ChapTable.NAME.show(table.get(0))
                     + "), which the adapter does not take back");
             }
+            ChapTable.forget(table);
             return losses;
         }
 
@@ -97,7 +103,8 @@ final class ChapTableCommands {
             }
             ChapTable.write(adapter, table);
             Differences differences = new Differences("written");
-            ChapTable.compare(ChapTable.asWritten(table), ChapTable.readAll(adapter), "CHAPTable", differences);
+            ChapTable.compareWritten(adapter, table, "CHAPTable", differences);
+            ChapTable.forget(table);
             verify("the CHAP table of adapter " + adapter.dev + " was written", differences);
         }
 

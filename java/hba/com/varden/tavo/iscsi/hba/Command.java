@@ -39,6 +39,10 @@ abstract class Command implements Callable<Integer> {
             .description("Show this help and exit.").build());
         spec.addOption(OptionSpec.builder("--debug").type(boolean.class)
             .description("Show the Java stack trace of a failure.").build());
+        // Taken by the launcher, which starts the VM in the folder of the library; here for help and completion.
+        spec.addOption(OptionSpec.builder("--library").type(String.class).paramLabel("LIBRARY")
+            .completionCandidates(List.of("software", "host"))
+            .description("Management library: software, host, or the folder of another one.").build());
         spec.usageMessage().exitCodeListHeading("Exit status:%n").exitCodeList(exitStatuses()).sortOptions(false);
     }
 
@@ -55,10 +59,10 @@ abstract class Command implements Callable<Integer> {
         return add(OptionSpec.builder(name).type(boolean.class).description(description).build());
     }
 
-    /** For commands that refuse input which is permitted but hardly meant. */
+    /** For commands that refuse input that the adapter takes but that is unlikely to be meant. */
     final OptionSpec force() {
-        return flag("--force", "Write also what hardly can be meant: a target without a name, a name that is no iSCSI "
-            + "name.");
+        return flag("--force", "Write what is refused otherwise, such as a target without a name or a name that is no "
+            + "iSCSI name.");
     }
 
     final OptionSpec option(String name, String label, String description) {

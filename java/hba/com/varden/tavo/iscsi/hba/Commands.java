@@ -21,6 +21,7 @@ final class Commands {
         TARGET_LOAD("target load", "Write many targets from a JSON file."),
         TARGET_LOGOUT("target logout", "Log out of a target."),
         TARGET_PORTAL("target portal", "Show where a target was discovered and how it is connected."),
+        DISCOVER("discover", "Add the targets that a portal offers."),
         LUN("lun", "Ask the logical units of a target."),
         LUN_LIST("lun list", "List the logical units of a target."),
         LUN_SHOW("lun show", "Show identity and capacity of a logical unit."),
@@ -51,6 +52,7 @@ final class Commands {
         CRASH("crash", "Have the adapter's crash record written to a file."),
         EXPORT("export", "Write all settings of an adapter as one JSON document."),
         IMPORT("import", "Write an adapter's settings back and say what differs."),
+        DOCTOR("doctor", "Check what the tool needs, and say what to do about what is missing."),
         VERSION("version", "Show the versions of the tool and of the management library."),
         COMPLETION("completion", "Write a completion script for bash.");
 
@@ -80,6 +82,7 @@ final class Commands {
                 case TARGET_LOAD -> new DeviceDatabaseEntryCommands.Load();
                 case TARGET_LOGOUT -> new DeviceDatabaseEntryCommands.Logout();
                 case TARGET_PORTAL -> new TargetDatabase.Portal();
+                case DISCOVER -> new Discovery.Discover();
                 case LUN_LIST -> new ScsiPassThrough.ListAll();
                 case LUN_SHOW -> new TargetDatabase.LunShow();
                 case LUN_INQUIRY -> new ScsiPassThrough.Inquiry();
@@ -104,6 +107,7 @@ final class Commands {
                 case CRASH -> new Maintenance.Crash();
                 case EXPORT -> new Backup.Export();
                 case IMPORT -> new Backup.Import();
+                case DOCTOR -> new Doctor();
                 case VERSION -> new Version();
                 case COMPLETION -> new Completion();
             };

@@ -12,10 +12,12 @@ final class Cure {
         return Status.describe(code) + (cure.isEmpty() ? "" : ". " + cure);
     }
 
-    private static String of(Status status) {
+    /** What to do about a known status; empty when nothing is known. */
+    static String of(Status status) {
         return switch (status) {
             case ERR_JNI_METHOD, ERR_JNI_CLASS -> "Are tool and bridge of the same version?";
-            case ERR_BAD_DATA -> "The bridge's line gives the length of its list in hexadecimal, 8 bytes for each unit.";
+            case ERR_BAD_DATA ->
+                "The bridge's line gives the length of its list in hexadecimal, 8 bytes for each unit.";
             case ERR_NO_SUCH_ADAPTER -> "'hba adapters' lists them.";
             case ERR_NO_SUCH_TARGET ->
                 "Compare the iSCSI name of the target entry with those that the portal offers.";

@@ -88,7 +88,7 @@ final class DeviceDatabaseChanges {
         return entry.getTargetID();
     }
 
-    /** Refuses entries that nobody can mean: without a name, with a name that is none, in an unknown state. */
+    /** Refuses entries that are unlikely to be meant: without a name, with one that is none, in an unknown state. */
     void requireSense() {
         for (int i = 0; i < wanted.size(); i++) {
             DevDBEntry entry = wanted.get(i);
@@ -158,7 +158,7 @@ final class DeviceDatabaseChanges {
             if (status != 0 && done > 0) {
                 Terminal.message(progress(done));
             }
-            adapter.check("writing target " + ranges(done, end), status);
+            adapter.check("writing the targets " + ranges(done, end), status);
             done = end;
             Terminal.progress("targets written", done, wanted.size());
         }
@@ -166,8 +166,8 @@ final class DeviceDatabaseChanges {
 
     private String progress(int done) {
         return done == 0 ? "no target was written"
-            : "target " + ranges(0, done) + " (" + done + " of " + wanted.size() + ") was written, target "
-                + ranges(done, wanted.size()) + " was not";
+            : "the targets " + ranges(0, done) + " (" + done + " of " + wanted.size() + ") were written, the targets "
+                + ranges(done, wanted.size()) + " were not";
     }
 
     private String ranges(int from, int to) {

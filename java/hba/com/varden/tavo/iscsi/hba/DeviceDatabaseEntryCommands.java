@@ -12,6 +12,16 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 final class DeviceDatabaseEntryCommands {
     private DeviceDatabaseEntryCommands() {}
 
+    /** The list of entries as people see it. */
+    static TextOutput.Columns columns(List<DevDBEntry> entries) {
+        TextOutput.Columns columns = new TextOutput.Columns("Target", "State", "iSCSI name", "IP address", "Port");
+        for (DevDBEntry entry : entries) {
+            columns.row(entry.getTargetID(), entry.getState(), entry.getNodeInfo().getiSCSIName(),
+                entry.getNodeInfo().getIPAddress(), entry.getDeviceEntry().getPortNumber());
+        }
+        return columns;
+    }
+
     /** hba target list. */
     static final class ListAll extends DeviceCommand {
         ListAll() {
@@ -21,13 +31,7 @@ final class DeviceDatabaseEntryCommands {
         @Override
         int run(Adapter adapter) throws IOException {
             List<DevDBEntry> entries = DeviceDatabaseEntry.readAll(adapter);
-            TextOutput.Columns columns =
-                new TextOutput.Columns("Target", "State", "iSCSI name", "IP address", "Port");
-            for (DevDBEntry entry : entries) {
-                columns.row(entry.getTargetID(), entry.getState(), entry.getNodeInfo().getiSCSIName(),
-                    entry.getNodeInfo().getIPAddress(), entry.getDeviceEntry().getPortNumber());
-            }
-            showList(DeviceDatabaseEntry.TABLE, entries, columns, "No target is configured.");
+            showList(DeviceDatabaseEntry.TABLE, entries, columns(entries), "No target is configured.");
             int count = adapter.api.getiSCSIEntryNum(adapter.dev);
             if (count != entries.size()) {
                 Terminal.message("the adapter says that it has " + Integer.toUnsignedString(count) + " targets");

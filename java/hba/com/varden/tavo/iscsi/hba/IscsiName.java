@@ -7,14 +7,15 @@ final class IscsiName {
     private IscsiName() {}
 
     /**
-     * Refuses what is no iSCSI name.
+     * Refuses what is no iSCSI name, null among it.
      *
      * @throws BadInput the message names the place, and --force as the way to have it all the same
      */
     static void require(String name, String place) {
-        String fault = fault(name);
+        String given = name == null ? "" : name;
+        String fault = fault(given);
         if (fault != null) {
-            throw new BadInput(place + ": '" + name + "' is no iSCSI name: " + fault + ". --force writes it all the "
+            throw new BadInput(place + ": '" + given + "' is no iSCSI name: " + fault + ". --force writes it all the "
                 + "same.");
         }
     }

@@ -26,7 +26,14 @@ final class Logins {
 
     private int sessions;
     /** The targets without a session, with the reason. */
-    private final Map<Integer, String> failed = new TreeMap<>();
+    private final Map<Integer, Reason> failed = new TreeMap<>();
+
+    private record Reason(String text, String cure) {
+        @Override
+        public String toString() {
+            return text + "." + (cure.isEmpty() ? "" : " " + cure);
+        }
+    }
 
     private Logins() {}
 
@@ -77,7 +84,7 @@ final class Logins {
             int target = entry.getTargetID();
             DevDBEntry there = DeviceDatabaseEntry.find(found, target);
             if (there != null && there.getState() == TargetState.LOGGING_IN) {
-                failed.put(target, "still logging in");
+                failed.put(target, new Reason("still logging in", ""));
             } else if (there != null && there.getState() == TargetState.CONFIGURED) {
                 if (hba == null) {
                     hba = new HBA();
@@ -85,50 +92,68 @@ final class Logins {
                     adapter.check("reading the log", adapter.api.getConnectErrorLog(adapter.dev, hba));
                     linkUp = hba.getLinkStatus() != LinkState.DOWN;
                 }
-                failed.put(target, linkUp ? reason(hba.getConnectErrorLog(), target) : "the adapter has no link");
+                failed.put(target, linkUp ? reason(hba.getConnectErrorLog(), target)
+                    : new Reason("the adapter has no link", "Check its cable and the switch."));
             }
         }
     }
 
     // The newest entry of the log stands last.
-    private static String reason(List<ConnectionError> log, int target) {
+    private static Reason reason(List<ConnectionError> log, int target) {
         for (int i = log.size() - 1; i >= 0; i--) {
             ConnectionError error = log.get(i);
             if (error.getDeviceIndex() == target && error.getEntryType() == ErrorEntryType.LOGIN_FAILED) {
                 return reason(error);
             }
         }
-        return "the connection-error log has no reason";
+        return new Reason("the connection-error log has no reason", "");
     }
 
-    private static String reason(ConnectionError error) {
-        if (error.getErrorType() == ErrorType.NO_ANSWER) {
-            boolean connected = error.getConnState() != ConnectionState.CONNECTING;
-            return (connected ? Status.ERR_TIMEOUT : Status.ERR_UNREACHABLE).meaning();
+    private static Reason reason(ConnectionError error) {
+        int detail = error.getErrorDetail();
+        return switch (error.getErrorType()) {
+            case ErrorType.NO_ANSWER -> new Reason(Status.ERR_UNREACHABLE.meaning(), Cure.of(Status.ERR_UNREACHABLE));
+            case ErrorType.TIMEOUT -> new Reason(Status.ERR_TIMEOUT.meaning(), Cure.of(Status.ERR_TIMEOUT));
+            default -> detail == 0
+                ? new Reason("the target did not prove itself, or there is nothing to prove this side with",
+                    Cure.of(Status.ERR_AUTHENTICATION))
+                : new Reason("the login was refused: " + LoginStatus.describe(detail), Cure.of(status(detail)));
+        };
+    }
+
+    private static Status status(int detail) {
+        if (detail == LoginStatus.NOT_FOUND.status()) {
+            return Status.ERR_NO_SUCH_TARGET;
         }
-        return "the login was refused: " + LoginStatus.describe(error.getErrorDetail());
+        boolean chap = detail == LoginStatus.AUTHENTICATION_FAILURE.status()
+            || detail == LoginStatus.AUTHORIZATION_FAILURE.status();
+        return chap ? Status.ERR_AUTHENTICATION : Status.ERR_LOGIN_REFUSED;
     }
 
     /** For people: how many logged in, and for each reason the targets that did not. */
     List<String> lines() {
         List<String> lines = new ArrayList<>();
-        if (sessions + failed.size() > 0) {
+        if (sessions + failed.size() == 1) {
+            lines.add(failed.isEmpty() ? "It logged in." : "It did not log in: " + failed.values().iterator().next());
+        } else if (sessions + failed.size() > 0) {
             lines.add(sessions + " logged in, " + failed.size() + " did not" + (failed.isEmpty() ? "." : ":"));
-        }
-        Map<String, List<Integer>> targets = new LinkedHashMap<>();
-        for (Map.Entry<Integer, String> each : failed.entrySet()) {
-            targets.computeIfAbsent(each.getValue(), reason -> new ArrayList<>()).add(each.getKey());
-        }
-        for (Map.Entry<String, List<Integer>> each : targets.entrySet()) {
-            lines.add("  target " + DeviceDatabaseEntry.ranges(each.getValue()) + ": " + each.getKey());
+            Map<Reason, List<Integer>> targets = new LinkedHashMap<>();
+            for (Map.Entry<Integer, Reason> each : failed.entrySet()) {
+                targets.computeIfAbsent(each.getValue(), reason -> new ArrayList<>()).add(each.getKey());
+            }
+            for (Map.Entry<Reason, List<Integer>> each : targets.entrySet()) {
+                lines.add((each.getValue().size() == 1 ? "  target " : "  targets ")
+                    + DeviceDatabaseEntry.ranges(each.getValue()) + ": " + each.getKey());
+            }
         }
         return lines;
     }
 
     void write(JsonWriter json) throws IOException {
         json.beginObject().name("sessions").value(sessions).name("failed").beginArray();
-        for (Map.Entry<Integer, String> each : failed.entrySet()) {
-            json.beginObject().name("targetID").value(each.getKey()).name("reason").value(each.getValue()).endObject();
+        for (Map.Entry<Integer, Reason> each : failed.entrySet()) {
+            json.beginObject().name("targetID").value(each.getKey());
+            json.name("reason").value(each.getValue().text()).endObject();
         }
         json.endArray().endObject();
     }
