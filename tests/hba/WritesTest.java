@@ -32,52 +32,18 @@ final class WritesTest extends ToolTest {
         firmware set 0 --iscsi-name=iqn.2004-07.com.example:me | own name from iqn.2004-07.com
         isns set 1 --enable-isns-discovery-flag=no     | switches iSNS discovery off
         chap set 1 1 --no-secret                       | removes the secret of CHAP entry 1
-        chap clear 1 1                                 | empties CHAP entry 1""")
+        chap clear 1 1                                 | empties CHAP entry 1
+        firmware restore 0                             | replaces the settings of adapter 0
+        firmware update 0 image.bin                    | replaces the firmware of adapter 0
+        reset 0                                        | resets adapter 0
+        stats reset 0                                  | sets the counters of adapter 0
+        target logout 0 1                              | ends the session with target 1""")
     void asksBeforeItDestroys(String line, String loss) throws IOException {
+        tool.writeSampleFiles();
         tool.write("free.json", "[{\"targetID\": 5, \"state\": 0}]");
         tool.write("change.json", "[{\"targetID\": 6, \"nodeInfo\": {\"alias\": \"other\"}}]");
         tool.write("all.json", "{\"format\": \"hba settings\", \"targets\": [{\"targetID\": 5, \"state\": 0}]}");
         tool.refused(line, loss, "Give --yes");
-    }
-
-    // What nobody can mean is refused; --force, or for a secret --no-secret, does it all the same.
-    @ParameterizedTest
-    @CsvSource(delimiter = '|', quoteCharacter = '`', textBlock = """
-        target set 0 7 --ip-address=10.20.0.11         | no iSCSI name & --force
-        target set 0 7 --iscsi-name=disk               | 'disk' is no iSCSI name & 'iqn.' & --force
-        target set 0 7 --iscsi-name=iqn.2004-13.com.x  | is no iSCSI name
-        target set 0 7 --iscsi-name=eui.02004567A425678 | 16 hexadecimal digits
-        target set 0 7 --iscsi-name=naa.52004567BA64678X | 16 or 32 hexadecimal digits
-        target set 0 7 --iscsi-name=iqn.2004-07.com.x:a_b | '_'
-        target set 0 0 --yes --state=9                 | state 9 is not known & --force
-        target set 0 0 --alias=\ud83d\ude00            | cannot cross to the adapter
-        firmware set 0 --iscsi-name=me --yes           | --iscsi-name: 'me'
-        isns set 0 --hba-iscsi-name=me                 | --hba-iscsi-name: 'me'
-        target load 0 nameless.json                    | targets[0]: the target has no iSCSI name
-        target load 0 latin1.json                      | UTF-8
-        chap set 1 1 --secret-file=empty               | is empty & --no-secret
-        chap set 1 1 --secret-file=latin1.json         | UTF-8
-        chap set 1 1 --no-secret --secret              | exclude each other""")
-    void inputIsExactOrRefused(String line, String says) throws IOException {
-        tool.write("nameless.json", "[{\"targetID\": 7}]");
-        tool.write("empty", "\nsecond line");
-        Files.write(tool.directory.resolve("latin1.json"), new byte[] {'[', '"', (byte) 0xe4, '"', ']'});
-        tool.refused(line, says.split(" & "));
-    }
-
-    @Test
-    void meantAllTheSame() {
-        tool.run("target set 0 7 --iscsi-name=disk --force").expect(0);
-        tool.run("target set 0 8 --iscsi-name=eui.02004567A425678D").expect(0);
-        tool.run("target set 0 9 --iscsi-name=naa.52004567BA64678D").expect(0);
-        // What is there already may stay.
-        tool.run("target set 0 7 --alias=x").expect(0);
-        tool.run("chap set 1 1 --no-secret --yes").expect(0);
-        assertEquals(0, tool.json("chap list 1").getAsJsonArray().get(1).getAsJsonObject().get("chapSecretLength")
-            .getAsInt());
-        // Bytes that no VM can turn into text are not replaced by others.
-        tool.execute(null, List.of("sh", "-c", tool.launcher + " target set 0 7 --alias=$(printf '\\344')")).expect(2)
-            .says("not text in UTF-8");
     }
 
     @Test
@@ -182,8 +148,8 @@ final class WritesTest extends ToolTest {
         tool.run("tagret list 0").expect(2).says("Did you mean", "target");
         tool.run("target set 0 1 --alais=x").expect(2).says("no option '--alais", "Did you mean", "--alias");
         tool.run("help nosuch").expect(2).says("no command 'hba nosuch'");
-        tool.run("help target nosuch").expect(2);
-        tool.run("stats show 0 --watch=0").expect(2).says("0.1 to 65535");
+        tool.execute(null, List.of("sh", "-c", tool.launcher + " target show 0 $(printf '\\344')")).expect(2)
+            .says("not text in UTF-8");
         // A reader that has seen enough is no failure to speak of.
         Tool.Result head = tool.execute(null, List.of("bash", "-c", "'" + tool.launcher
             + "' show 2 | head -1; echo ${PIPESTATUS[0]}"));
