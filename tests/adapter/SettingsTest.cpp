@@ -8,7 +8,7 @@ namespace
 
 using Settings = AdapterTest;
 
-template <class Record>
+template <typename Record>
 bool same(const Record &one, const Record &other)
 {
     return std::memcmp(&one, &other, sizeof one) == 0;
