@@ -13,6 +13,9 @@ namespace
 
 constexpr DatabaseKind ACTIVITY{"activity.db", 0x54764163, "", "PRAGMA synchronous=OFF"}; // "TvAc"
 constexpr std::chrono::seconds INTERVAL{1};
+constexpr std::chrono::milliseconds COUNTER_PATIENCE{100}; // for another writer, when it is only about counters
+
+void asItIs(Activity & /*activity*/) {}
 
 constexpr std::string_view COUNTERS = "counters";
 constexpr std::string_view BASELINE = "baseline";
@@ -169,18 +172,18 @@ void ActivityStore::forgetNeighbours()
 void ActivityStore::resetCounters(const HBAPORTSTATISCSI &baseline)
 {
     const std::lock_guard guard(mutex_);
-    require(write([&](Activity &activity) {
-                activity.statistics = {};
-                activity.baseline = baseline;
-            }),
-            ERR_FLASH_WRITE);
+    const auto reset = [&](Activity &activity) {
+        activity.statistics = {};
+        activity.baseline = baseline;
+    };
+    require(write(reset, WRITER_PATIENCE), ERR_FLASH_WRITE);
 }
 
 void ActivityStore::writeWhenDue() noexcept
 {
     const std::lock_guard guard(mutex_);
     if (anyPending_ && Clock::now() - lastWrite_ >= INTERVAL) {
-        write([](Activity & /*as it is*/) {});
+        write(asItIs, COUNTER_PATIENCE);
     }
 }
 
@@ -188,11 +191,11 @@ void ActivityStore::writeNow() noexcept
 {
     const std::lock_guard guard(mutex_);
     if (anyPending_) {
-        write([](Activity & /*as it is*/) {});
+        write(asItIs, COUNTER_PATIENCE);
     }
 }
 
-bool ActivityStore::write(const Change &change)
+bool ActivityStore::write(const Change &change, std::chrono::milliseconds patience)
 {
     lastWrite_ = Clock::now(); // a file that cannot be written is not tried more often either
     try {
@@ -201,6 +204,7 @@ bool ActivityStore::write(const Change &change)
             file_.setAside();
         }
         Connection &connection = file_.forWriting();
+        connection.setPatience(static_cast<int>(patience.count()));
         Transaction transaction(connection, "BEGIN IMMEDIATE");
         Activity activity = load(connection);
         merge(activity);

@@ -45,7 +45,7 @@ private:
     const Activity &stored();
     Activity load(Connection &connection) const;
     void merge(Activity &activity) const;
-    bool write(const Change &change);
+    bool write(const Change &change, std::chrono::milliseconds patience);
 
     std::string key_;
     Activity factory_;

@@ -21,7 +21,6 @@ namespace
 {
 
 constexpr std::int64_t FORMAT = 1; // user_version of the files
-constexpr int PATIENCE = 5000;     // milliseconds
 constexpr std::array BESIDE{"-wal", "-shm", "-journal"};
 
 [[noreturn]] void failSystem()
@@ -62,7 +61,7 @@ Descriptor lockFolder(const std::string &path)
     if (!folder) {
         failSystem();
     }
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(PATIENCE);
+    const auto end = std::chrono::steady_clock::now() + WRITER_PATIENCE;
     while (flock(folder.number(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         require(std::chrono::steady_clock::now() < end, ERR_BUSY);
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -183,7 +182,7 @@ void Database::open(const std::string &name, int flags)
     immutable_ = false;
     auto opened = std::make_unique<Connection>(name, flags);
     try {
-        opened->setPatience(PATIENCE);
+        opened->setPatience(static_cast<int>(WRITER_PATIENCE.count()));
         if (opened->number("PRAGMA application_id") != static_cast<std::int64_t>(kind_.applicationId)) {
             throw Damaged{"it is not a file of this library"};
         }

@@ -4,8 +4,12 @@
 #include "Folder.h"
 #include "Sqlite.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
+
+// How long a writer waits for another one.
+inline constexpr std::chrono::milliseconds WRITER_PATIENCE{5000};
 
 // The contents are not what this library writes. The reason completes the sentence "FILE is refused: ...".
 struct Damaged {

@@ -12,6 +12,7 @@ namespace
 {
 
 constexpr SD_UINT16 ISCSI_PORT = 3260;
+constexpr std::chrono::milliseconds NO_PATIENCE{0};
 constexpr std::chrono::seconds USUAL_DEADLINE{10};
 constexpr SD_UINT32 FIRST_NEW_SESSION = 0x0200; // TargetSessID of the sessions that a reset makes
 
@@ -133,19 +134,23 @@ void setState(Settings &settings, SD_UINT32 index, SD_UINT32 state)
     settings.place(changed);
 }
 
-// Keeps the outcome of a login: in the log, and as the state of the entry when that is another one.
-void recordLogin(Adapter &adapter, const DEVICEENTRYISCSI &asked, const LoginResult &result) noexcept
+// Keeps the outcome of a login: in the log, and as the state of the entry when that is another one and no other writer
+// is in the way for longer than patience.
+void recordLogin(Adapter &adapter, const DEVICEENTRYISCSI &asked, const LoginResult &result,
+                 std::chrono::milliseconds patience) noexcept
 {
     try {
         logFailure(adapter, asked.TargetID, result);
         const SD_UINT32 state = stateAfter(result);
         const SharedEntry now = adapter.settings.read()->find(asked.TargetID);
         if (isStill(now, asked) && now->DeviceState != state) {
-            adapter.settings.changeSoon([&](Settings &settings) {
-                if (isStill(settings.find(asked.TargetID), asked)) {
-                    setState(settings, asked.TargetID, state);
-                }
-            });
+            adapter.settings.changeSoon(
+                [&](Settings &settings) {
+                    if (isStill(settings.find(asked.TargetID), asked)) {
+                        setState(settings, asked.TargetID, state);
+                    }
+                },
+                patience);
         }
     } catch (...) {
         return; // the entry keeps the state with which it was written
@@ -217,7 +222,7 @@ std::chrono::milliseconds deadlineOf(const Settings &settings, const ISCSIDEVICE
 void login(Adapter &adapter, const DEVICEENTRYISCSI &entry)
 {
     startLogin(adapter, *adapter.settings.read(), entry,
-               [&adapter, entry](const LoginResult &result) { recordLogin(adapter, entry, result); });
+               [&adapter, entry](const LoginResult &result) { recordLogin(adapter, entry, result, WRITER_PATIENCE); });
 }
 
 void loginAll(Adapter &adapter, const SettingsStore::Change &change)
@@ -275,7 +280,7 @@ CommandResult execute(Adapter &adapter, const DEVICEENTRYISCSI &entry, SD_UINT16
         result.login.reach = Reach::authentication;
     }
     if (result.login.reach != Reach::session || entry.DeviceState != ENTRY_SESSION) {
-        recordLogin(adapter, entry, result.login);
+        recordLogin(adapter, entry, result.login, NO_PATIENCE); // the next command finds the same difference
     }
     return result;
 }

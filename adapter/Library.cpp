@@ -5,11 +5,15 @@
 
 #include <unistd.h>
 
+#include <atomic>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <map>
 #include <mutex>
 #include <shared_mutex>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -23,6 +27,8 @@ struct Library {
     std::map<std::string, std::weak_ptr<Adapter>> adapters; // by folder and key: one while any handle of it is open
     SDMGT_HANDLE lastHandle = 0x5D000000;
     Descriptor traceFile;
+    std::string traceName;
+    std::atomic<int> traceError = 0; // errno of a line that was lost, until it is said
 };
 
 Library &library()
@@ -49,6 +55,17 @@ SDMGT_HANDLE newHandle(Library &state)
         for (const auto &[handle, adapter] : state.handles) {
             adapter->activity.writeNow();
         }
+    }
+}
+
+// Says at the end of an adapter's work that the trace is not whole.
+void reportLostTrace()
+{
+    Library &state = library();
+    const std::shared_lock guard(state.mutex);
+    const int error = state.traceError.exchange(0);
+    if (error != 0) {
+        say("the trace " + state.traceName + " is not complete: " + std::strerror(error));
     }
 }
 
@@ -79,9 +96,9 @@ void trace(const char *operation, SDMGT_HANDLE handle, SD_UINT32 status) noexcep
                           static_cast<long long>(now.tv_sec), now.tv_nsec / 1000000, static_cast<int>(getpid()),
                           operation, static_cast<unsigned>(handle), static_cast<unsigned>(status));
         // One write for a line, at the file's end: lines of several threads and processes do not mix.
-        if (length > 0) {
-            writeAll(state.traceFile.number(),
-                     {reinterpret_cast<const SD_UINT8 *>(line), static_cast<std::size_t>(length)});
+        const std::span bytes(reinterpret_cast<const SD_UINT8 *>(line), static_cast<std::size_t>(length));
+        if (length > 0 && !writeAll(state.traceFile.number(), bytes)) {
+            state.traceError = errno;
         }
     } catch (...) {
         // Without its lock the trace loses the line; the operation itself is not concerned.
@@ -126,6 +143,7 @@ SD_UINT32 SDCloseDeviceiSCSI(SDMGT_HANDLE handle)
         guard.unlock();
     });
     trace(__func__, handle, status);
+    (void)statusOf(reportLostTrace);
     return status;
 }
 
@@ -154,6 +172,8 @@ SD_UINT32 SDEnableDebugTraceiSCSI(SDMGT_HANDLE *handle, const char *fileName, SD
         Library &state = library();
         const std::unique_lock guard(state.mutex);
         state.traceFile = std::move(file);
+        state.traceName = fileName;
+        state.traceError = 0;
     });
     trace(__func__, handle == nullptr ? 0 : *handle, status);
     return status;

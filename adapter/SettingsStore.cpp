@@ -10,7 +10,7 @@
 namespace
 {
 
-constexpr std::chrono::seconds PATIENCE{5};
+constexpr const char *NOT_WAITING = "PRAGMA synchronous=NORMAL";
 
 constexpr const char *SCHEMA = R"(
     CREATE TABLE adapter (
@@ -207,28 +207,29 @@ std::shared_ptr<const Settings> SettingsStore::load(Connection &connection, cons
 
 void SettingsStore::change(const Change &change)
 {
-    write(SETTINGS.synchronous, change);
+    write(change, SETTINGS.synchronous, WRITER_PATIENCE);
 }
 
-void SettingsStore::changeSoon(const Change &change)
+void SettingsStore::changeSoon(const Change &change, std::chrono::milliseconds patience)
 {
-    write("PRAGMA synchronous=NORMAL", change);
+    write(change, NOT_WAITING, patience);
 }
 
-void SettingsStore::write(const char *synchronous, const Change &change)
+void SettingsStore::write(const Change &change, const char *synchronous, std::chrono::milliseconds patience)
 {
     // By the system's clock, which ThreadSanitizer follows; whoever holds the mutex gives up by another one.
-    const std::unique_lock guard(writerMutex_, std::chrono::system_clock::now() + PATIENCE);
+    const std::unique_lock guard(writerMutex_, std::chrono::system_clock::now() + patience);
     require(guard.owns_lock(), ERR_BUSY);
     try {
         Connection &connection = writer_.forWriting();
+        connection.setPatience(static_cast<int>(patience.count()));
         connection.number(synchronous);
         writeDifferences(connection, change);
     } catch (const Damaged &damaged) {
         writer_.release();
         refuse(damaged.reason);
     } catch (const SqliteError &error) {
-        failWrite(error);
+        failWrite(error, synchronous == NOT_WAITING);
     }
 }
 
@@ -319,7 +320,7 @@ void SettingsStore::failRead(const SqliteError &error)
     throw Failure{ERR_FLASH_READ};
 }
 
-void SettingsStore::failWrite(const SqliteError &error)
+void SettingsStore::failWrite(const SqliteError &error, bool silent)
 {
     if (isDamage(error)) {
         writer_.release();
@@ -327,6 +328,7 @@ void SettingsStore::failWrite(const SqliteError &error)
     }
     require(error.primaryCode() != SQLITE_NOMEM, ERR_NO_MEMORY);
     require(error.primaryCode() != SQLITE_BUSY, ERR_BUSY);
+    require(!silent, ERR_FLASH_WRITE);
     const bool unknown = error.code == SQLITE_IOERR_FSYNC || error.code == SQLITE_IOERR_DIR_FSYNC;
     const std::string reason = error.systemError != 0 ? std::strerror(error.systemError) : error.message;
     say("cannot write " + writer_.path() + ": " + reason

@@ -8,6 +8,7 @@
 #include "Database.h"
 #include "Settings.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -38,8 +39,9 @@ public:
     // Has a change applied to the newest settings, and writes what differs. When it throws nothing is written. Durable
     // when it returns. Throws as read() does, and ERR_FLASH_WRITE, ERR_BUSY.
     void change(const Change &change);
-    // The same without waiting for the disk: after a power failure the change may be lost.
-    void changeSoon(const Change &change);
+    // The same without waiting for the disk: after a power failure the change may be lost. Waits for another writer no
+    // longer than patience, and says nothing when it fails.
+    void changeSoon(const Change &change, std::chrono::milliseconds patience);
 
 private:
     struct Known {
@@ -48,7 +50,7 @@ private:
     };
 
     std::shared_ptr<const Settings> readNow();
-    void write(const char *synchronous, const Change &change);
+    void write(const Change &change, const char *synchronous, std::chrono::milliseconds patience);
     void writeDifferences(Connection &connection, const Change &change);
     std::shared_ptr<const Settings> load(Connection &connection, const std::optional<Census> &census);
     std::optional<Known> known();
@@ -56,7 +58,7 @@ private:
     void forget();
     [[noreturn]] void refuse(const std::string &reason);
     [[noreturn]] void failRead(const SqliteError &error);
-    [[noreturn]] void failWrite(const SqliteError &error);
+    [[noreturn]] void failWrite(const SqliteError &error, bool silent);
 
     std::string key_;
     std::shared_ptr<const Settings> factory_;

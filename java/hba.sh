@@ -53,8 +53,12 @@ while [ "$left" -gt 0 ]; do
   esac
 done
 
-# The bridge looks for ./libvdsdm.so.
+# The bridge looks for ./libvdsdm.so. File names of the command line count from the caller's folder.
 directory=$PWD
+if ! [ . -ef "$directory" ]; then
+  echo "hba: the current folder, $directory, no longer exists." >&2
+  exit 2
+fi
 case $library in
   "") libraries=${HBA_LIBRARY_DIR:-$libraries/vdsdm} ;;
   software) libraries=$libraries/vdsdm ;;

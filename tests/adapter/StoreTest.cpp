@@ -253,6 +253,28 @@ TEST_F(Store, FullDiskLeavesTheOldSettings)
     EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U) << "with room again the write succeeds";
 }
 
+TEST_F(Store, ATraceThatTheDiskCannotTakeIsReportedAtTheEnd)
+{
+    SDMGT_HANDLE handle = open(0);
+    const std::string file = folder / "trace";
+    ASSERT_EQ(SDEnableDebugTraceiSCSI(&handle, file.c_str(), 1), 0U);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    SD_UINT32 count = 0;
+    const SD_UINT32 counted = SDGetDDBEntryNum(handle, &count);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_NE(std::signal(SIGXFSZ, handler), SIG_ERR);
+    EXPECT_EQ(counted, 0U) << "the operation itself is not concerned";
+    testing::internal::CaptureStderr();
+    ASSERT_EQ(SDCloseDeviceiSCSI(open(1)), 0U);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "libvdsdm: the trace " + file + " is not complete: File too large\n");
+    ASSERT_EQ(SDEnableDebugTraceiSCSI(&handle, file.c_str(), 0), 0U);
+}
+
 // Exit status of a child process that runs work: 1 when an expectation failed, 77 when it could not be begun.
 int inChild(const std::function<bool()> &begin, const std::function<void()> &work)
 {

@@ -144,7 +144,10 @@ public final class ApiWrapper {
     /** Fills the ARP table. */
     public native int getARPLog(int dev, HBA hba);
 
-    /** Adds the entries of the CHAP table, the first one included (see {@link #setCHAPTableData}). */
+    /**
+     * Adds the entries of the CHAP table, the first one included (see {@link #setCHAPTableData}). Needs 46 KB of the
+     * thread's stack: a program that recurses to within that of its end ends the VM.
+     */
     public native int getCHAPTableData(int dev, HBA hba);
 
     /**
@@ -159,6 +162,6 @@ public final class ApiWrapper {
     /** Writes the settings of iSNS discovery. */
     public native int setiSNSDiscoveryConfig(int dev, iSNSDiscoveryConfig config);
 
-    /** Replaces the list of targets that iSNS discovery found. */
+    /** Replaces the list of targets that iSNS discovery found. Needs 12 KB of the thread's stack. */
     public native int getiSNSTargets(int dev, HBA hba);
 }

@@ -13,6 +13,7 @@ import java.nio.file.NoSuchFileException;
 import java.nio.file.OpenOption;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
+import java.nio.file.attribute.PosixFilePermission;
 import java.nio.file.attribute.PosixFilePermissions;
 import java.util.List;
 import java.util.Map;
@@ -20,8 +21,9 @@ import java.util.Set;
 
 /**
  * The lock that a writer holds from reading an adapter's settings to reading them back. There is one for each adapter
- * over all processes and users: a file in the folder of the settings, or else in the machine's folder for locks. It is
- * never removed, since a waiting process may have it open, and anybody may open it, since it holds nothing.
+ * over all processes and users: a file in the folder of the settings or, with a library whose folder is not known, in
+ * the machine's folder for locks. It is never removed, since a waiting process may have it open, and anybody may open
+ * it, since it holds nothing.
  */
 final class AdapterLock implements AutoCloseable {
     private static final long PATIENCE = 5_000_000_000L;
@@ -29,6 +31,7 @@ final class AdapterLock implements AutoCloseable {
     /** The first of these that belongs to root and where everybody may make files but nobody remove another's. */
     private static final List<String> SHARED_FOLDERS = List.of("/run/lock", "/var/lock", "/tmp");
     private static final int STICKY_FOR_ALL = 01777;
+    private static final Set<PosixFilePermission> OWNER_ONLY = PosixFilePermissions.fromString("rwx------");
     private static final Set<OpenOption> EXISTING =
         Set.of(StandardOpenOption.READ, StandardOpenOption.WRITE, LinkOption.NOFOLLOW_LINKS);
 
@@ -39,38 +42,42 @@ final class AdapterLock implements AutoCloseable {
     }
 
     /** Waits up to five seconds for the lock; names the process that holds it when that was not enough. */
-    static AdapterLock take(int dev) {
-        Path file = file(dev);
-        long start = System.nanoTime();
+    static AdapterLock take(Adapter adapter) {
         try {
-            FileChannel channel = open(file, start);
+            Path file = file(adapter);
+            long end = System.nanoTime() + PATIENCE;
+            FileChannel channel = open(file, end);
             FileLock lock = channel.tryLock();
-            while (lock == null && System.nanoTime() - start < PATIENCE) {
+            while (lock == null && System.nanoTime() < end) {
                 Thread.sleep(PAUSE_MILLIS);
                 lock = channel.tryLock();
             }
             if (lock == null) {
                 channel.close();
-                throw new OperationFailed("adapter " + dev + " is being changed by " + holder(file)
+                throw new OperationFailed("adapter " + adapter.dev + " is being changed by " + holder(file)
                     + "; nothing was written. Try again when that has ended.", Status.ERR_BUSY.code());
             }
             return new AdapterLock(channel);
         } catch (IOException e) {
-            throw new OperationFailed("the lock file " + file + " cannot be used: " + UserInput.reason(e)
-                + "; nothing was written", e);
+            String file = e instanceof FileSystemException failure ? " " + failure.getFile() : "";
+            throw new OperationFailed("the lock" + file + " of adapter " + adapter.dev + " cannot be taken: "
+                + UserInput.reason(e) + "; nothing was written", e);
         } catch (InterruptedException e) {
             throw new OperationFailed("interrupted; nothing was written", e);
         }
     }
 
-    private static Path file(int dev) {
-        String settings = System.getenv("TAVO_ADAPTER_FLASH");
-        if (settings != null && !settings.isEmpty() && Files.isDirectory(Path.of(settings))) {
-            return Path.of(settings, "adapter" + dev + ".hba.lock");
+    private static Path file(Adapter adapter) throws IOException {
+        Path settings = SettingsFolder.of(adapter.api.getVersioniSCSI());
+        if (settings != null) {
+            if (!Files.isDirectory(settings)) {
+                Files.createDirectories(settings, PosixFilePermissions.asFileAttribute(OWNER_ONLY));
+            }
+            return settings.resolve("adapter" + adapter.dev + ".hba.lock");
         }
         for (String folder : SHARED_FOLDERS) {
             if (isShared(Path.of(folder))) {
-                return Path.of(folder, "tavoiscsi-adapter" + dev + ".lock");
+                return Path.of(folder, "tavoiscsi-adapter" + adapter.dev + ".lock");
             }
         }
         throw new OperationFailed("there is no folder for lock files: none of " + SHARED_FOLDERS
@@ -88,7 +95,7 @@ final class AdapterLock implements AutoCloseable {
     }
 
     // Never follows a link, and never waits for the other end of a pipe that somebody put there.
-    private static FileChannel open(Path file, long start) throws IOException, InterruptedException {
+    private static FileChannel open(Path file, long end) throws IOException, InterruptedException {
         while (true) {
             try {
                 FileChannel channel = FileChannel.open(file, EXISTING);
@@ -96,17 +103,18 @@ final class AdapterLock implements AutoCloseable {
                     return channel;
                 }
                 channel.close();
-                throw new IOException("it is not a regular file");
+                throw new FileSystemException(file.toString(), null, "it is not a regular file");
             } catch (NoSuchFileException e) {
                 create(file);
             } catch (AccessDeniedException e) {
                 // Another user has just made it and opens it to everybody in a moment.
-                if (System.nanoTime() - start > PATIENCE) {
+                if (System.nanoTime() > end) {
                     throw e;
                 }
                 Thread.sleep(PAUSE_MILLIS);
             } catch (FileSystemException e) {
-                throw Files.isSymbolicLink(file) ? new IOException("it is a symbolic link", e) : e;
+                throw !Files.isSymbolicLink(file) ? e
+                    : new FileSystemException(file.toString(), null, "it is a symbolic link");
             }
         }
     }

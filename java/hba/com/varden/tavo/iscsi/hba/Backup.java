@@ -198,7 +198,7 @@ final class Backup {
             return new Plan(firmwareBefore, firmware, targets, chap, chapDiffers, isnsBefore, isns);
         }
 
-        // What hardly can be meant is not written.
+        // What is unlikely to be meant is not written.
         private boolean refuses() {
             return writes() && !isSet(force);
         }

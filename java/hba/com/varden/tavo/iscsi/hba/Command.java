@@ -59,10 +59,10 @@ abstract class Command implements Callable<Integer> {
         return add(OptionSpec.builder(name).type(boolean.class).description(description).build());
     }
 
-    /** For commands that refuse input which is permitted but hardly meant. */
+    /** For commands that refuse input that the adapter takes but that is unlikely to be meant. */
     final OptionSpec force() {
-        return flag("--force", "Write also what hardly can be meant: a target without a name, a name that is no iSCSI "
-            + "name.");
+        return flag("--force", "Write what is refused otherwise, such as a target without a name or a name that is no "
+            + "iSCSI name.");
     }
 
     final OptionSpec option(String name, String label, String description) {

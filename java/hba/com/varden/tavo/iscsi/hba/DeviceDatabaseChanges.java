@@ -88,7 +88,7 @@ final class DeviceDatabaseChanges {
         return entry.getTargetID();
     }
 
-    /** Refuses entries that nobody can mean: without a name, with a name that is none, in an unknown state. */
+    /** Refuses entries that are unlikely to be meant: without a name, with one that is none, in an unknown state. */
     void requireSense() {
         for (int i = 0; i < wanted.size(); i++) {
             DevDBEntry entry = wanted.get(i);

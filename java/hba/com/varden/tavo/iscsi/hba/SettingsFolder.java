@@ -9,7 +9,15 @@ final class SettingsFolder {
     static final String VARIABLE = "TAVO_ADAPTER_FLASH";
     private static final String NAME = "tavoiscsi";
 
+    /** How the versions of these libraries begin. */
+    private static final String OWN = "Tavo ";
+
     private SettingsFolder() {}
+
+    /** The folder of the library with this version text; null for another's library too. */
+    static Path of(String library) throws IOException {
+        return library.startsWith(OWN) ? find() : null;
+    }
 
     /** The folder; null when the variable names none, which the libraries refuse. */
     static Path find() throws IOException {

@@ -6,9 +6,6 @@ import java.nio.file.Path;
 
 /** hba version. */
 final class Version extends Command {
-    /** How the versions of the project's own management libraries begin. */
-    private static final String OWN = "Tavo ";
-
     Version() {
         super("Shows the versions of the tool and of the management library, and the folder in which the project's own "
             + "libraries keep the adapters' settings.");
@@ -18,7 +15,7 @@ final class Version extends Command {
     public Integer call() throws IOException {
         String library = Adapter.api().getVersioniSCSI();
         String tool = Version.class.getPackage().getImplementationVersion();
-        Path settings = library.startsWith(OWN) ? SettingsFolder.find() : null;
+        Path settings = SettingsFolder.of(library);
         if (wantsJson()) {
             JsonWriter json = jsonWriter();
             json.beginObject().name("hba").value(tool).name("managementLibrary").value(library);

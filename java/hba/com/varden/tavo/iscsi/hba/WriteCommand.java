@@ -35,7 +35,7 @@ abstract class WriteCommand extends DeviceCommand {
         }
         List<String> accepted = asks() ? losses(adapter) : List.of();
         confirm(accepted);
-        AdapterLock lock = AdapterLock.take(adapter.dev);
+        AdapterLock lock = AdapterLock.take(adapter);
         try {
             // Nobody has agreed to what came about while the question stood there.
             if (asks() && !accepted.containsAll(losses(adapter))) {
