@@ -17,9 +17,11 @@ import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Map;
+import java.util.TreeMap;
 import java.util.concurrent.TimeUnit;
 import java.util.concurrent.atomic.AtomicBoolean;
 import java.util.concurrent.atomic.AtomicInteger;
+import java.util.stream.Collectors;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.AfterEach;
 import org.junit.jupiter.api.BeforeEach;
@@ -200,6 +202,56 @@ final class HostAdapterTest extends ToolTest {
         }
         discover("::1", six);
         assertEquals(UNITS + 1, unitsOf(idOf("many")));
+    }
+
+    private static long kernelCounter(String name) throws IOException {
+        return Long.parseLong(Files.readString(Path.of("/sys/class/net/lo/statistics", name)).strip());
+    }
+
+    /** Others use the interface as well: what is shown lies between what the kernel says before and after. */
+    @Test
+    void countersAreTheKernels() throws IOException {
+        Map<String, String> names = Map.of("MACTxFramesCount", "tx_packets", "MACTxBytesCount", "tx_bytes",
+            "MACRxFramesCount", "rx_packets", "MACRxBytesCount", "rx_bytes");
+        Map<String, Long> before = new TreeMap<>();
+        for (String name : names.values()) {
+            before.put(name, kernelCounter(name));
+        }
+        JsonObject shown = tool.json("stats show 0").getAsJsonObject();
+        for (Map.Entry<String, String> name : names.entrySet()) {
+            long value = shown.get(name.getKey()).getAsLong();
+            long after = kernelCounter(name.getValue());
+            assertTrue(before.get(name.getValue()) <= value && value <= after,
+                () -> name + ": " + value + " is not from " + before.get(name.getValue()) + " to " + after);
+        }
+    }
+
+    @Test
+    void isnsTellsOfTargets() throws IOException, InterruptedException {
+        // The port of an iSNS server is fixed, so the address has to be free.
+        long process = ProcessHandle.current().pid();
+        String address = "127.98." + process / 250 % 250 + "." + (1 + process % 250);
+        String common = "Security = 0\nSourceName = " + PREFIX;
+        Files.createDirectory(tool.folder.resolve("database"));
+        Path settings = Files.writeString(tool.folder.resolve("server"), common + "server\nDatabase = " + tool.folder
+            + "/database\nPIDFile = " + tool.folder + "/pid\nBindAddress = " + address
+            + "\nDefaultDiscoveryDomain = 1\nESIMinInterval = 0\n");
+        Path client = Files.writeString(tool.folder.resolve("client"),
+            common + "administrator\nServerAddress = " + address + "\n");
+        tool.run("isns set 0 --enable-isns-discovery-flag=yes --server-ip-address=" + address).expect(0);
+        tool.run("isns targets 0").expect(1).says("ERR_UNREACHABLE");
+        daemons.add(start("control", server("isnsd"), "-4", "-f", "-c", settings.toString()));
+        String administrator = server("isnsadm");
+        for (int attempt = 0; start("control", administrator, "-c", client.toString(), "--register", "entity=shelf",
+            "target=" + PREFIX + "shelf,alias=top", "portal=10.9.0.1:3261").waitFor() != 0; ++attempt) {
+            assertTrue(attempt < 100, "isnsd does not start");
+            Thread.sleep(100);
+        }
+        JsonArray found = tool.json("isns targets 0").getAsJsonArray();
+        assertEquals(1, found.size(), found::toString);
+        JsonObject target = found.get(0).getAsJsonObject();
+        assertEquals(PREFIX + "shelf top 10.9.0.1 3261", Stream.of("iSCSIName", "iSCSIAlias", "IPAddress", "port")
+            .map(field -> target.get(field).getAsString()).collect(Collectors.joining(" ")));
     }
 
     @Test
