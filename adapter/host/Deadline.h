@@ -15,5 +15,6 @@ inline Deadline deadlineIn(std::chrono::milliseconds time)
 inline int millisecondsLeft(Deadline deadline)
 {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, 3600 * 1000));
+    constexpr std::chrono::milliseconds::rep hour = 3'600'000;
+    return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, hour));
 }

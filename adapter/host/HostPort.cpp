@@ -59,7 +59,7 @@ HostPort::HostPort(const AdapterModel &model, PortObserver &observer)
 HostPort::~HostPort()
 {
     loop_.reset();
-    logoutAll();
+    HostPort::logoutAll();
 }
 
 bool HostPort::linkUp()
@@ -186,7 +186,7 @@ void HostPort::logout(SD_UINT32 index)
             sessions_.erase(found);
         }
     }
-    endAll(std::move(ending));
+    endAll(ending);
 }
 
 void HostPort::logoutAll()
@@ -199,7 +199,7 @@ void HostPort::logoutAll()
         }
         sessions_.clear();
     }
-    endAll(std::move(ending));
+    endAll(ending);
 }
 
 CommandResult HostPort::execute(const SessionRequest &request, SD_UINT16 lun, std::span<const SD_UINT8> command,
@@ -249,7 +249,7 @@ std::shared_ptr<EntrySession> HostPort::sessionFor(const SessionRequest &request
     return session;
 }
 
-void HostPort::endAll(std::vector<std::shared_ptr<EntrySession>> ending)
+void HostPort::endAll(const std::vector<std::shared_ptr<EntrySession>> &ending)
 {
     std::vector<std::unique_ptr<Session>> sessions;
     for (const auto &session : ending) {

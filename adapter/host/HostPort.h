@@ -36,7 +36,7 @@ public:
 
 private:
     std::shared_ptr<EntrySession> sessionFor(const SessionRequest &request);
-    void endAll(std::vector<std::shared_ptr<EntrySession>> ending);
+    void endAll(const std::vector<std::shared_ptr<EntrySession>> &ending);
 
     const std::string interfaceName_;
     PortObserver &observer_;

@@ -96,7 +96,7 @@ bool sendEcho(Pinger &pinger, const SocketAddress &to, SD_UINT16 sequence)
 bool isAnswer(const Pinger &pinger, std::span<const SD_UINT8> packet)
 {
     if (pinger.raw && !pinger.six && !packet.empty()) {
-        const std::size_t header = (packet[0] & 0x0FU) * 4U;
+        const std::size_t header = std::size_t{4} * (packet[0] & 0x0FU);
         packet = packet.subspan(std::min(header, packet.size()));
     }
     EchoHeader echo{};

@@ -1,7 +1,6 @@
 // An iSCSI session by libiscsi, see Session.h.
 #include "Session.h"
 
-#include "PipeSignal.h"
 #include "ScsiStandard.h"
 #include "SocketAddress.h"
 
@@ -135,17 +134,16 @@ const LoginResult &Session::login() const
 
 void Session::catchUp()
 {
-    while (phase_ == Phase::idle) {
+    for (int round = 0; phase_ == Phase::idle; ++round) {
         pollfd arrived{iscsi_get_fd(context_.get()), POLLIN | POLLRDHUP, 0};
         if (poll(&arrived, 1, 0) <= 0) {
             return;
         }
-        if ((arrived.revents & CLOSED_EVENTS) != 0) {
+        if ((arrived.revents & CLOSED_EVENTS) != 0 || round == MOST_UNSENT) {
             end(Reach::unreachable);
             context_.reset();
             return;
         }
-        const WithoutPipeSignal guard;
         serve(arrived.revents);
     }
 }
@@ -171,7 +169,9 @@ void Session::beginCommand(SD_UINT16 lun, std::span<const SD_UINT8> command, std
     if (iscsi_scsi_command_async(context_.get(), lun, task_.get(), onCommand, nullptr, this) != 0) {
         end(Reach::unreachable);
         context_.reset();
+        return;
     }
+    serve(POLLOUT); // there is nearly always room for a command
 }
 
 void Session::beginDiscovery()
@@ -422,7 +422,6 @@ unsigned libiscsiVersion()
 
 void serveUntil(std::span<const std::unique_ptr<Session>> sessions, Deadline deadline)
 {
-    const WithoutPipeSignal guard;
     std::vector<Session *> pending;
     std::vector<pollfd> waits;
     for (;;) {

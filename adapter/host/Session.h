@@ -1,8 +1,9 @@
 // One iSCSI session with a target, or a discovery session with a portal, by libiscsi.
 //
 // Nothing in here waits. Whoever uses a session polls its descriptor, calls serve() for what has become ready and
-// expire() when the deadline has passed, until it is no longer pending; serveUntil() does so for one session. A session
-// is one thread's at a time. After the first transport error it is not usable again: make a new one.
+// expire() when the deadline has passed, until it is no longer pending; serveUntil() does so for many. A session
+// is one thread's at a time. SIGPIPE cannot come of it: what libiscsi sends without MSG_NOSIGNAL is the data of write
+// commands, and there are none. After the first transport error it is not usable again: make a new one.
 #pragma once
 
 #include "Deadline.h"

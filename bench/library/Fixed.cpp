@@ -3,14 +3,15 @@
 // that mixes two of them up is found out before anything is timed. The Java class Fixture sets the number of entries
 // and takes what was written.
 
+#include "com_varden_tavo_iscsi_bench_Fixture.h"
+#include "vdsdm.h"
+
+#include <jni.h>
+
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <jni.h>
-
-#include "com_varden_tavo_iscsi_bench_Fixture.h"
-#include "vdsdm.h"
 
 namespace
 {

@@ -2,14 +2,15 @@
 // else. Both are flattened: the compiled code has no function of ours left between two JNI calls. What is missing ends
 // the process, since nothing is missing in the benchmark. This is the least that the contract can cost.
 
+#include "com_varden_tavo_iscsi_bench_Straight.h"
+#include "vdsdm.h"
+
+#include <jni.h>
+
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <jni.h>
 #include <type_traits>
-
-#include "com_varden_tavo_iscsi_bench_Straight.h"
-#include "vdsdm.h"
 
 namespace
 {

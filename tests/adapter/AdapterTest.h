@@ -5,6 +5,7 @@
 #include "StorageNetwork.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -13,8 +14,6 @@
 #include <iterator>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 inline std::string readFile(const std::filesystem::path &path)
 {

@@ -112,46 +112,6 @@ TEST_F(Initiator, ReportLunsDeliversTheStandardsList)
     EXPECT_EQ(send(open(1), Command::inquiry, 64, 0, 36).status, 0U);
 }
 
-TEST_F(Initiator, InquiryDeliversTheStandardsData)
-{
-    const SDMGT_HANDLE handle = open(0);
-    const Answer whole = send(handle, Command::inquiry, 1, 1, 255);
-    ASSERT_EQ(whole.status, 0U);
-    EXPECT_EQ(senseOf(whole), 0U);
-    EXPECT_EQ(whole.data[0], 0x00);
-    EXPECT_EQ(whole.data[2], 0x06);
-    EXPECT_EQ(whole.data[3] & 0x0F, 2) << "response data format";
-    const std::size_t length = whole.data[4] + 5U;
-    EXPECT_EQ(length, 96U);
-    EXPECT_EQ(std::string(whole.data.begin() + 8, whole.data.begin() + 36), "VARDEN  TAVO DISK 4096  0104");
-    EXPECT_EQ(bigEndian(whole.data, 58, 2), 0x00A0U);
-    EXPECT_TRUE(std::all_of(whole.data.begin() + 96, whole.data.end(), [](SD_UINT8 byte) { return byte == FILL; }));
-    for (const SD_UINT32 size : {36U, 5U, 1U, 0U}) {
-        const Answer part = send(handle, Command::inquiry, 1, 1, size);
-        EXPECT_EQ(part.status, 0U);
-        EXPECT_TRUE(std::equal(part.data.begin(), part.data.end(), whole.data.begin())) << size;
-    }
-    EXPECT_NE(send(handle, Command::inquiry, 1, 0, 64).data, send(handle, Command::inquiry, 0, 0, 64).data)
-        << "units have serial numbers of their own";
-}
-
-TEST_F(Initiator, ReadCapacityDeliversTheStandardsNumbers)
-{
-    const SDMGT_HANDLE handle = open(0);
-    struct {
-        SD_UINT16 target, lun;
-        SD_UINT32 last, block;
-    } const cases[] = {
-        {0, 0, 0x07FFFFFF, 512}, {1, 0, 500U * 2097152 - 1, 512}, {1, 1, 0x0FFFFFFF, 4096},  {1, 5, 0xFFFFFFFF, 512},
-        {1, 9, 0, 512},          {6, 0x4100, 41943039, 512},      {6, 0x40F0, 41943039, 512}};
-    for (const auto &each : cases) {
-        const Answer answer = send(handle, Command::readCapacity, each.target, each.lun, 8);
-        EXPECT_EQ(answer.status, 0U) << each.target << " " << each.lun;
-        EXPECT_EQ(bigEndian(answer.data, 0, 4), each.last) << each.target << " " << each.lun;
-        EXPECT_EQ(bigEndian(answer.data, 4, 4), each.block);
-    }
-}
-
 TEST_F(Initiator, WhatIsNotThereFailsWithSenseData)
 {
     const SDMGT_HANDLE handle = open(0);
@@ -192,28 +152,6 @@ TEST_F(Initiator, WhatIsNotThereFailsWithSenseData)
     otherBus.BusNumber = 1;
     SD_UINT8 data[36];
     EXPECT_EQ(SDSendScsiInquiryCmdiSCSI(handle, &otherBus, data, 36, nullptr, 0), ERR_NO_SUCH_TARGET);
-}
-
-TEST_F(Initiator, PortalAndNodeOfATarget)
-{
-    const SDMGT_HANDLE handle = open(0);
-    DISCISCSIPORTAL portal{};
-    DISCISCSINODE node{};
-    ASSERT_EQ(SDGetDiscPortalPropertyiSCSI(handle, 0, 5, 0, &portal), 0U);
-    EXPECT_EQ(toText(portal.IPAddr), "10.20.0.12");
-    EXPECT_EQ(getText(portal.hostName), "array2.san.example");
-    EXPECT_EQ(portal.NodeCount, 3);
-    EXPECT_EQ(portal.portNumber, 3260);
-    ASSERT_EQ(SDGetDiscPortalPropertyiSCSI(handle, 0, 42, 0, &portal), 0U);
-    EXPECT_EQ(getText(portal.hostName).size(), sizeof portal.hostName);
-    ASSERT_EQ(SDGetDiscNodePropertyiSCSI(handle, 0, 5, 0, &node), 0U);
-    EXPECT_EQ(node.SessionID, entryAt(handle, 5).TargetSessID);
-    EXPECT_EQ(getText(node.NodeInfo.iSCSIName), targetName("array2.many"));
-    EXPECT_EQ(node.TargetInfo.TargetID, 5);
-    for (const SD_UINT32 absent : {2U, 512U, 0xFFFFU, 0xFFFFFFFFU}) {
-        EXPECT_EQ(SDGetDiscPortalPropertyiSCSI(handle, 0, absent, 0, &portal), ERR_NO_SUCH_TARGET);
-        EXPECT_EQ(SDGetDiscNodePropertyiSCSI(handle, 0, absent, 0, &node), ERR_NO_SUCH_TARGET);
-    }
 }
 
 TEST_F(Initiator, LogoutEndsTheSessionAndResetMakesItAnew)

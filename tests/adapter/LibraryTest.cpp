@@ -101,19 +101,6 @@ TEST_F(Library, NullPointersAndBadNumbersAreRefused)
     EXPECT_TRUE(std::filesystem::is_empty(folder)) << "what was refused left something on disk";
 }
 
-TEST_F(Library, VersionFitsItsBuffer)
-{
-    char text[VERSION_TEXT_SIZE + 1];
-    std::memset(text, '#', sizeof text);
-    EXPECT_EQ(SDGetVersioniSCSI(text, VERSION_TEXT_SIZE), 0U);
-    EXPECT_EQ(std::string(text).find("Tavo software adapter "), 0U);
-    EXPECT_EQ(text[VERSION_TEXT_SIZE], '#');
-    std::memset(text, '#', sizeof text);
-    EXPECT_EQ(SDGetVersioniSCSI(text, 5), 0U);
-    EXPECT_STREQ(text, "Tavo");
-    EXPECT_EQ(text[5], '#');
-}
-
 TEST_F(Library, TraceNamesEveryOperation)
 {
     SDMGT_HANDLE handle = open(0);

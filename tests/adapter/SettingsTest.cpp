@@ -8,32 +8,10 @@ namespace
 
 using Settings = AdapterTest;
 
-template <class Record>
+template <typename Record>
 bool same(const Record &one, const Record &other)
 {
     return std::memcmp(&one, &other, sizeof one) == 0;
-}
-
-TEST_F(Settings, FactoryDatabasesAreLinked)
-{
-    EXPECT_EQ(walk(open(0)), (std::vector<SD_UINT32>{0, 1, 5, 6, 17, 42, 100, 511}));
-    EXPECT_EQ(walk(open(1)), (std::vector<SD_UINT32>{2, 3, 64, 65, 300}));
-    EXPECT_EQ(walk(open(2)).size(), 512U);
-    EXPECT_TRUE(walk(open(3)).empty());
-    for (const SD_UINT32 index : {0U, 1U, 2U, 3U}) {
-        SD_UINT32 count = 99;
-        HBAISCSIPORTAL portal{};
-        HBAISCSINODE node{};
-        const SDMGT_HANDLE handle = open(index);
-        EXPECT_EQ(SDGetDDBEntryNum(handle, &count), 0U);
-        EXPECT_EQ(count, walk(handle).size());
-        EXPECT_EQ(SDGetHbaDevicePortalPropertyiSCSI(handle, 0, &portal), 0U);
-        EXPECT_EQ(portal.DiscTargetCount, count);
-        EXPECT_EQ(SDGetHbaDeviceNodePropertyiSCSI(handle, &node), 0U);
-        EXPECT_EQ(getText(node.NodeInfoISCSI.iSCSIName), "iqn.2004-07.com.varden.adapter:" + getText(portal.SerialNum));
-    }
-    EXPECT_EQ(getText(entryAt(open(0), 511).EntryInfo.iSCSIName).size(), 223U);
-    EXPECT_TRUE(std::filesystem::is_empty(folder)) << "reading leaves a factory-fresh adapter without files";
 }
 
 TEST_F(Settings, EntriesAreReadBackAndLinkedAnew)
@@ -74,39 +52,6 @@ TEST_F(Settings, EntriesAreReadBackAndLinkedAnew)
     EXPECT_EQ(initial.InitiatorSessID[4], 0x01);
     EXPECT_EQ(initial.InitiatorSessID[5], 0x23);
     EXPECT_TRUE(same(initial.DeviceInfo, entry.DeviceInfo));
-}
-
-TEST_F(Settings, FirmwareBlockIsReadBackAndRestored)
-{
-    const SDMGT_HANDLE handle = open(1);
-    INITFWISCSI block{};
-    ASSERT_EQ(SDGetInitFW(handle, &block), 0U);
-    EXPECT_EQ(block.IPAddr.Type, ADDRESS_IPV6);
-    const INITFWISCSI factory = block;
-    block.FWOptions = 0xABCD;
-    block.IPAddr = makeAddress("192.168.7.9");
-    block.IPAddr.Type = 0; // the adapter knows
-    std::memset(block.Alias, 'x', sizeof block.Alias);
-    std::memset(block.Reserved, 0x5A, sizeof block.Reserved);
-    block.DeviceInfo.keepAliveTimeout = 777;
-    ASSERT_EQ(SDSetInitFW(handle, &block), 0U);
-    INITFWISCSI back{};
-    ASSERT_EQ(SDGetInitFW(handle, &back), 0U);
-    block.IPAddr.Type = ADDRESS_IPV4;
-    EXPECT_TRUE(same(back, block));
-    HBAISCSINODE node{};
-    ASSERT_EQ(SDGetHbaDeviceNodePropertyiSCSI(handle, &node), 0U);
-    EXPECT_EQ(getText(node.NodeInfoISCSI.Alias), std::string(32, 'x'));
-    EXPECT_TRUE(sameAddress(node.NodeInfoISCSI.IPAddr, block.IPAddr));
-
-    INITFWISCSI defaults{};
-    INITFWISCSI zero{};
-    ASSERT_EQ(SDGetFWDefaults(handle, &defaults), 0U);
-    EXPECT_FALSE(same(defaults, factory));
-    ASSERT_EQ(SDSetFWDefaults(handle, &zero), 0U);
-    ASSERT_EQ(SDGetInitFW(handle, &back), 0U);
-    EXPECT_TRUE(same(back, defaults));
-    EXPECT_EQ(walk(handle).size(), 5U) << "the defaults concern the block alone";
 }
 
 TEST_F(Settings, ChapTableIsReplacedAsAWhole)

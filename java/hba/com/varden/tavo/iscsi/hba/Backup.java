@@ -284,8 +284,8 @@ final class Backup {
                     }
                     writes.get(done).run();
                 } catch (OperationFailed e) {
-                    throw new OperationFailed(e.getMessage() + "\nWritten: " + list(names.subList(0, done))
-                        + ". Not written as a whole: " + list(names.subList(done, names.size())) + ".", e.status);
+                    throw new OperationFailed(e.getMessage() + "\nSections written: " + list(names.subList(0, done))
+                        + ". Not written, or not as a whole: " + list(names.subList(done, names.size())) + ".", e.status);
                 }
             }
         }

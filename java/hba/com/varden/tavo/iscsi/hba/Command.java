@@ -143,7 +143,7 @@ abstract class Command implements Callable<Integer> {
             writer.beginObject().name("done").value(what).endObject();
             finish(writer);
         } else {
-            System.out.println(what);
+            System.out.println(TerminalText.lines(what));
         }
     }
 

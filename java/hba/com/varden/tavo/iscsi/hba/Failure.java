@@ -20,8 +20,7 @@ record Failure(int exit, int status, String name, String message) {
     static Failure of(Throwable cause) {
         if (cause instanceof OperationFailed failed && failed.status != 0) {
             String known = Status.find(failed.status).map(Enum::name).orElse("UNKNOWN");
-            return new Failure(Command.FAILED, failed.status, known,
-                failed.getMessage());
+            return new Failure(Command.FAILED, failed.status, known, failed.getMessage());
         }
         if (cause instanceof OperationFailed) {
             return new Failure(Command.FAILED, Command.FAILED, "FAILED", cause.getMessage());

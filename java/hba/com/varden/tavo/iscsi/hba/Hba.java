@@ -1,5 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
+import java.io.PrintWriter;
+import java.io.StringWriter;
 import java.util.Arrays;
 import java.util.List;
 import picocli.CommandLine;
@@ -42,7 +44,9 @@ public final class Hba {
             Failure failure = Failure.of(e);
             failure.report(given.contains("--json"));
             if (given.contains("--debug")) {
-                e.printStackTrace();
+                StringWriter trace = new StringWriter();
+                e.printStackTrace(new PrintWriter(trace));
+                System.err.print(TerminalText.lines(trace.toString()));
             }
             return failure.exit();
         }

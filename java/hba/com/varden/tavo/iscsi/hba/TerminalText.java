@@ -25,7 +25,7 @@ final class TerminalText {
         return text.isEmpty() ? NOTHING : text;
     }
 
-    /** Text of the tool's own that may have several lines and hold texts of others. */
+    /** Text of the tool's own that may have lines and tabs and hold texts of others. */
     static String lines(String text) {
         return replaced(text, true);
     }
@@ -34,7 +34,7 @@ final class TerminalText {
         StringBuilder clean = null;
         for (int i = 0; i < text.length(); i++) {
             char c = text.charAt(i);
-            if (steers(c) && !(keepLines && c == '\n')) {
+            if (steers(c) && !(keepLines && (c == '\n' || c == '\t'))) {
                 clean = clean == null ? new StringBuilder(text) : clean;
                 clean.setCharAt(i, '?');
             }
