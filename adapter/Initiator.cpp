@@ -269,10 +269,10 @@ void endSession(Adapter &adapter, SD_UINT32 index, bool logged)
     }
 }
 
-CommandResult execute(Adapter &adapter, const DEVICEENTRYISCSI &entry, SD_UINT16 lun, std::span<const SD_UINT8> command,
-                      std::size_t allocationLength)
+CommandResult execute(Adapter &adapter, const Settings &settings, const DEVICEENTRYISCSI &entry, SD_UINT16 lun,
+                      std::span<const SD_UINT8> command, std::size_t allocationLength)
 {
-    const auto request = requestOf(*adapter.settings.read(), entry);
+    const auto request = requestOf(settings, entry);
     CommandResult result;
     if (request) {
         result = adapter.port().execute(*request, lun, command, allocationLength);

@@ -36,9 +36,9 @@ void loginAll(Adapter &adapter, const SettingsStore::Change &change);
 // Ends the session of an entry. logged: an entry of the log tells of it.
 void endSession(Adapter &adapter, SD_UINT32 index, bool logged);
 
-// Sends a SCSI command to a unit of an entry's target.
-CommandResult execute(Adapter &adapter, const DEVICEENTRYISCSI &entry, SD_UINT16 lun, std::span<const SD_UINT8> command,
-                      std::size_t allocationLength);
+// Sends a SCSI command to a unit of an entry's target. The settings are those that the entry is of.
+CommandResult execute(Adapter &adapter, const Settings &settings, const DEVICEENTRYISCSI &entry, SD_UINT16 lun,
+                      std::span<const SD_UINT8> command, std::size_t allocationLength);
 
 // Asks the portal of an entry for its targets.
 DiscoveryResult discover(Adapter &adapter, const DEVICEENTRYISCSI &entry);

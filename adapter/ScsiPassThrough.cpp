@@ -35,7 +35,7 @@ void send(Adapter &adapter, const TARGETINFORMATION *unit, std::span<const SD_UI
     CommandResult result;
     result.login.reach = Reach::unknownTarget;
     if (entry != nullptr && entry->DeviceState != ENTRY_LOGGED_OUT) {
-        result = execute(adapter, *entry, unit->LUN, command, response.size);
+        result = execute(adapter, *settings, *entry, unit->LUN, command, response.size);
     }
     const Reach reach = result.login.reach;
     if (reach == Reach::unknownTarget) {
