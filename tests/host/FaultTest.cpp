@@ -18,11 +18,6 @@ constexpr auto SHORT_DEADLINE = 700ms;
 constexpr auto MARGIN = 400ms; // for a busy machine
 constexpr const char *NAME = "iqn.2024-01.example:faulty";
 
-ISCSIIPADDR loopback()
-{
-    return {{127, 0, 0, 1}, 1, 0};
-}
-
 template <typename Work>
 std::chrono::steady_clock::duration timeOf(Work &&work)
 {
@@ -31,37 +26,37 @@ std::chrono::steady_clock::duration timeOf(Work &&work)
     return std::chrono::steady_clock::now() - start;
 }
 
-struct Fault {
-    const char *what;
-    ScriptedTarget::Script script;
-    Reach reach;
+// What a target does with a connection, one after the other; then it closes.
+enum Step {
+    receive,
+    login,
+    garbage,
+    halfLoginAnswer,
+    longLoginAnswer,
+    endlessText,
+    halfAnswer,
+    data,
+    dataWithoutEnd,
+    pingsWithoutEnd,
+    stay
 };
 
-// Waits for the command and sends what a data segment of so many bytes would be.
-void answerWithData(ScriptedConnection &connection, std::size_t bytes, bool forEver)
+Pdu dataFor(const Pdu &request, std::size_t bytes)
 {
-    connection.acceptLogin();
-    const Pdu request = connection.receive();
     Pdu answer = answerTo(request, 0x25);
     answer.header[1] = 0; // more to come
     answer.data.assign(bytes, 0xDD);
-    do {
-        connection.send(answer);
-    } while (forEver);
-    connection.stayUntilClosed();
+    return answer;
 }
 
-// Pings without end, each with data and asking for an answer.
-void ping(ScriptedConnection &connection)
+// With data, and asking for an answer.
+Pdu pingFor(const Pdu &request)
 {
-    connection.acceptLogin();
-    Pdu answer = answerTo(connection.receive(), 0x20);
-    std::fill_n(answer.header.begin() + 16, 4, SD_UINT8{0xFF});
-    answer.header[23] = 1;
-    answer.data.assign(100000, 0x55);
-    for (;;) {
-        connection.send(answer);
-    }
+    Pdu ping = answerTo(request, 0x20);
+    std::fill_n(ping.header.begin() + 16, 4, SD_UINT8{0xFF});
+    ping.header[23] = 1;
+    ping.data.assign(100000, 0x55);
+    return ping;
 }
 
 std::vector<SD_UINT8> beginningOf(const Pdu &pdu, std::size_t bytes)
@@ -71,87 +66,93 @@ std::vector<SD_UINT8> beginningOf(const Pdu &pdu, std::size_t bytes)
     return all;
 }
 
-const std::vector<Fault> &faults()
+Pdu loginAnswer(const Pdu &request, std::size_t bytes)
 {
-    static const std::vector<Fault> all{
-        {"silent after connecting", [](ScriptedConnection &to) { to.stayUntilClosed(); }, Reach::timeout},
-        {"closes at once", [](ScriptedConnection &) {}, Reach::refused},
-        {"closes instead of an answer", [](ScriptedConnection &to) { to.receive(); }, Reach::refused},
-        {"answers the login with garbage",
-         [](ScriptedConnection &to) {
-             to.send(std::vector<SD_UINT8>(5000, 'H'));
-             to.stayUntilClosed();
-         },
-         Reach::refused},
-        {"half a login answer",
-         [](ScriptedConnection &to) {
-             to.send(beginningOf(answerTo(to.receive(), 0x23), 20));
-             to.stayUntilClosed();
-         },
-         Reach::timeout},
-        {"half a login answer and an end",
-         [](ScriptedConnection &to) { to.send(beginningOf(answerTo(to.receive(), 0x23), 20)); }, Reach::refused},
-        {"login answer that promises too much",
-         [](ScriptedConnection &to) {
-             Pdu answer = answerTo(to.receive(), 0x23);
-             answer.data.assign(100000, 'x');
-             to.send(answer);
-             to.stayUntilClosed();
-         },
-         Reach::refused},
-        {"login text without an end",
-         [](ScriptedConnection &to) {
-             Pdu answer = answerTo(to.receive(), 0x23);
-             answer.header[1] = 0x87;
-             answer.data.assign(64, 'x');
-             to.send(answer);
-             to.stayUntilClosed();
-         },
-         Reach::refused},
-        {"closes instead of a command's answer",
-         [](ScriptedConnection &to) {
-             to.acceptLogin();
-             to.receive();
-         },
-         Reach::unreachable},
-        {"silent to a command",
-         [](ScriptedConnection &to) {
-             to.acceptLogin();
-             to.stayUntilClosed();
-         },
-         Reach::timeout},
-        {"answers a command with garbage",
-         [](ScriptedConnection &to) {
-             to.acceptLogin();
-             to.receive();
-             to.send(std::vector<SD_UINT8>(100000, 0xA5));
-             to.stayUntilClosed();
-         },
-         Reach::unreachable},
-        {"half an answer to a command",
-         [](ScriptedConnection &to) {
-             to.acceptLogin();
-             to.send(beginningOf(answerTo(to.receive(), 0x21), 30));
-             to.stayUntilClosed();
-         },
-         Reach::timeout},
-        {"more data than asked for", [](ScriptedConnection &to) { answerWithData(to, 5000, false); },
-         Reach::unreachable},
-        {"data without end", [](ScriptedConnection &to) { answerWithData(to, 8, true); }, Reach::timeout},
-        {"pings without end", ping, Reach::timeout},
-    };
-    return all;
+    Pdu answer = answerTo(request, 0x23);
+    answer.header[1] = 0x87;
+    answer.data.assign(bytes, 'x');
+    return answer;
 }
+
+void play(const std::vector<Step> &steps, ScriptedConnection &to)
+{
+    Pdu request;
+    const auto sendWithoutEnd = [&](const Pdu &pdu) {
+        for (;;) {
+            to.send(pdu);
+        }
+    };
+    for (const Step step : steps) {
+        switch (step) {
+        case receive:
+            request = to.receive();
+            break;
+        case login:
+            to.acceptLogin();
+            break;
+        case garbage:
+            to.send(std::vector<SD_UINT8>(100000, 0xA5));
+            break;
+        case halfLoginAnswer:
+            to.send(beginningOf(loginAnswer(request, 0), 20));
+            break;
+        case longLoginAnswer:
+            to.send(loginAnswer(request, 100000));
+            break;
+        case endlessText:
+            to.send(loginAnswer(request, 64));
+            break;
+        case halfAnswer:
+            to.send(beginningOf(answerTo(request, 0x21), 30));
+            break;
+        case data:
+            to.send(dataFor(request, 5000));
+            break;
+        case dataWithoutEnd:
+            sendWithoutEnd(dataFor(request, 8));
+            break;
+        case pingsWithoutEnd:
+            sendWithoutEnd(pingFor(request));
+            break;
+        case stay:
+            to.stayUntilClosed();
+            break;
+        }
+    }
+}
+
+struct Fault {
+    const char *what;
+    std::vector<Step> steps;
+    Reach reach;
+};
+
+const std::vector<Fault> FAULTS{
+    {"silent after connecting", {stay}, Reach::timeout},
+    {"closes instead of an answer", {receive}, Reach::refused},
+    {"answers the login with garbage", {garbage, stay}, Reach::refused},
+    {"half a login answer", {receive, halfLoginAnswer, stay}, Reach::timeout},
+    {"half a login answer and an end", {receive, halfLoginAnswer}, Reach::refused},
+    {"login answer that promises too much", {receive, longLoginAnswer, stay}, Reach::refused},
+    {"login text without an end", {receive, endlessText, stay}, Reach::refused},
+    {"closes instead of a command's answer", {login, receive}, Reach::unreachable},
+    {"silent to a command", {login, stay}, Reach::timeout},
+    {"answers a command with garbage", {login, receive, garbage, stay}, Reach::unreachable},
+    {"half an answer to a command", {login, receive, halfAnswer, stay}, Reach::timeout},
+    {"more data than asked for", {login, receive, data, stay}, Reach::unreachable},
+    {"data without end", {login, receive, dataWithoutEnd}, Reach::timeout},
+    {"pings without end", {login, receive, pingsWithoutEnd}, Reach::timeout},
+};
 
 TEST(Fault, EachIsAStatusWithinTheDeadline)
 {
     Counters counters;
     const auto port = openPortOf("lo", counters);
-    for (const Fault &fault : faults()) {
+    for (const Fault &fault : FAULTS) {
         const std::size_t descriptors = countOwn("fd");
         {
-            const ScriptedTarget target(fault.script);
-            const SessionRequest request = requestFor(loopback(), target.port(), NAME, SHORT_DEADLINE);
+            const ScriptedTarget target([&](ScriptedConnection &to) { play(fault.steps, to); });
+            const SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
             // The second command finds no session any more and meets the same.
             for (int attempt = 0; attempt < 2; ++attempt) {
                 CommandResult result;
@@ -178,7 +179,7 @@ TEST(Fault, SenseDataOfAnyLength)
     });
     Counters counters;
     const auto port = openPortOf("lo", counters);
-    const SessionRequest request = requestFor(loopback(), target.port(), NAME);
+    const SessionRequest request = requestFor(target.port(), NAME);
     for (std::size_t length = 0; length < 300; ++length) {
         const CommandResult result = reportLuns(*port, request);
         ASSERT_EQ(result.login.reach, Reach::session) << length;
@@ -207,7 +208,7 @@ TEST(Fault, LoginStatusReachesTheCaller)
                                               {0x0206, Reach::refused},        {0x0301, Reach::refused}};
     for (const auto &[sent, reach] : expected) {
         status = sent;
-        const LoginResult login = logIn(*port, requestFor(loopback(), target.port(), NAME, SHORT_DEADLINE));
+        const LoginResult login = logIn(*port, requestFor(target.port(), NAME, SHORT_DEADLINE));
         EXPECT_EQ(login.reach, reach) << sent;
         EXPECT_EQ(login.status, sent);
     }
@@ -222,7 +223,7 @@ TEST(Fault, FiveHundredLoginsToATargetThatIsFrozen)
     std::atomic<SD_UINT32> ended{0};
     const auto logInToAll = [&] {
         for (SD_UINT32 index = 0; index < entries; ++index) {
-            SessionRequest request = requestFor(loopback(), target.port(), NAME, SHORT_DEADLINE);
+            SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
             request.index = index;
             port->login(request, [&](const LoginResult &login) {
                 EXPECT_EQ(login.reach, Reach::timeout);
@@ -258,7 +259,7 @@ protected:
         daemon_->addUnit(target_, 1);
         daemon_->addTarget("iqn.2024-01.example:bystander"); // tgtd without any target answers nobody
         port_ = openPortOf("lo", counters_);
-        request_ = requestFor(daemon_->address(), daemon_->port(), NAME, SHORT_DEADLINE);
+        request_ = requestFor(daemon_->port(), NAME, SHORT_DEADLINE);
     }
 
     std::unique_ptr<TargetDaemon> daemon_;

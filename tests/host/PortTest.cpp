@@ -27,11 +27,10 @@ std::unique_ptr<TargetPort> openPortOf(const std::string &interfaceName, PortObs
     return model ? openPort(*model, observer) : nullptr;
 }
 
-SessionRequest requestFor(const ISCSIIPADDR &address, SD_UINT16 port, const std::string &targetName,
-                          std::chrono::milliseconds deadline)
+SessionRequest requestFor(SD_UINT16 port, const std::string &targetName, std::chrono::milliseconds deadline)
 {
     SessionRequest request;
-    request.target = {address, port, targetName};
+    request.target = {{{127, 0, 0, 1}, 1, 0}, port, targetName};
     request.initiatorName = "iqn.2024-01.example:initiator";
     request.initiatorAlias = "test";
     request.deadline = deadline;
@@ -63,13 +62,6 @@ CommandResult reportLuns(TargetPort &port, const SessionRequest &request, SD_UIN
     return port.execute(request, 0, command, allocation);
 }
 
-CommandResult inquiry(TargetPort &port, const SessionRequest &request, SD_UINT16 lun)
-{
-    constexpr SD_UINT8 allocation = 36;
-    const std::array<SD_UINT8, 6> command{SCSI_INQUIRY, 0, 0, 0, allocation};
-    return port.execute(request, lun, command, allocation);
-}
-
 CommandResult readCapacity(TargetPort &port, const SessionRequest &request, SD_UINT16 lun)
 {
     const std::array<SD_UINT8, 10> command{SCSI_READ_CAPACITY_10};
@@ -79,16 +71,6 @@ CommandResult readCapacity(TargetPort &port, const SessionRequest &request, SD_U
 bool succeeded(const CommandResult &result)
 {
     return result.login.reach == Reach::session && result.status == SCSI_GOOD;
-}
-
-SD_UINT32 wordAt(const std::vector<SD_UINT8> &bytes, std::size_t place)
-{
-    if (bytes.size() < place + 4) {
-        ADD_FAILURE() << "only " << bytes.size() << " bytes";
-        return 0;
-    }
-    return SD_UINT32{bytes[place]} << 24 | SD_UINT32{bytes[place + 1]} << 16 | SD_UINT32{bytes[place + 2]} << 8
-           | bytes[place + 3];
 }
 
 std::size_t countOwn(const std::string &folder)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Daemons.h"
+#include "ScriptedTarget.h"
 #include "TargetPort.h"
 
 #include <gtest/gtest.h>
@@ -28,21 +29,18 @@ private:
 // The port of an interface.
 std::unique_ptr<TargetPort> openPortOf(const std::string &interfaceName, PortObserver &observer);
 
-SessionRequest requestFor(const ISCSIIPADDR &address, SD_UINT16 port, const std::string &targetName,
+// A session with a target at a port of 127.0.0.1.
+SessionRequest requestFor(SD_UINT16 port, const std::string &targetName,
                           std::chrono::milliseconds deadline = std::chrono::seconds(5));
 Credentials credentials(const std::string &name, const std::string &secret);
 
 // Logs in and waits for the outcome, twice the deadline at most.
 LoginResult logIn(TargetPort &port, const SessionRequest &request);
 CommandResult reportLuns(TargetPort &port, const SessionRequest &request, SD_UINT32 allocation = 2048);
-CommandResult inquiry(TargetPort &port, const SessionRequest &request, SD_UINT16 lun);
 CommandResult readCapacity(TargetPort &port, const SessionRequest &request, SD_UINT16 lun);
 
 // Whether a command reached its unit and ended well.
 bool succeeded(const CommandResult &result);
-
-// A big-endian number of four bytes.
-SD_UINT32 wordAt(const std::vector<SD_UINT8> &bytes, std::size_t place);
 
 // How many entries a folder of /proc/self has: descriptors ("fd") or threads ("task").
 std::size_t countOwn(const std::string &folder);

@@ -1,0 +1,151 @@
+// A scripted target, see ScriptedTarget.h.
+#include "ScriptedTarget.h"
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace
+{
+
+struct Bound {
+    int socket;
+    SD_UINT16 port;
+};
+
+Bound bindSocket()
+{
+    sockaddr_in name{};
+    name.sin_family = AF_INET;
+    name.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof name;
+    const int made = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (made < 0 || bind(made, reinterpret_cast<sockaddr *>(&name), size) != 0
+        || getsockname(made, reinterpret_cast<sockaddr *>(&name), &size) != 0) {
+        throw std::runtime_error("no port");
+    }
+    return {made, ntohs(name.sin_port)};
+}
+
+} // namespace
+
+SD_UINT16 freePort()
+{
+    const Bound bound = bindSocket();
+    close(bound.socket);
+    return bound.port;
+}
+
+Pdu ScriptedConnection::receive()
+{
+    Pdu pdu;
+    receive(pdu.header);
+    const std::size_t length = static_cast<std::size_t>(pdu.header[5] << 16 | pdu.header[6] << 8 | pdu.header[7]);
+    pdu.data.resize((length + 3) / 4 * 4);
+    receive(pdu.data);
+    return pdu;
+}
+
+void ScriptedConnection::receive(std::vector<SD_UINT8> &bytes)
+{
+    if (!bytes.empty()
+        && recv(socket_, bytes.data(), bytes.size(), MSG_WAITALL) != static_cast<ssize_t>(bytes.size())) {
+        throw std::runtime_error("closed");
+    }
+}
+
+void ScriptedConnection::send(const std::vector<SD_UINT8> &bytes)
+{
+    for (std::size_t place = 0; place < bytes.size();) {
+        const ssize_t sent = ::send(socket_, bytes.data() + place, bytes.size() - place, MSG_NOSIGNAL);
+        if (sent <= 0) {
+            throw std::runtime_error("closed");
+        }
+        place += static_cast<std::size_t>(sent);
+    }
+}
+
+void ScriptedConnection::send(const Pdu &pdu)
+{
+    send(bytesOf(pdu));
+}
+
+void ScriptedConnection::acceptLogin()
+{
+    const Pdu request = receive();
+    Pdu answer = answerTo(request, 0x23);
+    answer.header[1] = 0x87; // on to the full feature phase
+    std::copy_n(request.header.begin() + 8, 6, answer.header.begin() + 8);
+    answer.header[15] = 1; // the session's number
+    send(answer);
+}
+
+void ScriptedConnection::stayUntilClosed()
+{
+    SD_UINT8 byte = 0;
+    while (recv(socket_, &byte, 1, 0) > 0) {
+    }
+}
+
+Pdu answerTo(const Pdu &request, SD_UINT8 opcode)
+{
+    Pdu answer;
+    answer.header[0] = opcode;
+    answer.header[1] = 0x80;
+    std::copy_n(request.header.begin() + 16, 4, answer.header.begin() + 16); // task tag
+    std::copy_n(request.header.begin() + 24, 4, answer.header.begin() + 28); // expected command number
+    std::copy_n(request.header.begin() + 24, 4, answer.header.begin() + 32); // and the highest one
+    answer.header[34] = static_cast<SD_UINT8>(answer.header[34] + 1);
+    return answer;
+}
+
+std::vector<SD_UINT8> bytesOf(const Pdu &pdu)
+{
+    std::vector<SD_UINT8> bytes = pdu.header;
+    bytes[5] = static_cast<SD_UINT8>(pdu.data.size() >> 16);
+    bytes[6] = static_cast<SD_UINT8>(pdu.data.size() >> 8);
+    bytes[7] = static_cast<SD_UINT8>(pdu.data.size());
+    bytes.insert(bytes.end(), pdu.data.begin(), pdu.data.end());
+    bytes.resize((bytes.size() + 3) / 4 * 4);
+    return bytes;
+}
+
+ScriptedTarget::ScriptedTarget(Script script) : script_(std::move(script))
+{
+    const Bound bound = bindSocket();
+    listener_ = bound.socket;
+    port_ = bound.port;
+    listen(listener_, 1024);
+    thread_ = std::thread([this] { serve(); });
+}
+
+ScriptedTarget::~ScriptedTarget()
+{
+    ending_ = true;
+    shutdown(listener_, SHUT_RDWR);
+    shutdown(connection_, SHUT_RDWR);
+    thread_.join();
+    close(listener_);
+}
+
+void ScriptedTarget::serve()
+{
+    while (!ending_) {
+        const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+        if (socket < 0) {
+            return;
+        }
+        connection_ = socket;
+        try {
+            ScriptedConnection connection(socket);
+            script_(connection);
+        } catch (const std::runtime_error &) {
+            // the other side is gone, and the script with it
+        }
+        connection_ = -1;
+        close(socket);
+    }
+}

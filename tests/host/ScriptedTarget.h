@@ -1,0 +1,68 @@
+// A target that misbehaves as it is told.
+#pragma once
+
+#include "Exported.h"
+
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+// A TCP port of 127.0.0.1 that nobody has at the moment.
+SD_UINT16 freePort();
+
+// A PDU of iSCSI.
+struct Pdu {
+    std::vector<SD_UINT8> header = std::vector<SD_UINT8>(48);
+    std::vector<SD_UINT8> data;
+};
+
+// A connection as a script sees it. Everything throws when the other side is gone.
+class ScriptedConnection
+{
+public:
+    explicit ScriptedConnection(int socket) : socket_(socket) {}
+
+    Pdu receive();
+    void send(const std::vector<SD_UINT8> &bytes);
+    void send(const Pdu &pdu);
+    // Takes the login request and lets the initiator in.
+    void acceptLogin();
+    // Waits until the other side ends the connection.
+    void stayUntilClosed();
+
+private:
+    void receive(std::vector<SD_UINT8> &bytes);
+
+    int socket_;
+};
+
+// The answer to a request: its kind, with the numbers that an answer repeats.
+Pdu answerTo(const Pdu &request, SD_UINT8 opcode);
+std::vector<SD_UINT8> bytesOf(const Pdu &pdu);
+
+// Listens on 127.0.0.1 and plays the script for each connection.
+class ScriptedTarget
+{
+public:
+    using Script = std::function<void(ScriptedConnection &)>;
+    explicit ScriptedTarget(Script script);
+    ScriptedTarget(const ScriptedTarget &) = delete;
+    ScriptedTarget &operator=(const ScriptedTarget &) = delete;
+    ~ScriptedTarget();
+
+    SD_UINT16 port() const
+    {
+        return port_;
+    }
+
+private:
+    void serve();
+
+    Script script_;
+    int listener_;
+    SD_UINT16 port_;
+    std::atomic<int> connection_{-1};
+    std::atomic<bool> ending_{false};
+    std::thread thread_;
+};
