@@ -55,52 +55,21 @@ std::string javaSays(const char *type, const char *method, const char *signature
     return out;
 }
 
-constexpr const char *SAYS = "()Ljava/lang/String;";
-
-class HostileJava : public ::testing::Test
+TEST(HostileJava, objectsThatMeanNoGood)
 {
-protected:
-    void SetUp() override
-    {
-        quietRuntime(true);
-        library().responder = [](const Operation &operation) {
-            std::size_t record = operation.arguments.find('[');
-            if (record != std::string::npos) {
-                lastRecord = operation.arguments.substr(record + 1, operation.arguments.find(']') - record - 1);
-            }
-            Answer answer{0, std::string(operation.outSize, '3'), 2};
-            if (operation.name == "SDSendScsiReportLunsCmdiSCSI") {
-                answer.bytes.replace(0, 4, {0, 0, 0, 16});
-            }
-            return answer;
-        };
+    quietRuntime(true);
+    library().responder = [](const Operation &operation) {
+        const std::size_t record = operation.arguments.find('[');
+        if (record != std::string::npos) {
+            lastRecord = operation.arguments.substr(record + 1, operation.arguments.find(']') - record - 1);
+        }
+        return Answer{};
+    };
+    for (const char *test : {"throwingAndNull", "arrayLengths", "textLengths"}) {
+        EXPECT_EQ(javaSays("HostileJava", test, "()Ljava/lang/String;"), "") << test;
     }
-
-    void TearDown() override
-    {
-        quietRuntime(false);
-        library().responder = nullptr;
-    }
-};
-
-TEST_F(HostileJava, callerGetsItsOwnException)
-{
-    EXPECT_EQ(javaSays("HostileJava", "throwing", SAYS), "");
-}
-
-TEST_F(HostileJava, gettersReturnNull)
-{
-    EXPECT_EQ(javaSays("HostileJava", "returningNull", SAYS), "");
-}
-
-TEST_F(HostileJava, arraysOfEveryLength)
-{
-    EXPECT_EQ(javaSays("HostileJava", "arrayLengths", SAYS), "");
-}
-
-TEST_F(HostileJava, textsOfEveryLength)
-{
-    EXPECT_EQ(javaSays("HostileJava", "textLengths", SAYS), "");
+    library().responder = nullptr;
+    quietRuntime(false);
 }
 
 // Resident memory of the process in KiB.

@@ -142,20 +142,6 @@ void World::set(const std::string &path, const std::string &value)
     mustBeClear(env, "setting " + path + " to " + value);
 }
 
-std::string World::get(const std::string &path) const
-{
-    std::size_t slash = path.find('/');
-    jclass values = env->FindClass("ModelValues");
-    auto value = static_cast<jstring>(env->CallStaticObjectMethod(
-        values, env->GetStaticMethodID(values, "get", "(Ljava/lang/Object;Ljava/lang/String;)Ljava/lang/String;"),
-        object(path.substr(0, slash)), env->NewStringUTF(path.c_str() + slash + 1)));
-    mustBeClear(env, "reading " + path);
-    const char *chars = env->GetStringUTFChars(value, nullptr);
-    std::string out = chars;
-    env->ReleaseStringUTFChars(value, chars);
-    return out;
-}
-
 namespace
 {
 // Leaves rubbish where the next call puts its records.

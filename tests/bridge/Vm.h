@@ -45,7 +45,6 @@ struct World {
     // Argument n as the call passes it.
     jobject argument(unsigned n) const;
     void set(const std::string &path, const std::string &value);
-    std::string get(const std::string &path) const;
 
     const NativeMethod &method;
     JNIEnv *env;

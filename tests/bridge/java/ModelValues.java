@@ -1,10 +1,8 @@
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.IPAddr;
-import java.lang.reflect.Array;
 import java.lang.reflect.Method;
-import java.util.StringJoiner;
 
-/** Sets and reads values of model objects by a path of method names, for the tests of the bridge. */
+/** Sets values of model objects by a path of method names, for the tests of the bridge. */
 public final class ModelValues {
     private ModelValues() {}
 
@@ -54,18 +52,5 @@ public final class ModelValues {
             out[i] = Short.parseShort(words[i]);
         }
         return out;
-    }
-
-    /** What a getter answers, an array with blanks between its elements. */
-    public static String get(Object root, String getter) throws ReflectiveOperationException {
-        Object value = root.getClass().getMethod(getter).invoke(root);
-        if (!value.getClass().isArray()) {
-            return value.toString();
-        }
-        StringJoiner elements = new StringJoiner(" ", "[", "]");
-        for (int i = 0; i < Array.getLength(value); i++) {
-            elements.add(Array.get(value, i).toString());
-        }
-        return elements.toString();
     }
 }

@@ -1,5 +1,4 @@
 import com.varden.tavo.iscsi.model.*;
-import java.util.Arrays;
 import java.util.SplittableRandom;
 import java.util.concurrent.atomic.AtomicReference;
 
@@ -32,7 +31,7 @@ final class Storm {
                     int dev = random.nextBoolean() ? 16 + seed : random.nextInt(4);
                     String what;
                     try {
-                        what = one(dev, random.nextInt(10));
+                        what = one(dev, random.nextInt(8));
                     } catch (Throwable e) {
                         what = e.toString();
                     }
@@ -70,30 +69,18 @@ final class Storm {
                         && hba.getIPAddress().getAddressElement((short) 15) == 0x41 + dev;
             }
             case 4 -> {
-                PortStatistics statistics = new PortStatistics();
-                status = Calls.getiSCSIStatistics(dev, statistics);
-                byte[] counter = new byte[9];
-                Arrays.fill(counter, 1, 9, (byte) (0x41 + dev));
-                right = status != 0 || Arrays.equals(statistics.getiSCSISeqErrorCount(), counter);
-            }
-            case 5 -> {
                 DevDBEntry entry = new DevDBEntry();
                 entry.setTargetID(dev); // the library refuses an entry that comes with another adapter's handle
                 entry.getNodeInfo().setAlias(text(dev, 20));
                 status = Calls.setDDBData(dev, entry, 0);
             }
-            case 6 -> {
+            case 5 -> {
                 status = Calls.getCHAPTableData(dev, hba);
                 right = status != 0 || hba.getCHAPTableEntries().size() == 5
                         && hba.getCHAPTableEntries().get(4).getChapName().equals(text(dev, 256));
                 status = status == 0x1003 ? NOT_OPEN : status;
             }
-            case 7 -> {
-                status = Calls.getiSNSTargets(dev, hba);
-                right = status != 0 || hba.getiSNSTargets().size() == 5
-                        && hba.getiSNSTargets().get(4).getiSCSIAlias().equals(text(dev, 32));
-            }
-            case 8 -> {
+            case 6 -> {
                 status = Calls.getARPLog(dev, hba);
                 long[] log = status != 0 ? null : hba.getARPLogEntries();
                 right = status != 0 || log.length == 130 && log[129] == 0x41 + dev;
