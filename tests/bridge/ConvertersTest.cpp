@@ -93,7 +93,7 @@ TEST(Converters, javaHoldsAtMost512Targets)
     jclass entryClass = env->FindClass(DEV_DB_ENTRY_CLASS);
     jmethodID add = env->GetMethodID(hbaClass, "addDeviceDataBaseEntry", TAKES_DEV_DB_ENTRY);
     const auto addEntries = [&](int count) {
-        for (int i = 0; i < count; i++) {
+        for (int i = 0; i < count; ++i) {
             jobject entry = newObject(env, entryClass, "").release();
             env->CallVoidMethod(hba, add, entry);
             env->DeleteLocalRef(entry);
@@ -115,7 +115,7 @@ TEST(Converters, javaHoldsAtMost512Targets)
 }
 
 // Calls work() while one function of the VM answers null.
-template <class Function, class Work>
+template <typename Function, typename Work>
 void without(Function JNINativeInterface_::*function, Function stub, const Work &work)
 {
     JNIEnv *env = vmEnv();

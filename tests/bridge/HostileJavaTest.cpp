@@ -90,7 +90,7 @@ Answer adapterAnswer(const Operation &operation)
     if (operation.name == "SDOpenDeviceiSCSI") {
         return {0, "", handleOf(jint(operation.index))};
     }
-    for (jint dev = 0; dev < 32; dev++) {
+    for (jint dev = 0; dev < 32; ++dev) {
         if (operation.handle == handleOf(dev)) {
             bool another = operation.name == "SDSetDDBEntry" && operation.index != SD_UINT32(dev);
             return {another ? 0xbadU : 0U, std::string(operation.outSize, char('A' + dev)), 5};

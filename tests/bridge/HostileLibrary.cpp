@@ -142,7 +142,7 @@ TEST(HostileLibrary, arraysAtTheirBorders)
             SD_UINT32 records = 0;
             jint calls = 0;
             Outcome outcome = hostile(world, [&](const Operation &operation) {
-                calls++;
+                ++calls;
                 records = operation.index;
                 return Answer{};
             });
@@ -194,7 +194,7 @@ TEST(HostileLibrary, randomRecords)
     std::printf("random records: seed %u\n", seed);
     std::mt19937 random(seed);
     long calls = 0;
-    for (long round = rounds != nullptr ? std::strtol(rounds, nullptr, 0) : 40; round > 0; round--) {
+    for (long round = rounds != nullptr ? std::strtol(rounds, nullptr, 0) : 40; round > 0; --round) {
         for (const NativeMethod &method : nativeMethods()) {
             World world(method);
             hostile(world, [&](const Operation &operation) {
@@ -208,7 +208,7 @@ TEST(HostileLibrary, randomRecords)
                 answer.count = random() % 2 == 0 ? SD_UINT32(random()) : SD_UINT32(random() % 600);
                 return answer;
             });
-            calls++;
+            ++calls;
         }
         if (HasFailure()) {
             FAIL() << "seed " << seed << ", round " << round << " from the end";

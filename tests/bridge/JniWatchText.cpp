@@ -71,13 +71,13 @@ std::string JniWatch::nameOf(jobject object)
 std::string JniWatch::arguments(const Method &method, va_list values)
 {
     std::string out;
-    for (std::size_t at = 1; method.signature[at] != ')'; at++) {
+    for (std::size_t at = 1; method.signature[at] != ')'; ++at) {
         switch (method.signature[at]) {
         case 'J':
             out += " " + std::to_string(va_arg(values, jlong));
             break;
         case '[':
-            at++;
+            ++at;
             out += " " + nameOf(va_arg(values, jobject));
             break;
         case 'L':

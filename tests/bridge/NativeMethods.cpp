@@ -3,7 +3,6 @@
 #include "JniWatch.h"
 #include "ScriptedLibrary.h"
 #include "Vm.h"
-
 #include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 
 #include <tuple>

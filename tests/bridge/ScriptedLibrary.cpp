@@ -24,7 +24,7 @@ std::string hex(const void *bytes, std::size_t size)
 {
     constexpr const char *digits = "0123456789abcdef";
     std::string out;
-    for (std::size_t i = 0; i < size; i++) {
+    for (std::size_t i = 0; i < size; ++i) {
         unsigned byte = static_cast<const unsigned char *>(bytes)[i];
         out += digits[byte >> 4U];
         out += digits[byte & 15U];
@@ -87,7 +87,7 @@ SD_UINT32 ScriptedLibrary::run(const Operation &operation)
 
 namespace
 {
-template <class... Numbers>
+template <typename... Numbers>
 std::string words(Numbers... numbers)
 {
     std::string out;
@@ -100,14 +100,14 @@ std::string record(const void *bytes, std::size_t size)
     return " [" + hex(bytes, size) + "]";
 }
 
-template <class Record>
+template <typename Record>
 SD_UINT32 read(const char *name, SDMGT_HANDLE handle, Record *out, const std::string &arguments = "",
                SD_UINT32 index = 0, bool cleared = true)
 {
     return library().run({name, handle, arguments, out, sizeof *out, nullptr, index, cleared});
 }
 
-template <class Record>
+template <typename Record>
 SD_UINT32 write(const char *name, SDMGT_HANDLE handle, const Record *in, const std::string &arguments = "",
                 SD_UINT32 index = 0)
 {

@@ -1,7 +1,6 @@
 #include "Vm.h"
 
 #include "ScriptedLibrary.h"
-
 #include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 
 #include <alloca.h>
@@ -36,7 +35,7 @@ void openAdapters(JNIEnv *env)
     library().responder = [](const Operation &operation) {
         return Answer{0, "", handleOf(jint(operation.index))};
     };
-    for (jint dev = 0; dev < 32; dev++) {
+    for (jint dev = 0; dev < 32; ++dev) {
         Java_com_varden_tavo_iscsi_jni_ApiWrapper_openDevice(env, nullptr, dev);
     }
     library().responder = responder;

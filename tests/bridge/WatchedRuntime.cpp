@@ -40,7 +40,7 @@ void *__wrap_malloc(size_t size)
     if (watch->step(true, [&] { return "malloc " + std::to_string(size); })) {
         return nullptr;
     }
-    watch->heapBlocks++;
+    ++watch->heapBlocks;
     void *block = __real_malloc(size);
     std::memset(block, 0xa5, size);
     watch->lastBlock = block;
@@ -52,7 +52,7 @@ void __wrap_free(void *block)
 {
     JniWatch *watch = JniWatch::current();
     if (watch != nullptr && block != nullptr) {
-        watch->heapBlocks--;
+        --watch->heapBlocks;
         const auto *bytes = static_cast<const unsigned char *>(block);
         bool known = block == watch->lastBlock;
         watch->unwiped += known && std::any_of(bytes, bytes + watch->lastSize, [](auto b) { return b != 0; }) ? 1 : 0;

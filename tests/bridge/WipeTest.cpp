@@ -3,10 +3,9 @@
 #include "JavaAccess.h"
 #include "ScriptedLibrary.h"
 #include "Vm.h"
+#include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 
 #include <gtest/gtest.h>
-
-#include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 
 #include <array>
 

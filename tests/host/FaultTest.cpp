@@ -1,6 +1,5 @@
 // Targets that fail in every way: each ends in a status within the deadline, and nothing is left behind.
 #include "PortTest.h"
-
 #include "ScsiStandard.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 // What the host adapter finds out of the network around it: interfaces, counters, neighbours, ping, iSNS.
-#include "PortTest.h"
-
 #include "Fields.h"
+#include "PortTest.h"
 
 #include <sched.h>
 #include <sys/wait.h>

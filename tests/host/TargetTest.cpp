@@ -1,6 +1,5 @@
 // Sessions with tgtd: what goes over the wire, CHAP, and the life of a session.
 #include "PortTest.h"
-
 #include "ScsiStandard.h"
 
 namespace
