@@ -100,10 +100,9 @@ Connection::Connection(const std::string &name, int flags)
 {
     const int code = sqlite3_open_v2(name.c_str(), &database_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK) {
-        const SqliteError error{sqlite3_extended_errcode(database_), sqlite3_system_errno(database_),
-                                sqlite3_errmsg(database_)};
-        sqlite3_close(database_);
-        throw error;
+        const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> closed(database_, &sqlite3_close);
+        throw SqliteError{sqlite3_extended_errcode(database_), sqlite3_system_errno(database_),
+                          sqlite3_errmsg(database_)};
     }
     sqlite3_extended_result_codes(database_, 1);
 }

@@ -9,8 +9,8 @@ import java.nio.file.Path;
 
 /**
  * What the host adapter costs with a target daemon on the loopback interface: {@code RealTarget PAIRS PEER PORT NAME
- * TARGETS}, with the file of libiscsi's native methods, the daemon's port, the name of the target that is asked, and how
- * many targets there are. The VM stands in the adapter's folder; the device database is empty.
+ * TARGETS}, with the file of libiscsi's native methods, the daemon's port, the name of the target that is asked, and
+ * how many targets there are. The VM stands in the adapter's folder; the device database is empty.
  */
 final class RealTarget {
     private static final String SECTION = "What does a real target cost? On the loopback interface";

@@ -62,7 +62,7 @@ final class HostileJava {
                         entry -> Calls.setCHAPTableData(DEV, new Object[] {entry}));
     }
 
-    /** Texts of every length around a field's width, also with characters of two and three bytes, end with the field. */
+    /** Texts of every length around a field's width, characters of two and three bytes too, end with the field. */
     static String textLengths() {
         HBA hba = new HBA();
         for (String character : new String[] {"k", "\u00e4", "\u20ac"}) {

@@ -285,7 +285,8 @@ final class Backup {
                     writes.get(done).run();
                 } catch (OperationFailed e) {
                     throw new OperationFailed(e.getMessage() + "\nSections written: " + list(names.subList(0, done))
-                        + ". Not written, or not as a whole: " + list(names.subList(done, names.size())) + ".", e.status);
+                        + ". Not written, or not as a whole: " + list(names.subList(done, names.size())) + ".",
+                        e.status);
                 }
             }
         }
