@@ -13,6 +13,9 @@
 #include <cstdlib>
 #include <vector>
 
+static_assert(sizeof(off_t) == 8 && sizeof(ino_t) == 8 && sizeof(time_t) == 8,
+              "files may be large, have any inode number, and be dated after 2038, in 32 bit too");
+
 namespace
 {
 
