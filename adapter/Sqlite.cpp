@@ -1,5 +1,7 @@
 #include "Sqlite.h"
 
+#include "SqliteStat.h"
+
 #include <utility>
 
 namespace
@@ -98,6 +100,7 @@ std::optional<std::span<const SD_UINT8>> Statement::bytes(int column) const
 
 Connection::Connection(const std::string &name, int flags)
 {
+    acceptLateDates();
     const int code = sqlite3_open_v2(name.c_str(), &database_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK) {
         const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> closed(database_, &sqlite3_close);

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <functional>
@@ -210,6 +211,29 @@ TEST_F(Store, DamagedCountersStartAfresh)
     EXPECT_EQ(statistics(handle).IPTxPacketsCount, 0U);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("activity.db is refused"), std::string::npos);
     EXPECT_EQ(readFile(folder / "activity.db.damaged"), "nonsense");
+}
+
+TEST_F(Store, AFileDated2040IsAFile)
+{
+    SDMGT_HANDLE handle = open(0);
+    ASSERT_EQ(SDResetStatisticsiSCSI(handle, 0), 0U);
+    close(handle);
+    writeSettings();
+    timespec late{};
+    late.tv_sec = 2'208'988'800;
+    const std::array<timespec, 2> dates{late, late};
+    for (const char *name : {"settings.db", "activity.db"}) {
+        ASSERT_EQ(utimensat(AT_FDCWD, (folder / name).c_str(), dates.data(), 0), 0);
+    }
+    handle = open(3);
+    EXPECT_EQ(entryAt(handle, 17).ReservedFlags, 17U);
+    EXPECT_EQ(statistics(open(0)).IPTxPacketsCount, 0U) << "the counters were reset";
+    DEVICEENTRYISCSI entry = sampleEntry(18);
+    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 18), 0U);
+    close(handle);
+    handle = open(3);
+    EXPECT_EQ(entryAt(handle, 18).ReservedFlags, 18U);
+    EXPECT_FALSE(std::filesystem::exists(folder / "activity.db.damaged"));
 }
 
 TEST_F(Store, CountersReachTheFileOnceASecondAndAtClose)
