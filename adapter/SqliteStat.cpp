@@ -1,5 +1,5 @@
-// Files with late dates for SQLite, see SqliteStat.h. This file is compiled without _TIME_BITS=64: the structure stat is
-// the one of SQLite's own file functions here, with 64-bit sizes and inode numbers, and in 32 bit with 32-bit dates.
+// Files with late dates for SQLite, see SqliteStat.h. This file is compiled without _TIME_BITS=64: here the structure
+// stat is that of SQLite's own build, with 64-bit sizes and inode numbers, and in 32 bit with 32-bit dates.
 #include "SqliteStat.h"
 
 #include <fcntl.h>
