@@ -2,6 +2,7 @@
 
 #include "SqliteStat.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace
@@ -147,6 +148,33 @@ bool Connection::hasMoved()
 {
     int moved = 0;
     return sqlite3_file_control(database_, "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
+}
+
+void Connection::watchCommits()
+{
+    constexpr int sharedMemoryVersion = 2;
+    constexpr int segmentSize = 32768; // of the index
+    const Use mode = statement("PRAGMA journal_mode");
+    sqlite3_file *file = nullptr;
+    if (!mode->step() || mode->text(0) != "wal"
+        || sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || file == nullptr
+        || file->pMethods->iVersion < sharedMemoryVersion) {
+        return;
+    }
+    volatile void *segment = nullptr; // SQLite has mapped it already, and keeps it until the connection is closed
+    if (file->pMethods->xShmMap(file, 0, segmentSize, 0, &segment) == SQLITE_OK) {
+        logIndex_ = static_cast<const volatile std::uint32_t *>(segment);
+    }
+}
+
+std::optional<CommitMark> Connection::commitMark() const
+{
+    if (logIndex_ == nullptr) {
+        return std::nullopt;
+    }
+    CommitMark mark{};
+    std::copy_n(logIndex_, mark.size(), mark.begin());
+    return mark;
 }
 
 void Connection::leaveAlone()

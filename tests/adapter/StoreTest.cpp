@@ -440,6 +440,35 @@ TEST_F(Store, UnchangedSettingsAreReadOnce)
     EXPECT_EQ(entryAt(handle, 5).ReservedFlags, 0U) << "what others write is seen";
 }
 
+TEST_F(Store, CommandsFollowWhatOthersDoToTheSettings)
+{
+    const auto ask = [](SDMGT_HANDLE handle) {
+        TARGETINFORMATION unit{};
+        unit.TargetID = 33;
+        std::array<SD_UINT8, 64> area{};
+        return SDSendScsiReportLunsCmdiSCSI(handle, &unit, area.data(), area.size(), nullptr, 0);
+    };
+    SDMGT_HANDLE handle = open(0);
+    DEVICEENTRYISCSI entry = entryAt(handle, 0);
+    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U);
+    close(handle);
+    const std::string good = readFile(settings());
+    handle = open(0);
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(ask(handle), 0U);
+        EXPECT_EQ(ask(handle), 0U);
+        alter(settings(), "DELETE FROM record WHERE adapter = 'TV2040A000117';"
+                          "DELETE FROM adapter WHERE key = 'TV2040A000117'");
+        EXPECT_EQ(ask(handle), ERR_NO_SUCH_TARGET) << "what others write is seen at once";
+        place(good);
+        usleep(100'000);
+        EXPECT_EQ(ask(handle), 0U) << "another file is noticed";
+    }
+    std::filesystem::remove(settings());
+    usleep(100'000);
+    EXPECT_EQ(ask(handle), ERR_NO_SUCH_TARGET) << "so is none";
+}
+
 TEST_F(Store, WritersWaitForWritersAndReadersForNobody)
 {
     writeSettings();
