@@ -7,6 +7,8 @@ import com.varden.tavo.iscsi.model.SCSIInqInfo;
 import com.varden.tavo.iscsi.model.Target;
 import com.varden.tavo.iscsi.model.TargetInfo;
 import java.io.IOException;
+import java.util.ArrayList;
+import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
 
@@ -72,12 +74,27 @@ final class ScsiPassThrough {
 
     /** hba lun list. */
     static final class ListAll extends DeviceCommand {
+        /** The rows of the list are the first levels of the units' addresses. */
+        private static final ScalarField<Integer> NUMBER = new ScalarField<>("LUN", "LUN") {
+            @Override
+            Integer get(Object firstLevel) {
+                return Lun.unitNumber((Integer) firstLevel);
+            }
+        };
+        private static final ScalarField<String> FIRST_LEVEL = new ScalarField<>("firstLevel", "First level") {
+            @Override
+            String get(Object firstLevel) {
+                return "0x" + Integer.toHexString(0x10000 | (Integer) firstLevel).substring(1);
+            }
+        };
+
         private final PositionalParamSpec target =
             parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
         private final OptionSpec bus = Unit.bus(this);
 
         ListAll() {
             super("Sends REPORT LUNS to a target. A target that reports none is given LUN 0.");
+            listing(new RecordTable(NUMBER, FIRST_LEVEL), "LUN", "firstLevel");
         }
 
         @Override
@@ -99,11 +116,11 @@ final class ScsiPassThrough {
                 finish(json);
                 return DONE;
             }
-            TextOutput.Columns columns = new TextOutput.Columns("LUN", "First level");
+            List<Integer> units = new ArrayList<>();
             for (int firstLevel : found.getLUNs()) {
-                columns.row(Lun.unitNumber(firstLevel), "0x" + Integer.toHexString(0x10000 | firstLevel).substring(1));
+                units.add(firstLevel);
             }
-            columns.print(System.out);
+            showList(units, "Target " + number(target) + " has no logical unit.");
             return DONE;
         }
     }
