@@ -110,7 +110,9 @@ final class HostAdapterTest extends ToolTest {
         assertEquals(3, unitsOf(disks));
         JsonObject counters = tool.json("stats show 0").getAsJsonObject();
         assertTrue(counters.get("iSCSICompleteIOsCount").getAsInt() > 0, counters::toString);
-        assertEquals(counters.get("iSCSITxPDUCount"), counters.get("iSCSIRxPDUCount"), counters::toString);
+        // A target may send its data and its response in one PDU or in two.
+        assertTrue(counters.get("iSCSITxPDUCount").getAsInt() <= counters.get("iSCSIRxPDUCount").getAsInt(),
+            counters::toString);
         tool.run("lun show 0 " + disks + " 1").expect(0).shows("4294967295", "512 bytes", "IET");
         tool.run("lun show 0 " + disks + " 2").expect(0).shows("268435455", "4096 bytes");
     }

@@ -154,7 +154,7 @@ final class ChapTableCommands {
         @Override
         List<String> losses(CHAPTableEntry present) {
             boolean lost = isSet(noSecret) && present.getChapSecretLength() > 0;
-            return lost ? List.of("removes the secret of " + describe(number(index), present)) : List.of();
+            return lost ? List.of("removes the secret of " + ChapTable.describe(number(index), present)) : List.of();
         }
 
         @Override
@@ -175,10 +175,6 @@ final class ChapTableCommands {
         }
     }
 
-    private static String describe(int index, CHAPTableEntry entry) {
-        return "CHAP entry " + index + " (" + ChapTable.NAME.show(entry) + ")";
-    }
-
     /** hba chap clear. */
     static final class Clear extends Change {
         Clear() {
@@ -187,7 +183,7 @@ final class ChapTableCommands {
 
         @Override
         List<String> losses(CHAPTableEntry present) {
-            return List.of("empties " + describe(number(index), present) + ": its secret is lost");
+            return List.of("empties " + ChapTable.describe(number(index), present) + ": its secret is lost");
         }
 
         @Override
