@@ -169,8 +169,8 @@ final class IsnsDiscovery {
         private int known;
 
         Add() {
-            super("Adds targets that iSNS discovery found to the configured ones, each under a free target ID, and logs "
-                + "in. A target whose name is configured already stays as it is.");
+            super("Adds targets that iSNS discovery found to the configured ones, each under a free target ID, and "
+                + "logs in. A target whose name is configured already stays as it is.");
         }
 
         @Override

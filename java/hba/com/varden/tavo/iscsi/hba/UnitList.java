@@ -26,7 +26,7 @@ final class UnitList extends WriteCommand {
     private final List<Row> rows = new ArrayList<>();
     private String failure;
 
-    /** A unit, and the first status other than 0 with which it answered. */
+    /** A unit, and the statuses with which it answered. */
     private record Row(Lun unit, int inquiry, int capacity) {}
 
     UnitList() {
@@ -75,8 +75,10 @@ final class UnitList extends WriteCommand {
             print(found);
         }
         if (failure != null) {
-            Terminal.message(failure + (rows.size() < found.getLUNs().size() ? ". The units behind it were not asked."
-                : ""));
+            Terminal.message(failure);
+            if (rows.size() < found.getLUNs().size()) {
+                Terminal.message("the units behind it were not asked");
+            }
             return FAILED;
         }
         return DONE;
@@ -88,7 +90,8 @@ final class UnitList extends WriteCommand {
         unit.getTargetInfo().setTargetID(number(target));
         unit.getTargetInfo().setLUN(firstLevel);
         int inquiry = adapter.api.getScsiInquiryData(adapter.dev, unit.getTargetInfo(), unit.getSCSIInqInfo());
-        int capacity = ScsiPassThrough.isAnswer(inquiry) ? adapter.api.getScsiReadCapacityData(adapter.dev, unit) : inquiry;
+        int capacity =
+            ScsiPassThrough.isAnswer(inquiry) ? adapter.api.getScsiReadCapacityData(adapter.dev, unit) : inquiry;
         rows.add(new Row(unit, inquiry, capacity));
         // A unit may refuse; when the target itself no longer answers, each further unit would wait for a deadline.
         if (!ScsiPassThrough.isAnswer(capacity)) {
@@ -126,7 +129,8 @@ final class UnitList extends WriteCommand {
         }
         json.endArray().name("units").beginArray();
         for (Row row : rows) {
-            json.beginObject().name(ScsiPassThrough.UNIT.name).value(ScsiPassThrough.UNIT.get(row.unit.getTargetInfo()));
+            json.beginObject();
+            new RecordTable(ScsiPassThrough.UNIT).writeMembers(json, row.unit.getTargetInfo());
             if (row.inquiry == 0) {
                 ScsiPassThrough.INQUIRY.writeMembers(json, row.unit.getSCSIInqInfo());
             }
