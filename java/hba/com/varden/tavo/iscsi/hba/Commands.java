@@ -92,7 +92,7 @@ final class Commands {
                 case TARGET_LOAD -> new DeviceDatabaseEntryCommands.Load();
                 case TARGET_PORTAL -> new TargetDatabase.Portal();
                 case DISCOVER -> new Discovery.Discover();
-                case LUN_LIST -> new UnitList();
+                case LUN_LIST -> new ScsiPassThroughUnits();
                 case LUN_SHOW -> new TargetDatabase.LunShow();
                 case LUN_INQUIRY -> new ScsiPassThrough.Inquiry();
                 case LUN_CAPACITY -> new ScsiPassThrough.Capacity();

@@ -18,7 +18,7 @@ import picocli.CommandLine.Model.PositionalParamSpec;
  * hba lun list: the logical units of a target, each with what it says of itself. REPORT LUNS is sent anew each time,
  * nothing is kept; what --rescan adds is a new session, without which some targets do not show units that came later.
  */
-final class UnitList extends WriteCommand {
+final class ScsiPassThroughUnits extends WriteCommand {
     private final PositionalParamSpec target =
         parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
     private final OptionSpec bus = ScsiPassThrough.Unit.bus(this);
@@ -29,7 +29,7 @@ final class UnitList extends WriteCommand {
     /** A unit, and the statuses with which it answered. */
     private record Row(Lun unit, int inquiry, int capacity) {}
 
-    UnitList() {
+    ScsiPassThroughUnits() {
         super("Asks a target for its logical units, and each unit for vendor, product and size. A target that reports "
             + "no unit is given LUN 0. A dash stands for what a unit does not tell.");
     }
