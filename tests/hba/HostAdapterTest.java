@@ -135,7 +135,10 @@ final class HostAdapterTest extends ToolTest {
             tool.run("chap set 0 1 --name initiator --secret-file own --yes").expect(0);
             tool.run("chap set 0 2 --name target --secret-file targets --yes").expect(0);
             tool.run("chap set 0 1 --link 2 --yes").expect(0);
-            tool.run("target set 0 " + guarded + " --chap-index 1 --yes");
+            tool.run("target remove 0 " + guarded + " --yes").expect(0);
+            tool.run("target add 0 " + PREFIX + "guarded 127.0.0.1 --port " + port + " --chap-index 1 --target-id "
+                + guarded).expect(0).shows(tried.status == 0 ? "It logged in." : "It did not log in: ");
+            tool.run("target login 0 " + guarded).expect(tried.status);
             Tool.Result result = tool.run("lun list 0 " + guarded).expect(tried.status);
             assertEquals(tried.status == 1, result.err().contains("ERR_AUTHENTICATION"), result::toString);
         }
