@@ -6,6 +6,7 @@ import com.varden.tavo.iscsi.jni.ApiWrapper;
 final class Adapter implements AutoCloseable {
     /** Indices run from 0 to this. */
     static final int LAST_INDEX = 31;
+    static final NumberField INDEX = new NumberField("dev", 16, "DEV").max(LAST_INDEX);
 
     private static ApiWrapper shared;
 

@@ -21,8 +21,8 @@ final class ChapTable {
     static final int LAST_WRITABLE_LINK = 255;
     static final NumberField LINK = new NumberField("link", 16, "Link").max(LAST_WRITABLE_LINK);
     private static final NumberField LENGTH =
-        new NumberField("chapSecretLength", 8, "Secret length").max(CHAPTableEntry.SECRET_LENGTH);
-    private static final RecordTable TABLE = new RecordTable(NAME, FLAGS, LINK, LENGTH);
+        new NumberField("chapSecretLength", 8, "Length").max(CHAPTableEntry.SECRET_LENGTH);
+    static final RecordTable TABLE = new RecordTable(NAME, FLAGS, LINK, LENGTH);
 
     private ChapTable() {}
 

@@ -27,6 +27,8 @@ abstract class Command implements Callable<Integer> {
     final CommandSpec spec = CommandSpec.wrapWithoutInspection(this);
     private final OptionSpec json;
     private int parameters;
+    private Listing listing;
+    private Watch watch;
 
     Command(String... description) {
         spec.usageMessage().description(description);
@@ -67,7 +69,41 @@ abstract class Command implements Callable<Integer> {
     }
 
     final OptionSpec option(String name, String label, String description) {
-        return add(OptionSpec.builder(name).type(String.class).paramLabel(label).description(description).build());
+        return option(name, label, null, description);
+    }
+
+    /** An option for which the completion knows words. */
+    final OptionSpec option(String name, String label, List<String> candidates, String description) {
+        return add(OptionSpec.builder(name).type(String.class).paramLabel(label).completionCandidates(candidates)
+            .description(description).build());
+    }
+
+    /** For commands that show a list: which fields of its records they show without being told. */
+    final Listing listing(RecordTable table, String... usual) {
+        listing = new Listing(this, table, usual);
+        return listing;
+    }
+
+    /** Checks what the options of every command may say, before anything is done; throws BadInput. */
+    final void check() {
+        if (listing != null) {
+            listing.check(wantsJson());
+        }
+        if (watch != null) {
+            watch.check();
+        }
+    }
+
+    /** An option that may stand alone, which then means the usual value. */
+    final OptionSpec optionalValue(String name, String label, String usual, String description) {
+        return add(OptionSpec.builder(name).type(String.class).arity("0..1").fallbackValue(usual).paramLabel(label)
+            .description(description).build());
+    }
+
+    /** For commands that can show their result again and again. */
+    final Watch watch(boolean endMatters) {
+        watch = new Watch(this, endMatters);
+        return watch;
     }
 
     /** An option whose value is that of a field; its range stands in the help. */
@@ -90,7 +126,11 @@ abstract class Command implements Callable<Integer> {
     }
 
     final PositionalParamSpec parameter(String label, SettingField<?> field, String description) {
-        return add(PositionalParamSpec.builder().type(Object.class).converters(field), label, "1", description);
+        return parameter(label, "1", field, description);
+    }
+
+    final PositionalParamSpec parameter(String label, String arity, SettingField<?> field, String description) {
+        return add(PositionalParamSpec.builder().type(Object.class).converters(field), label, arity, description);
     }
 
     /** The parameters from here on, any number of them. */
@@ -121,6 +161,11 @@ abstract class Command implements Callable<Integer> {
         return isSet(json);
     }
 
+    /** Whether people read the result, who are told more than a list. */
+    final boolean wantsWords() {
+        return !wantsJson() && (listing == null || !listing.isForPrograms());
+    }
+
     /** Shows a record. */
     final void show(RecordTable table, Object owner) throws IOException {
         if (wantsJson()) {
@@ -133,16 +178,15 @@ abstract class Command implements Callable<Integer> {
     }
 
     /** Shows a list in full in JSON, and in columns for people. */
-    final void showList(RecordTable table, List<?> owners, TextOutput.Columns columns, String none)
-        throws IOException {
+    final void showList(List<?> owners, String none) throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            table.writeList(writer, owners);
+            listing.table.writeList(writer, owners);
             finish(writer);
-        } else if (owners.isEmpty()) {
+        } else if (owners.isEmpty() && wantsWords()) {
             System.out.println(none);
         } else {
-            columns.print(System.out);
+            listing.print(System.out, owners);
         }
     }
 
@@ -194,8 +238,9 @@ abstract class Command implements Callable<Integer> {
         return lines.isEmpty() ? DONE : FAILED;
     }
 
-    static JsonWriter jsonWriter() {
-        return Terminal.json(System.out, "  ");
+    /** A writer of the result; of those that follow each other each stands on one line. */
+    final JsonWriter jsonWriter() {
+        return Terminal.json(System.out, watch != null && watch.isOn() ? "" : "  ");
     }
 
     static void finish(JsonWriter writer) throws IOException {

@@ -9,6 +9,7 @@ import picocli.CommandLine.Model.CommandSpec;
 final class Commands {
     /** All commands and groups in the order of the help, with what the list of commands says of each. */
     private enum Name {
+        STATUS("status", "Show how the adapters are doing, and whether all is well."),
         ADAPTERS("adapters", "List the adapters."),
         SHOW("show", "Show all about an adapter: addresses, versions, state, targets."),
         INFO("info", "Show identity, versions, chip and state of an adapter."),
@@ -76,6 +77,7 @@ final class Commands {
         private Callable<Integer> create() {
             return switch (this) {
                 case TARGET, LUN, FIRMWARE, STATS, LOG, CHAP, ISNS -> null;
+                case STATUS -> new AdapterStatusCommand();
                 case ADAPTERS -> new AdapterInformation.Adapters();
                 case SHOW -> new AdapterInformation.Show();
                 case INFO -> new AdapterInformation.Info();

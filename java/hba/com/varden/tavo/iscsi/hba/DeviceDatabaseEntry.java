@@ -38,7 +38,7 @@ final class DeviceDatabaseEntry {
         new BitsField("reservedFlags", 32, "Reserved flags"),
         new NumberField("DDBLink", 16, "Link"),
         CHAP_INDEX,
-        new NumberField("maxTxDataSegmentLen", 16, "Max. send segment"),
+        new SizeField("maxTxDataSegmentLen", "Max. send segment"),
         new NumberField("targetPortalGroupID", 16, "Target portal group"),
         new RecordField("nodeInfo", NodeInfo.TABLE, "Node"),
         new RecordField("deviceEntry", DeviceParameters.TABLE, "Session parameters"));

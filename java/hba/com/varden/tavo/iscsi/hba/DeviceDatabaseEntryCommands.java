@@ -10,26 +10,29 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 final class DeviceDatabaseEntryCommands {
     private DeviceDatabaseEntryCommands() {}
 
-    /** The list of entries as people see it. */
-    static TextOutput.Columns columns(List<DevDBEntry> entries) {
-        TextOutput.Columns columns = new TextOutput.Columns("Target", "State", "iSCSI name", "IP address", "Port");
-        for (DevDBEntry entry : entries) {
-            columns.row(entry.getTargetID(), entry.getState(), entry.getNodeInfo().getiSCSIName(),
-                entry.getNodeInfo().getIPAddress(), entry.getDeviceEntry().getPortNumber());
-        }
-        return columns;
+    /** Gives a command the list of entries as people see it. */
+    static void listTargets(Command command) {
+        command.listing(
+            DeviceDatabaseEntry.TABLE, "targetID", "state", "iSCSIName", "IPAddress", "portNumber");
     }
 
     /** hba target list. */
     static final class ListAll extends DeviceCommand {
+        private final Watch watch = watch(false);
+
         ListAll() {
             super("Lists the entries of the device database that are in use.");
+            listTargets(this);
         }
 
         @Override
         int run(Adapter adapter) throws IOException {
+            return watch.run(() -> showOnce(adapter));
+        }
+
+        private int showOnce(Adapter adapter) throws IOException {
             List<DevDBEntry> entries = DeviceDatabaseEntry.readAll(adapter);
-            showList(DeviceDatabaseEntry.TABLE, entries, columns(entries), "No target is configured.");
+            showList(entries, "No target is configured.");
             int count = adapter.api.getiSCSIEntryNum(adapter.dev);
             if (count != entries.size()) {
                 Terminal.message("the adapter says that it has " + Integer.toUnsignedString(count) + " targets");

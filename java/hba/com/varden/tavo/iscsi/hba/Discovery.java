@@ -27,6 +27,7 @@ final class Discovery {
         Discover() {
             super("Asks a portal for its targets (SendTargets), adds those that are not configured yet, each under a "
                 + "free target ID, and lists what is now known of the portal.");
+            DeviceDatabaseEntryCommands.listTargets(this);
         }
 
         @Override
@@ -70,13 +71,12 @@ final class Discovery {
                 DevDBEntry found = DeviceDatabaseEntry.find(now, entry.getTargetID());
                 return found == null ? entry : found;
             });
-            if (!wantsJson()) {
+            if (wantsWords()) {
                 System.out.println(known.size() + (known.size() == 1 ? " target is" : " targets are") + " known at "
                     + portal() + ", " + added.size() + " of them new.");
             }
-            showList(DeviceDatabaseEntry.TABLE, known, DeviceDatabaseEntryCommands.columns(known),
-                "The portal offers no target.");
-            if (!wantsJson()) {
+            showList(known, "The portal offers no target.");
+            if (wantsWords()) {
                 logins.lines().forEach(System.out::println);
             }
             return DONE;

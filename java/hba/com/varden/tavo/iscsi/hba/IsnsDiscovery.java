@@ -1,5 +1,6 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.codes.AddressType;
 import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
@@ -20,14 +21,14 @@ final class IsnsDiscovery {
         ENABLED,
         new FlagField("automaticDiscoveryFlag", "Automatic"),
         new AddressField("serverIPAddress", "Server"),
-        new NumberField("serverIPAddressType", 16, "Server address type").readOnly(),
+        new CodeField("serverIPAddressType", 16, "Server address type", AddressType.MEANINGS).readOnly(),
         new TextField("serverHostname", 256, "Server name").readOnly());
 
     private static final RecordTable TARGET = new RecordTable(
         NodeInfo.NAME,
         new TextField("iSCSIAlias", 32, "Alias"),
         new AddressField("IPAddress", "IP address"),
-        new NumberField("IPAddressType", 16, "Address type"),
+        new CodeField("IPAddressType", 16, "Address type", AddressType.MEANINGS),
         new NumberField("port", 16, "Port"));
 
     private IsnsDiscovery() {}
@@ -145,16 +146,12 @@ final class IsnsDiscovery {
     static final class Targets extends DeviceCommand {
         Targets() {
             super("Lists the targets that iSNS discovery found, each with its first portal.");
+            listing(TARGET, "iSCSIName", "iSCSIAlias", "IPAddress", "port");
         }
 
         @Override
         int run(Adapter adapter) throws IOException {
-            List<iSNSTarget> targets = readTargets(adapter);
-            TextOutput.Columns columns = new TextOutput.Columns("iSCSI name", "Alias", "IP address", "Port");
-            for (iSNSTarget target : targets) {
-                columns.row(target.getiSCSIName(), target.getiSCSIAlias(), target.getIPAddress(), target.getPort());
-            }
-            showList(TARGET, targets, columns, "iSNS discovery found no target.");
+            showList(readTargets(adapter), "iSNS discovery found no target.");
             return DONE;
         }
     }

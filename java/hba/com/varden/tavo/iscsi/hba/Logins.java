@@ -153,8 +153,8 @@ final class Logins {
         if (detail == LoginStatus.NOT_FOUND.status()) {
             return Status.ERR_NO_SUCH_TARGET;
         }
-        boolean chap = detail == LoginStatus.AUTHENTICATION_FAILURE.status()
-            || detail == LoginStatus.AUTHORIZATION_FAILURE.status();
+        boolean chap = detail == LoginStatus.AUTHENTICATION_FAILED.status()
+            || detail == LoginStatus.AUTHORIZATION_FAILED.status();
         return chap ? Status.ERR_AUTHENTICATION : Status.ERR_LOGIN_REFUSED;
     }
 

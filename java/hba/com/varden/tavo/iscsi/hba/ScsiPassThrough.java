@@ -33,7 +33,8 @@ final class ScsiPassThrough {
     static final NumberField LAST_BLOCK = new NumberField("logicalBlockAddress", 32, "Last block");
     static final NumberField BLOCK_LENGTH = new NumberField("bytesPerBlock", 32, "Block length").unit("bytes");
     static final CapacityField CAPACITY = new CapacityField("capacity", "Capacity");
-    static final Field CAPACITY_MINIMUM = new FlagField("capacityMinimum", "Capacity is a minimum").readOnly();
+    static final FlagField CAPACITY_MINIMUM =
+        (FlagField) new FlagField("capacityMinimum", "Capacity is a minimum").readOnly();
     static final RecordTable CAPACITIES = new RecordTable(LAST_BLOCK, BLOCK_LENGTH, CAPACITY, CAPACITY_MINIMUM);
 
     private static final int LAST_UNIT = 0x3FFF;

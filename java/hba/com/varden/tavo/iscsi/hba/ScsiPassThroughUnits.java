@@ -7,8 +7,11 @@ import com.varden.tavo.iscsi.codes.Units;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.Lun;
+import com.varden.tavo.iscsi.model.SCSIInqInfo;
 import com.varden.tavo.iscsi.model.Target;
+import com.varden.tavo.iscsi.model.TargetInfo;
 import java.io.IOException;
+import java.math.BigInteger;
 import java.util.ArrayList;
 import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
@@ -19,19 +22,71 @@ import picocli.CommandLine.Model.PositionalParamSpec;
  * nothing is kept; what --rescan adds is a new session, without which some targets do not show units that came later.
  */
 final class ScsiPassThroughUnits extends WriteCommand {
+    private static final RecordTable TABLE = new RecordTable(
+        new RecordField("targetInfo", ScsiPassThrough.ADDRESS, "Address"),
+        new RecordField("SCSIInqInfo", ScsiPassThrough.INQUIRY, "Identity"),
+        ofCapacity(ScsiPassThrough.LAST_BLOCK),
+        ofCapacity(ScsiPassThrough.BLOCK_LENGTH),
+        new SizeOfUnit(),
+        ofCapacity(ScsiPassThrough.CAPACITY_MINIMUM),
+        new ScalarField<String>("failure", "Failure") {
+            @Override
+            String get(Object row) {
+                return ((Row) row).failure;
+            }
+        });
+
     private final PositionalParamSpec target =
         parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
     private final OptionSpec bus = ScsiPassThrough.Unit.bus(this);
     private final OptionSpec rescan = flag("--rescan", "Log out of the target and in again before it is asked.");
-    private final List<Row> rows = new ArrayList<>();
     private String failure;
 
-    /** A unit, and the statuses with which it answered. */
-    private record Row(Lun unit, int inquiry, int capacity) {}
+    /** A unit; of one that refuses a command identity or capacity are null. */
+    record Row(TargetInfo address, SCSIInqInfo identity, Lun capacity, String failure) {
+        public TargetInfo getTargetInfo() {
+            return address;
+        }
+
+        public SCSIInqInfo getSCSIInqInfo() {
+            return identity;
+        }
+    }
+
+    /** The capacity in short, and nothing for a unit that does not tell it. */
+    private static final class SizeOfUnit extends QuantityField<BigInteger> {
+        SizeOfUnit() {
+            super(ScsiPassThrough.CAPACITY.name, "Size");
+        }
+
+        @Override
+        BigInteger get(Object row) {
+            Lun unit = ((Row) row).capacity;
+            return unit == null ? null : ScsiPassThrough.CAPACITY.get(unit);
+        }
+
+        @Override
+        String show(Object row) {
+            Lun unit = ((Row) row).capacity;
+            return unit == null ? format(null)
+                : Units.shortBytes(unit.getCapacity()) + (unit.isCapacityMinimum() ? " or more" : "");
+        }
+    }
+
+    private static <T> ScalarField<T> ofCapacity(ScalarField<T> field) {
+        return new ScalarField<>(field.name, field.label) {
+            @Override
+            T get(Object row) {
+                Lun unit = ((Row) row).capacity;
+                return unit == null ? null : field.get(unit);
+            }
+        };
+    }
 
     ScsiPassThroughUnits() {
         super("Asks a target for its logical units, and each unit for vendor, product and size. A target that reports "
             + "no unit is given LUN 0. A dash stands for what a unit does not tell.");
+        listing(TABLE, "LUN", "vendorID", "productID", "capacity");
     }
 
     @Override
@@ -64,84 +119,54 @@ final class ScsiPassThroughUnits extends WriteCommand {
         found.getTargetInfo().setBus(bus.getValue() == null ? 0 : number(bus));
         adapter.check("asking target " + number(target) + " for its logical units",
             adapter.api.getScsiReportLUNsData(adapter.dev, new HBA(), found));
-        for (int i = 0; i < found.getLUNs().size() && failure == null; i++) {
-            ask(adapter, found, found.getLUNs().get(i));
-            Terminal.progress("units asked", i + 1, found.getLUNs().size());
+        List<Row> rows = new ArrayList<>();
+        for (int firstLevel : found.getLUNs()) {
+            rows.add(ask(adapter, found.getTargetInfo(), firstLevel));
+            Terminal.progress("units asked", rows.size(), found.getLUNs().size());
         }
-        Terminal.endProgress();
         if (wantsJson()) {
-            write(found);
+            write(found, rows);
         } else {
-            print(found);
+            showList(rows, "Target " + number(target) + " has no logical unit.");
         }
         if (failure != null) {
             Terminal.message(failure);
-            if (rows.size() < found.getLUNs().size()) {
-                Terminal.message("the units behind it were not asked");
-            }
-            return FAILED;
         }
-        return DONE;
+        return failure == null ? DONE : FAILED;
     }
 
-    private void ask(Adapter adapter, Target found, int firstLevel) {
+    private Row ask(Adapter adapter, TargetInfo node, int firstLevel) {
         Lun unit = new Lun();
-        unit.getTargetInfo().setBus(found.getTargetInfo().getBus());
-        unit.getTargetInfo().setTargetID(number(target));
-        unit.getTargetInfo().setLUN(firstLevel);
-        int inquiry = adapter.api.getScsiInquiryData(adapter.dev, unit.getTargetInfo(), unit.getSCSIInqInfo());
+        TargetInfo address = unit.getTargetInfo();
+        address.setBus(node.getBus());
+        address.setTargetID(node.getTargetID());
+        address.setLUN(firstLevel);
+        // When the target itself no longer answers, each further unit would wait for a deadline.
+        if (failure != null) {
+            return new Row(address, null, null, "not asked");
+        }
+        int inquiry = adapter.api.getScsiInquiryData(adapter.dev, address, unit.getSCSIInqInfo());
         int capacity =
             ScsiPassThrough.isAnswer(inquiry) ? adapter.api.getScsiReadCapacityData(adapter.dev, unit) : inquiry;
-        rows.add(new Row(unit, inquiry, capacity));
-        // A unit may refuse; when the target itself no longer answers, each further unit would wait for a deadline.
         if (!ScsiPassThrough.isAnswer(capacity)) {
             failure = "adapter " + adapter.dev + ": asking logical unit " + Lun.unitNumber(firstLevel) + " of target "
-                + number(target) + " failed: " + Cure.describe(capacity);
+                + number(target) + " failed, those behind it were not asked: " + Cure.describe(capacity);
         }
+        return new Row(address, inquiry == 0 ? unit.getSCSIInqInfo() : null, capacity == 0 ? unit : null,
+            capacity == 0 ? null : Status.describe(capacity));
     }
 
-    private void print(Target found) {
-        TextOutput.Columns columns = new TextOutput.Columns("LUN", "Vendor", "Product", "Size");
-        for (Row row : rows) {
-            boolean known = row.inquiry == 0;
-            columns.row(Lun.unitNumber(row.unit.getTargetInfo().getLUN()),
-                known ? row.unit.getSCSIInqInfo().getVendorID().trim() : null,
-                known ? row.unit.getSCSIInqInfo().getProductID().trim() : null,
-                row.capacity == 0 ? size(row.unit) : null);
-        }
-        for (int firstLevel : found.getLUNs().subList(rows.size(), found.getLUNs().size())) {
-            columns.row(Lun.unitNumber(firstLevel), null, null, null);
-        }
-        columns.print(System.out);
-    }
-
-    private static String size(Lun unit) {
-        return Units.shortBytes(unit.getCapacity()) + (unit.isCapacityMinimum() ? " or more" : "");
-    }
-
-    private void write(Target found) throws IOException {
+    private void write(Target found, List<Row> rows) throws IOException {
         JsonWriter json = jsonWriter();
         json.beginObject().name("targetInfo");
         ScsiPassThrough.ADDRESS.without(ScsiPassThrough.UNIT).write(json, found.getTargetInfo());
         json.name("LUNs").beginArray();
-        for (int firstLevel : found.getLUNs()) {
-            json.value(Lun.unitNumber(firstLevel));
-        }
-        json.endArray().name("units").beginArray();
         for (Row row : rows) {
-            json.beginObject();
-            new RecordTable(ScsiPassThrough.UNIT).writeMembers(json, row.unit.getTargetInfo());
-            if (row.inquiry == 0) {
-                ScsiPassThrough.INQUIRY.writeMembers(json, row.unit.getSCSIInqInfo());
-            }
-            if (row.capacity == 0) {
-                ScsiPassThrough.CAPACITIES.writeMembers(json, row.unit);
-            } else {
-                json.name("failure").value(Status.describe(row.capacity));
-            }
-            json.endObject();
+            json.value(Lun.unitNumber(row.address.getLUN()));
         }
-        json.endArray().endObject();
+        json.endArray().name("units");
+        TABLE.writeList(json, rows);
+        json.endObject();
         finish(json);
     }
 }
