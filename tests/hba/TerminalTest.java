@@ -101,9 +101,12 @@ final class TerminalTest extends ToolTest {
         // All 512 entries of an adapter go out and in again.
         tool.run("target set 2 0 --state=0 --yes").expect(0);
         String shown = converse(0, "import 2 large.json --yes");
-        assertTrue(shown.contains("targets written: 32 of 512") && shown.contains("Nothing differs."), shown);
+        assertTrue(shown.contains("writing targets [##") && shown.contains("] 256 of 512, "), shown);
+        assertTrue(shown.contains(" s left\r\033[KThe settings of"), shown);
+        assertFalse(tool.run("import 2 large.json --yes").err().contains("["));
         tool.writeSampleFiles();
         shown = converse(0, "firmware update 0 image.bin --yes");
-        assertTrue(shown.contains("writing the image: 0 s"), shown);
+        assertTrue(shown.contains("writing the image [#-"), shown);
+        assertTrue(converse(0, "reset 0 --yes").contains("\033[KAdapter 0 was reset."), shown);
     }
 }

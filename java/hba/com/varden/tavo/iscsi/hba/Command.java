@@ -192,12 +192,25 @@ abstract class Command implements Callable<Integer> {
 
     /** Says that something was done. */
     final void done(String what) throws IOException {
+        done(what, null);
+    }
+
+    /** Says that something was done, and what became of the logins that follow, if any. */
+    final void done(String what, Logins logins) throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            writer.beginObject().name("done").value(what).endObject();
+            writer.beginObject().name("done").value(what);
+            if (logins != null) {
+                writer.name("logins");
+                logins.write(writer);
+            }
+            writer.endObject();
             finish(writer);
-        } else {
-            System.out.println(TerminalText.lines(what));
+            return;
+        }
+        System.out.println(TerminalText.lines(what));
+        for (String line : logins == null ? List.<String>of() : logins.lines()) {
+            System.out.println(line);
         }
     }
 

@@ -252,6 +252,7 @@ final class DeviceDatabaseChanges {
             if (Interruption.isRequested()) {
                 throw new OperationFailed("interrupted: " + progress(done));
             }
+            Progress.show("writing targets", done, wanted.size());
             int end = Math.min(done + BATCH, wanted.size());
             DevDBEntry[] batch = wanted.subList(done, end).toArray(new DevDBEntry[0]);
             int status = adapter.api.setDDBsData(adapter.dev, batch);
@@ -260,8 +261,8 @@ final class DeviceDatabaseChanges {
             }
             adapter.check("writing the targets " + ranges(done, end), status);
             done = end;
-            Terminal.progress("targets written", done, wanted.size());
         }
+        Progress.end();
     }
 
     private String progress(int done) {

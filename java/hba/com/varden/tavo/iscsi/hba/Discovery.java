@@ -48,8 +48,8 @@ final class Discovery {
             if (chapIndex.getValue() != null) {
                 request.setChapIndex(number(chapIndex));
             }
-            adapter.check("discovery at " + portal(),
-                adapter.api.setDDBData(adapter.dev, request, request.getTargetID()));
+            adapter.check("discovery at " + portal(), Progress.during("asking " + portal(),
+                () -> adapter.api.setDDBData(adapter.dev, request, request.getTargetID())));
             known = new ArrayList<>();
             for (DevDBEntry entry : DeviceDatabaseEntry.readAll(adapter)) {
                 boolean isNew = DeviceDatabaseEntry.find(before, entry.getTargetID()) == null;

@@ -74,7 +74,7 @@ record Failure(int exit, int status, String name, String message) {
             Terminal.message(message);
             return;
         }
-        Terminal.endProgress();
+        Progress.end();
         try {
             JsonWriter json = Terminal.json(System.err, "");
             json.beginObject().name("error").beginObject();

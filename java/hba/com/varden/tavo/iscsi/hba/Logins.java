@@ -44,7 +44,7 @@ final class Logins {
         int left = count(found, written, TargetState.LOGGING_IN);
         int all = left;
         while (left > 0 && System.nanoTime() < end && !Interruption.isRequested()) {
-            Terminal.progress("logins ended", all - left, all);
+            Progress.show("logging in", all - left, all);
             try {
                 Thread.sleep(PAUSE_MILLIS);
             } catch (InterruptedException e) {
@@ -53,6 +53,7 @@ final class Logins {
             found = DeviceDatabaseEntry.readAll(adapter);
             left = count(found, written, TargetState.LOGGING_IN);
         }
+        Progress.end();
         Logins logins = new Logins();
         logins.sessions = count(found, written, TargetState.LOGGED_IN);
         logins.explain(adapter, found, written);

@@ -44,7 +44,7 @@ final class Maintenance {
         @Override
         void write(Adapter adapter) {
             short imageType = (short) (type.getValue() == null ? 0 : number(type));
-            boolean written = Terminal.during("writing the image",
+            boolean written = Progress.during("writing the image",
                 () -> adapter.api.iSCSIUpdateFW(adapter.dev, file.getPath(), imageType));
             adapter.check("the firmware update", written);
         }
@@ -69,12 +69,13 @@ final class Maintenance {
 
         @Override
         void write(Adapter adapter) {
-            adapter.check("the reset", adapter.api.resetISCSIHBA(adapter.dev));
+            adapter.check("the reset",
+                Progress.during("resetting", () -> adapter.api.resetISCSIHBA(adapter.dev)));
         }
 
         @Override
         int report(Adapter adapter) throws IOException {
-            done("Adapter " + adapter.dev + " was reset.");
+            done("Adapter " + adapter.dev + " was reset.", Logins.await(adapter, DeviceDatabaseEntry.readAll(adapter)));
             return DONE;
         }
     }

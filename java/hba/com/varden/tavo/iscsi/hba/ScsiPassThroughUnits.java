@@ -122,8 +122,9 @@ final class ScsiPassThroughUnits extends WriteCommand {
         List<Row> rows = new ArrayList<>();
         for (int firstLevel : found.getLUNs()) {
             rows.add(ask(adapter, found.getTargetInfo(), firstLevel));
-            Terminal.progress("units asked", rows.size(), found.getLUNs().size());
+            Progress.show("asking units", rows.size(), found.getLUNs().size());
         }
+        Progress.end();
         if (wantsJson()) {
             write(found, rows);
         } else {

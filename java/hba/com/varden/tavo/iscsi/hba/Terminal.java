@@ -11,7 +11,6 @@ import java.io.OutputStream;
 import java.io.PrintStream;
 import java.lang.reflect.Constructor;
 import java.nio.charset.StandardCharsets;
-import java.util.function.BooleanSupplier;
 
 /**
  * Where the tool's words go.
@@ -32,7 +31,6 @@ final class Terminal {
     private static final String PLAIN = "\033[0m";
 
     private static Output result;
-    private static boolean progressShown;
     private static long sizeRead;
 
     private Terminal() {}
@@ -141,58 +139,16 @@ final class Terminal {
         return writer;
     }
 
-    /** Shows on a terminal how far long work has come. */
-    static void progress(String what, int done, int all) {
-        if (System.console() != null) {
-            System.err.print("\r" + what + ": " + done + " of " + all + (done == all ? "\n" : ""));
-            System.err.flush();
-            progressShown = done != all;
-        }
-    }
-
-    /** Makes one long call, and counts its seconds on a terminal meanwhile. */
-    static boolean during(String what, BooleanSupplier call) {
-        Thread clock = new Thread(() -> {
-            try {
-                for (int seconds = 0;; seconds++) {
-                    System.err.print("\r" + what + ": " + seconds + " s ");
-                    System.err.flush();
-                    Thread.sleep(1000);
-                }
-            } catch (InterruptedException e) {
-                System.err.println();
-            }
-        });
-        clock.setDaemon(true);
-        if (System.console() != null) {
-            clock.start();
-        }
-        boolean result = call.getAsBoolean();
-        clock.interrupt();
-        try {
-            clock.join();
-        } catch (InterruptedException e) {
-            Thread.currentThread().interrupt();
-        }
-        return result;
-    }
-
     /** Says something that is not part of the result. */
     static void message(String text) {
-        endProgress();
+        Progress.end();
         System.err.println("hba: " + TerminalText.lines(text));
     }
 
     /** Asks something; the answer is read elsewhere. */
     static void prompt(String text) {
+        Progress.end();
         System.err.print(TerminalText.lines(text));
         System.err.flush();
-    }
-
-    static void endProgress() {
-        if (progressShown) {
-            System.err.println();
-            progressShown = false;
-        }
     }
 }
