@@ -167,7 +167,7 @@ final class ChapTableCommands {
         @Override
         List<String> losses(CHAPTableEntry present) {
             boolean lost = isSet(noSecret) && present.getChapSecretLength() > 0;
-            return lost ? List.of("removes the secret of " + describe(number(index), present)) : List.of();
+            return lost ? List.of("removes the secret of " + ChapTable.describe(number(index), present)) : List.of();
         }
 
         @Override
@@ -188,10 +188,6 @@ final class ChapTableCommands {
         }
     }
 
-    private static String describe(int index, CHAPTableEntry entry) {
-        return "CHAP entry " + index + " (" + ChapTable.NAME.show(entry) + ")";
-    }
-
     /** hba chap clear. */
     static final class Clear extends Change {
         Clear() {
@@ -200,7 +196,7 @@ final class ChapTableCommands {
 
         @Override
         List<String> losses(CHAPTableEntry present) {
-            return List.of("empties " + describe(number(index), present) + ": its secret is lost");
+            return List.of("empties " + ChapTable.describe(number(index), present) + ": its secret is lost");
         }
 
         @Override

@@ -1,6 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
+import com.varden.tavo.iscsi.model.DevDBEntry;
 import java.io.IOException;
 import java.util.LinkedHashMap;
 import java.util.List;
@@ -132,6 +133,15 @@ abstract class Command implements Callable<Integer> {
         return add(PositionalParamSpec.builder().type(Object.class).converters(field), label, arity, description);
     }
 
+    /** The parameters from here on, any number of them. */
+    final PositionalParamSpec parameters(String label, SettingField<?> field, String description) {
+        PositionalParamSpec rest = PositionalParamSpec.builder().type(List.class).auxiliaryTypes(Object.class)
+            .converters(field).index(parameters + "..*").arity("0..*").paramLabel(label).description(description)
+            .build();
+        spec.addPositional(rest);
+        return rest;
+    }
+
     private PositionalParamSpec add(PositionalParamSpec.Builder builder, String label, String arity, String text) {
         PositionalParamSpec parameter = builder.index(String.valueOf(parameters++)).arity(arity)
             .required(arity.equals("1")).paramLabel(label).description(text).build();
@@ -205,15 +215,21 @@ abstract class Command implements Callable<Integer> {
     }
 
     /**
-     * Says what was done, what differs afterwards, and what became of logins, if any follow; returns the exit status.
+     * Says what was done, to which targets, what differs afterwards, and what became of logins, if any follow; returns
+     * the exit status.
      */
-    final int report(String what, Differences differences, Logins logins) throws IOException {
+    final int report(String what, List<DevDBEntry> targets, Differences differences, Logins logins)
+        throws IOException {
         List<String> lines = differences.lines();
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
             writer.beginObject().name("done").value(what).name("differences").beginArray();
             for (String line : lines) {
                 writer.value(line);
+            }
+            writer.endArray().name("targetIDs").beginArray();
+            for (DevDBEntry target : targets) {
+                writer.value(target.getTargetID());
             }
             writer.endArray();
             if (logins != null) {

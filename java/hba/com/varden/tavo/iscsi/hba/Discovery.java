@@ -11,8 +11,6 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 
 /** Discovery of the targets that a portal offers (SendTargets). */
 final class Discovery {
-    private static final int ISCSI_PORT = 3260;
-
     private Discovery() {}
 
     /** hba discover. */
@@ -20,7 +18,7 @@ final class Discovery {
         private final PositionalParamSpec address =
             parameter("ADDRESS", NodeInfo.ADDRESS, "Address of the portal, " + NodeInfo.ADDRESS.range() + ".");
         private final OptionSpec port = option("--port", DeviceParameters.PORT,
-            "TCP port of the portal; " + ISCSI_PORT + " without this option.");
+            "TCP port of the portal; " + DeviceParameters.ISCSI_PORT + " without this option.");
         private final OptionSpec chapIndex = option("--chap-index", DeviceDatabaseEntry.CHAP_INDEX,
             "CHAP entry for the discovery and for the targets found; none without this option.");
         private List<DevDBEntry> known;
@@ -41,7 +39,8 @@ final class Discovery {
         void write(Adapter adapter) {
             List<DevDBEntry> before = DeviceDatabaseEntry.readAll(adapter);
             // An entry with an address and no name is a discovery. Its ID is the first that is tried.
-            DevDBEntry request = DeviceDatabaseEntry.readInitial(adapter, firstFree(before));
+            DevDBEntry request =
+                DeviceDatabaseEntry.readInitial(adapter, Math.max(0, DeviceDatabaseEntry.firstFree(before)));
             request.setState(TargetState.CONFIGURED);
             NodeInfo.NAME.set(request.getNodeInfo(), "");
             NodeInfo.ADDRESS.set(request.getNodeInfo(), address.getValue());
@@ -84,7 +83,7 @@ final class Discovery {
         }
 
         private int port() {
-            return port.getValue() == null ? ISCSI_PORT : number(port);
+            return port.getValue() == null ? DeviceParameters.ISCSI_PORT : number(port);
         }
 
         private String portal() {
@@ -94,14 +93,6 @@ final class Discovery {
         private boolean leadsThere(DevDBEntry entry) {
             IPAddr there = entry.getNodeInfo().getIPAddress();
             return address.getValue().equals(there) && (entry.getDeviceEntry().getPortNumber() & 0xFFFF) == port();
-        }
-
-        private static int firstFree(List<DevDBEntry> entries) {
-            int id = 0;
-            while (id < DeviceDatabaseEntry.LAST_SLOT && DeviceDatabaseEntry.find(entries, id) != null) {
-                id++;
-            }
-            return id;
         }
     }
 }

@@ -60,6 +60,34 @@ final class Logins {
         return logins;
     }
 
+    /** Logs in to a target that the adapter has; ends the command when that fails. */
+    static void logIn(Adapter adapter, DevDBEntry present) {
+        DevDBEntry entry = DeviceDatabaseEntry.copy(present);
+        entry.setState(TargetState.CONFIGURED);
+        adapter.check("the login to target " + entry.getTargetID(),
+            adapter.api.setDDBData(adapter.dev, entry, entry.getTargetID()));
+        Logins logins = await(adapter, List.of(entry));
+        if (logins.sessions == 0) {
+            Reason reason = logins.failed.get(entry.getTargetID());
+            throw new OperationFailed("adapter " + adapter.dev + " did not log in to "
+                + DeviceDatabaseEntry.describe(entry) + (reason == null ? "" : ": " + reason));
+        }
+        Differences differences = new Differences("written");
+        DeviceDatabaseEntry.TABLE.compare(entry, DeviceDatabaseEntry.read(adapter, entry.getTargetID()),
+            "targets[targetID " + entry.getTargetID() + "]", differences);
+        WriteCommand.verify("target " + entry.getTargetID() + " was written", differences);
+    }
+
+    /** Ends the session with a target. */
+    static void logOut(Adapter adapter, int target, int options, int newIndex) {
+        adapter.check("the logout", adapter.api.logoutDDB(adapter.dev, target, options, newIndex));
+        DevDBEntry there = DeviceDatabaseEntry.find(DeviceDatabaseEntry.readAll(adapter), target);
+        if (there != null && there.getState() == TargetState.LOGGED_IN) {
+            throw new OperationFailed("adapter " + adapter.dev + ": the logout was accepted, but the session with "
+                + DeviceDatabaseEntry.describe(there) + " goes on");
+        }
+    }
+
     private static long deadline(List<DevDBEntry> written) {
         long seconds = 0;
         for (DevDBEntry entry : written) {
