@@ -110,7 +110,7 @@ if [ -t 1 ]; then
   terminal=$(stty size <&1 2>/dev/null) || terminal='0 0'
 fi
 progress=
-if [ -t 2 ]; then
+if [ -t 2 ] && [ "${TERM-}" != dumb ]; then
   progress=-Dhba.progress=true
 fi
 
