@@ -113,7 +113,7 @@ if [ -t 1 ]; then
   exec 5>&-
 fi
 progress=
-if [ -t 2 ]; then
+if [ -t 2 ] && [ "${TERM-}" != dumb ]; then
   progress=-Dhba.progress=true
 fi
 

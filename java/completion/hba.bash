@@ -13,7 +13,7 @@ _hba() {
   # What bash leaves standing before the part that it replaces.
   local before=${words[-1]%"$current"}
   COMPREPLY=()
-  while IFS=$'\t' read -r candidate what; do
+  while IFS=$'\t' read -r candidate _; do
     case $candidate in
       :files)
         compopt -o filenames

@@ -52,8 +52,7 @@ final class CompletionTest extends ToolTest {
         assertEquals(List.of("software", ":folders"), candidates("--library", "soft"));
         assertEquals(List.of("--json\tWrite the result as a JSON document."),
             candidates("--library", "host", "adapters", "--j"));
-        assertEquals(List.of("list\tList the configured targets.", "load\tWrite many targets from a JSON file.",
-            "logout\tLog out of a target."), candidates("help", "target", "l"));
+        assertEquals(List.of("rename\tGive a target another iSCSI name."), candidates("help", "target", "ren"));
         assertEquals(List.of(), candidates("target", "show", "31", ""));
     }
 }
