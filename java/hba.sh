@@ -107,7 +107,10 @@ fi
 # Only here the user's standard output is still that of the process. COLUMNS, when it is exported, the tool sees itself.
 terminal=
 if [ -t 1 ]; then
-  terminal=$(stty size <&1 2>/dev/null) || terminal='0 0'
+  # Within the parentheses descriptor 1 is another one.
+  exec 5>&1
+  terminal=$(stty size <&5 2>/dev/null) || terminal='0 0'
+  exec 5>&-
 fi
 progress=
 if [ -t 2 ] && [ "${TERM-}" != dumb ]; then
