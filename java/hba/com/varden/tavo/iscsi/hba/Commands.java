@@ -1,12 +1,15 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.hba.serve.Metrics;
+import com.varden.tavo.iscsi.hba.serve.Serve;
 import java.util.concurrent.Callable;
 import picocli.AutoComplete;
 import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
+import picocli.CommandLine.ParseResult;
 
 /** The tree of commands. Of a command line that names a command only that one is made; for help, all of them. */
-final class Commands {
+public final class Commands {
     /** All commands and groups in the order of the help, with what the list of commands says of each. */
     private enum Name {
         ADAPTERS("adapters", "List the adapters."),
@@ -50,6 +53,8 @@ final class Commands {
         PING("ping", "Have the adapter ping an address."),
         RESET("reset", "Reset an adapter."),
         CRASH("crash", "Have the adapter's crash record written to a file."),
+        SERVE("serve", "Show the adapters on a web page, and their metrics to Prometheus."),
+        METRICS("metrics", "Print the metrics of all adapters once, for Prometheus."),
         EXPORT("export", "Write all settings of an adapter as one JSON document."),
         IMPORT("import", "Write an adapter's settings back and say what differs."),
         DOCTOR("doctor", "Check what the tool needs, and say what to do about what is missing."),
@@ -105,6 +110,8 @@ final class Commands {
                 case PING -> new Maintenance.Ping();
                 case RESET -> new Maintenance.Reset();
                 case CRASH -> new Maintenance.Crash();
+                case SERVE -> new Serve();
+                case METRICS -> new Metrics();
                 case EXPORT -> new Backup.Export();
                 case IMPORT -> new Backup.Import();
                 case DOCTOR -> new Doctor();
@@ -115,6 +122,22 @@ final class Commands {
     }
 
     private Commands() {}
+
+    /**
+     * The command that a command line names, with its arguments.
+     *
+     * @throws BadInput when it names none
+     */
+    public static Command parse(String... arguments) {
+        ParseResult last = build(arguments).parseArgs(arguments);
+        while (last.hasSubcommand()) {
+            last = last.subcommand();
+        }
+        if (last.commandSpec().userObject() instanceof Command command) {
+            return command;
+        }
+        throw new BadInput("a command is missing");
+    }
 
     /** The command line with the command that the arguments name, or with all when they name none. */
     static CommandLine build(String[] arguments) {

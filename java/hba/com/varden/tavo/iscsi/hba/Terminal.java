@@ -19,7 +19,7 @@ import java.util.function.BooleanSupplier;
  * therefore gives the VM the user's standard error for both of its standard streams, where the libraries' lines join
  * the tool's messages, and the user's standard output as one more descriptor, whose number it tells with a property.
  */
-final class Terminal {
+public final class Terminal {
     private static final int BUFFER = 8192;
 
     private static Output result;
@@ -120,7 +120,7 @@ final class Terminal {
     }
 
     /** Says something that is not part of the result. */
-    static void message(String text) {
+    public static void message(String text) {
         endProgress();
         System.err.println("hba: " + TerminalText.lines(text));
     }
