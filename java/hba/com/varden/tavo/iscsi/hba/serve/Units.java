@@ -48,8 +48,8 @@ final class Units {
         for (Unit unit : units) {
             json.beginObject().name("lun").value(unit.lun);
             if (unit.details != null) {
-                json.name("vendor").value(unit.details.getSCSIInqInfo().getVendorID());
-                json.name("product").value(unit.details.getSCSIInqInfo().getProductID());
+                json.name("vendor").value(unit.details.getSCSIInqInfo().getVendorID().trim());
+                json.name("product").value(unit.details.getSCSIInqInfo().getProductID().trim());
                 json.name("bytes").value(Long.toUnsignedString(unit.details.getCapacity()));
                 json.name("isMinimum").value(unit.details.isCapacityMinimum());
             }
