@@ -19,7 +19,7 @@ export function rate(value, unit) {
     return '–';
   }
   const [number, prefix] = scaled(value, 1000, DECIMAL, 100);
-  return `${number} ${prefix}${unit}/s`;
+  return prefix + unit === '' ? `${number}/s` : `${number} ${prefix}${unit}/s`;
 }
 
 /** A number for the edge of a plot: "1.2k". */

@@ -48,7 +48,7 @@ function contents(adapter) {
   }
   return [title, element('span', 'model', adapter.model), ...notes, element('dl', '',
     row('State', state(adapter.state)), row('Link', state(adapter.link)), row('Sessions', sessions(adapter)),
-    row('Errors', errors(adapter)), row('Address', adapter.address), row('Serial', adapter.serial))];
+    row('Errors', errors(adapter)), row('Address', adapter.address ?? 'none'), row('Serial', adapter.serial))];
 }
 
 function showCards(list) {

@@ -4,12 +4,16 @@
 import {element, moment, rate, shortNumber} from './format.js';
 
 const SPAN = 3600000; // milliseconds
+const LEAST_SPAN = 300000;
 const PLOTS = [
   {title: 'Ethernet frames', unit: '', lines: ['framesSent', 'framesReceived']},
   {title: 'Bytes', unit: 'B', lines: ['bytesSent', 'bytesReceived']},
   {title: 'iSCSI PDUs', unit: '', lines: ['pdusSent', 'pdusReceived']},
   {title: 'Connection errors', lines: ['errors']},
 ];
+
+// The library's own legend is written with styles inside, which the page's policy forbids.
+Dygraph.PLUGINS = Dygraph.PLUGINS.filter(plugin => plugin !== Dygraph.Plugins.Legend);
 
 function colour(name) {
   return getComputedStyle(document.documentElement).getPropertyValue(name).trim();
@@ -29,6 +33,10 @@ function drawBars(drawing) {
       context.stroke();
     }
   }
+}
+
+function wholeNumber(value) {
+  return Number.isInteger(value) ? shortNumber(value) : '';
 }
 
 function colours(lines) {
@@ -51,7 +59,6 @@ export class Plots {
     const dygraph = new Dygraph(canvas, [[Date.now(), ...plot.lines.map(() => null)]], {
       labels: ['time', ...plot.lines],
       colors: colours(plot.lines),
-      legend: 'never',
       interactionModel: {},
       includeZero: true,
       strokeWidth: 1.5,
@@ -60,8 +67,9 @@ export class Plots {
       gridLineColor: colour('--line'),
       ...isErrors && {plotter: drawBars},
       axes: {
-        x: {axisLabelFontSize: 11, drawGrid: true, pixelsPerLabel: 70},
-        y: {axisLabelWidth: 46, axisLabelFontSize: 11, axisLabelFormatter: shortNumber, pixelsPerLabel: 22},
+        x: {drawAxis: isErrors, axisLabelFontSize: 11, drawGrid: true, pixelsPerLabel: 70},
+        y: {axisLabelWidth: 46, axisLabelFontSize: 11, axisLabelFormatter: isErrors ? wholeNumber : shortNumber,
+          pixelsPerLabel: 22},
       },
       highlightCallback: (event, time, points, row) => this.#select(row),
       unhighlightCallback: () => this.#select(-1),
@@ -96,12 +104,13 @@ export class Plots {
       this.times.shift();
       this.charts.forEach(chart => chart.data.shift());
     }
+    const start = Math.min(this.times[0] ?? now, now - LEAST_SPAN);
     for (const chart of this.charts) {
       // An axis of its own for a line that stays at 0.
       const highest = Math.max(1, ...chart.data.map(row => Math.max(...row.slice(1))));
       chart.dygraph.updateOptions({
         file: chart.data.length > 0 ? chart.data : [[new Date(now), ...chart.lines.map(() => null)]],
-        dateWindow: [now - SPAN, now],
+        dateWindow: [start, now],
         valueRange: [0, highest * 1.1],
       });
     }
@@ -126,12 +135,12 @@ export class Plots {
   // Those of the moment that the pointer is at, or the latest.
   #showValues() {
     const row = this.selected >= 0 ? this.selected : this.times.length - 1;
-    this.momentShown.textContent = row < 0 ? '' : `${this.selected < 0 ? 'now' : 'at ' + moment(this.times[row])}`;
+    this.momentShown.textContent = row < 0 ? '' : this.selected < 0 ? 'now' : `at ${moment(this.times[row])}`;
     for (const chart of this.charts) {
       const values = chart.data[row]?.slice(1) ?? chart.lines.map(() => null);
       if (chart.lines.length === 1) {
         const all = chart.data.reduce((sum, point) => sum + point[1], 0);
-        chart.values.textContent = this.selected < 0 ? `${all} in this time` : `${values[0]}`;
+        chart.values.textContent = this.selected < 0 ? `${all} in this time` : `${values[0] ?? '–'}`;
       } else {
         chart.values.replaceChildren(element('span', 'sent', rate(values[0], chart.unit)), ' ',
           element('span', 'received', rate(values[1], chart.unit)));

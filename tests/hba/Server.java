@@ -8,6 +8,7 @@ import java.io.BufferedReader;
 import java.io.IOException;
 import java.io.InputStreamReader;
 import java.net.Socket;
+import java.net.SocketException;
 import java.net.URI;
 import java.net.http.HttpClient;
 import java.net.http.HttpRequest;
@@ -70,12 +71,14 @@ final class Server implements AutoCloseable {
         return new Socket(address.getHost(), address.getPort());
     }
 
-    /** Sends bytes as they are and returns all that comes back until the server closes; empty when it says nothing. */
+    /** Sends bytes as they are and returns all that comes back until the server closes; what it resets is lost. */
     String send(String request) throws IOException {
         try (Socket socket = connect()) {
             socket.setSoTimeout((int) PATIENCE.toMillis());
             socket.getOutputStream().write(request.getBytes(StandardCharsets.ISO_8859_1));
             return new String(socket.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
+        } catch (SocketException e) {
+            return "";
         }
     }
 

@@ -87,7 +87,8 @@ final class Browser implements AutoCloseable {
         switch (message.get("method").getAsString()) {
             case "Network.requestWillBeSent" ->
                 requests.add(parameters.getAsJsonObject("request").get("url").getAsString());
-            case "Runtime.exceptionThrown", "Log.entryAdded" -> complaints.add(parameters.toString());
+            case "Runtime.exceptionThrown" -> complaints.add(parameters.toString());
+            case "Log.entryAdded" -> complaints.add(parameters.getAsJsonObject("entry").get("text").getAsString());
             case "Runtime.consoleAPICalled" -> {
                 if (!parameters.get("type").getAsString().matches("log|info|debug")) {
                     complaints.add(parameters.toString());

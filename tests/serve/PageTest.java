@@ -52,7 +52,7 @@ final class PageTest extends ToolTest {
         // The plot moves.
         Server.await("the plots move", () -> {
             tool.run("lun list 0 1").expect(0);
-            return browser.evaluate(rate(0) + "+" + rate(1) + "+" + rate(2)).matches("([\\d.]*[1-9][\\d.]* k?B?/s ?){6}");
+            return browser.evaluate(rate(0) + "+" + rate(1) + "+" + rate(2)).matches("([\\d.]*[1-9][\\d.]*( k?B?)?/s ?){6}");
         });
 
         // A target opens by mouse and by keyboard, and shows its units.
@@ -92,7 +92,7 @@ final class PageTest extends ToolTest {
         browser.show(360, 1400, "light");
         browser.evaluate("document.querySelectorAll('.card')[0].click()");
         browser.await(ROWS + ".length === 8");
-        assertEquals("360", browser.evaluate("document.documentElement.scrollWidth"));
+        assertEquals("true", browser.evaluate("document.documentElement.scrollWidth <= innerWidth"));
         browser.screenshot(SCREENSHOTS.resolve("narrow.png"));
 
         assertEquals(List.of(), browser.complaints);

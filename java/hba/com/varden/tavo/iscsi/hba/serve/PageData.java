@@ -50,7 +50,7 @@ final class PageData {
             HBA hba = reading.hba();
             json.name("model").value(hba.getModel()).name("serial").value(hba.getSerialNumberStr());
             json.name("name").value(hba.getiSCSIName());
-            json.name("address").value(hba.getIPAddress().toString());
+            json.name("address").value(hba.getIPAddress().isUnspecified() ? null : hba.getIPAddress().toString());
             json.name("firmware").value(hba.getFirmwareVersion());
             writeState(json, "state", AdapterState.MEANINGS.text(hba.getState()), level(hba));
             boolean up = hba.getLinkStatus() == LinkState.UP;
