@@ -90,11 +90,17 @@ if [ -f "$jars/hba.jsa" ] && [ "$(cksum <"$jars/hba.jsa")" = "$(cat "$jars/hba.j
   archive=-XX:SharedArchiveFile=$jars/hba.jsa
 fi
 
+# The one command that stays for long keeps to little memory, instead of a share of the machine's.
+memory=
+if [ "${1-}" = serve ]; then
+  memory='-Xms24m -Xmn8m -Xmx192m'
+fi
+
 # What the libraries print goes to the standard error; descriptor 3, for the tool's results alone, is the user's
 # standard output.
-# shellcheck disable=SC2086 # HBA_JAVA_OPTIONS holds several words.
+# shellcheck disable=SC2086 # HBA_JAVA_OPTIONS and memory hold several words.
 exec "$java" -XX:TieredStopAtLevel=1 -XX:CompileThresholdScaling=3 -XX:+UseSerialGC -Xshare:auto \
-  '-Xlog:cds*=off' ${archive:+"$archive"} -Dsun.reflect.inflationThreshold=1000000 ${HBA_JAVA_OPTIONS-} \
+  '-Xlog:cds*=off' ${archive:+"$archive"} -Dsun.reflect.inflationThreshold=1000000 $memory ${HBA_JAVA_OPTIONS-} \
   "-Dtavo.iscsi.library=${HBA_BRIDGE:-$bridge}" "-Dhba.directory=$directory" -Dhba.output=3 \
   --add-opens java.base/java.io=ALL-UNNAMED \
   -cp "$jars/hba.jar:$jars/tavoiscsi.jar:$jars/picocli.jar:$jars/gson.jar" com.varden.tavo.iscsi.hba.Hba "$@" 3>&1 1>&2

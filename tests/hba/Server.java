@@ -83,7 +83,11 @@ final class Server implements AutoCloseable {
     }
 
     static void await(String what, BooleanSupplier condition) throws InterruptedException {
-        long end = System.nanoTime() + PATIENCE.toNanos();
+        await(what, PATIENCE.toSeconds(), condition);
+    }
+
+    static void await(String what, long seconds, BooleanSupplier condition) throws InterruptedException {
+        long end = System.nanoTime() + TimeUnit.SECONDS.toNanos(seconds);
         while (!condition.getAsBoolean()) {
             assertTrue(System.nanoTime() < end, what);
             Thread.sleep(100);

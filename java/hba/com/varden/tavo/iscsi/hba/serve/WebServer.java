@@ -21,6 +21,8 @@ final class WebServer {
     private static final int IDLE_CONNECTIONS = 32;
     private static final int IDLE_SECONDS = 10;
     private static final int REQUEST_SECONDS = 10;
+    /** How often idle connections are looked at. */
+    private static final int CLOCK_MILLISECONDS = 1000;
     private static final int HEADER_BYTES = 8192;
     private static final int HEADERS = 100;
     private static final int BACKLOG = 128;
@@ -61,6 +63,7 @@ final class WebServer {
         System.setProperty("jdk.httpserver.maxConnections", String.valueOf(CONNECTIONS));
         System.setProperty("sun.net.httpserver.maxIdleConnections", String.valueOf(IDLE_CONNECTIONS));
         System.setProperty("sun.net.httpserver.idleInterval", String.valueOf(IDLE_SECONDS));
+        System.setProperty("sun.net.httpserver.clockTick", String.valueOf(CLOCK_MILLISECONDS));
         System.setProperty("sun.net.httpserver.maxReqTime", String.valueOf(REQUEST_SECONDS));
         System.setProperty("sun.net.httpserver.maxRspTime", String.valueOf(REQUEST_SECONDS));
         System.setProperty("sun.net.httpserver.maxReqHeaderSize", String.valueOf(HEADER_BYTES));
