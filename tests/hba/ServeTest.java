@@ -1,9 +1,14 @@
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.google.gson.JsonArray;
 import java.io.IOException;
 import java.net.http.HttpResponse;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import java.util.List;
+import java.util.concurrent.TimeUnit;
 import org.junit.jupiter.api.Test;
 
 /** hba serve and hba metrics: what they answer, and what they do not let anybody do. */
@@ -89,6 +94,34 @@ final class ServeTest extends ToolTest {
             }
             String head = server.send("HEAD / HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
             assertTrue(head.matches("(?s)HTTP/1.1 200.*Content-length: [1-9]\\d+.*\r\n\r\n"), head);
+        }
+    }
+
+    /** An adapter that never answers is shown as stale with its age, and neither it nor a target delays anybody. */
+    @Test
+    void deadAdapterDelaysNobody() throws IOException, InterruptedException {
+        Path stuck = tool.folder.resolve("stuck");
+        tool.environment.put("STUCK", stuck.toString());
+        tool.environment.put("LD_PRELOAD", System.getProperty("tavo.stuck.adapter"));
+        try (Server server = new Server(tool, "--ask-targets")) {
+            String targets = "tavoiscsi_target_up{adapter=\"1\"";
+            Server.await("adapter 1 is read", () -> server.text("/metrics").contains(targets));
+            Server.await("a target that does not answer is noticed", () -> server.text("/metrics").contains(
+                "tavoiscsi_connection_errors_total{adapter=\"0\",serial=\"TV2040A000117\",target=\"100\","
+                + "kind=\"no answer\"}"));
+            Files.createFile(stuck);
+            Server.await("adapter 1 is stale", () -> server.text("/metrics").contains(
+                "tavoiscsi_reading_stale{adapter=\"1\",serial=\"TV2060B000342\"} 1\n"));
+            assertFalse(server.text("/metrics").contains(targets));
+            JsonArray cards = server.json("/data/adapters").getAsJsonObject().getAsJsonArray("adapters");
+            for (int dev = 0; dev < 4; dev++) {
+                assertEquals(dev == 1, cards.get(dev).getAsJsonObject().get("stale").getAsBoolean());
+            }
+            assertTrue(cards.get(1).getAsJsonObject().get("ageMillis").getAsLong() > 3000);
+            assertEquals(504, server.get("/api/stats/show/1").statusCode());
+            server.text("/api/stats/show/0");
+            server.process.destroy();
+            assertTrue(server.process.waitFor(1, TimeUnit.SECONDS), "SIGTERM ends it within a second");
         }
     }
 }

@@ -2,7 +2,6 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.google.gson.JsonElement;
-import com.google.gson.JsonObject;
 import com.google.gson.JsonParser;
 import java.io.IOException;
 import java.net.ServerSocket;
@@ -70,12 +69,14 @@ final class PrometheusTest extends ToolTest {
         try {
             HttpRequest request = HttpRequest.newBuilder(URI.create("http://127.0.0.1:" + port + "/api/v1/" + question))
                 .build();
-            JsonObject answer = JsonParser.parseString(
-                client.send(request, HttpResponse.BodyHandlers.ofString()).body()).getAsJsonObject();
-            return answer.get("data");
+            HttpResponse<String> response = client.send(request, HttpResponse.BodyHandlers.ofString());
+            if (response.statusCode() == 200) {
+                return JsonParser.parseString(response.body()).getAsJsonObject().get("data");
+            }
         } catch (IOException | InterruptedException e) {
-            return JsonParser.parseString("{result: []}"); // not up yet
+            // Said below.
         }
+        return JsonParser.parseString("{result: []}"); // not up yet
     }
 
     // The value of an expression, empty when there is none.

@@ -15,15 +15,18 @@ final class AdapterReader {
     final ConnectionErrors errors = new ConnectionErrors();
     final History history;
     private final Duration interval;
+    private final TargetQuestions questions;
     private Adapter adapter;
     private volatile Reading latest;
     private volatile String failure;
     private volatile long failures;
     private final long created = System.nanoTime();
 
-    AdapterReader(Adapter adapter, Duration interval) {
+    /** @param askTargets whether each target is asked after each reading */
+    AdapterReader(Adapter adapter, Duration interval, boolean askTargets) {
         this.adapter = adapter;
         dev = adapter.dev;
+        questions = askTargets ? new TargetQuestions(dev) : null;
         this.interval = interval;
         history = new History(interval);
     }
@@ -62,6 +65,9 @@ final class AdapterReader {
             }
             latest = now;
             failure = null;
+            if (questions != null) {
+                questions.ask(dev, now);
+            }
         } catch (RuntimeException e) {
             failures++;
             failure = Failure.of(e).message();

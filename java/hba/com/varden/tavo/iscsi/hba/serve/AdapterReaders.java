@@ -17,9 +17,11 @@ final class AdapterReaders {
 
     private final AtomicReferenceArray<AdapterReader> readers = new AtomicReferenceArray<>(Adapter.LAST_INDEX + 1);
     private final Duration interval;
+    private final boolean askTargets;
 
-    AdapterReaders(Duration interval) {
+    AdapterReaders(Duration interval, boolean askTargets) {
         this.interval = interval;
+        this.askTargets = askTargets;
     }
 
     /** The adapters found so far, in the order of their indices. */
@@ -65,7 +67,7 @@ final class AdapterReaders {
         if (adapter == null) {
             return null;
         }
-        AdapterReader reader = new AdapterReader(adapter, interval);
+        AdapterReader reader = new AdapterReader(adapter, interval, askTargets);
         readers.set(dev, reader);
         return reader;
     }

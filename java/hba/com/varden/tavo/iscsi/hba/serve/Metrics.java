@@ -31,7 +31,7 @@ public final class Metrics extends Command {
         String file = output.getValue();
         OutputFile outputFile = file == null ? null : new OutputFile(file);
         Adapter.api();
-        AdapterReaders readers = new AdapterReaders(NEVER_STALE);
+        AdapterReaders readers = new AdapterReaders(NEVER_STALE, false);
         int status = DONE;
         if (!readers.readOnce()) {
             Terminal.message("not all adapters answered in time");
