@@ -17,6 +17,7 @@ final class LoadTest extends ToolTest {
     private static final boolean LONG = Boolean.getBoolean("tavo.long");
     private static final int SCRAPERS = 50;
     private static final int SECONDS = LONG ? 60 : 5;
+    private static final int WARM_UP = 3; // seconds
     private static final int BAD_REQUESTS = LONG ? 10_000 : 1_000;
     private static final long LARGEST_GROWTH = 8 * 1024; // KiB
 
@@ -26,14 +27,16 @@ final class LoadTest extends ToolTest {
             Server.await("525 targets", () -> server.text("/metrics").split("\ntavoiscsi_target_info").length == 526);
             ConcurrentLinkedQueue<Long> times = new ConcurrentLinkedQueue<>();
             List<Thread> scrapers = new ArrayList<>();
-            long end = System.nanoTime() + TimeUnit.SECONDS.toNanos(SECONDS);
+            // Not before both virtual machines have warmed up.
+            long from = System.nanoTime() + TimeUnit.SECONDS.toNanos(WARM_UP);
+            long end = from + TimeUnit.SECONDS.toNanos(SECONDS);
             for (int i = 0; i < SCRAPERS; i++) {
                 long offset = i * 1000L / SCRAPERS;
-                Thread scraper = new Thread(() -> scrape(server, offset, end, times));
+                Thread scraper = new Thread(() -> scrape(server, offset, from, end, times));
                 scrapers.add(scraper);
                 scraper.start();
             }
-            Thread.sleep(SECONDS * 250L);
+            Thread.sleep((WARM_UP * 4 + SECONDS) * 250L);
             long memory = server.memory();
             for (Thread scraper : scrapers) {
                 scraper.join();
@@ -47,13 +50,15 @@ final class LoadTest extends ToolTest {
     }
 
     // Once a second; a failure shows in the number of answers.
-    private static void scrape(Server server, long offset, long end, ConcurrentLinkedQueue<Long> times) {
+    private static void scrape(Server server, long offset, long from, long end, ConcurrentLinkedQueue<Long> times) {
         try {
             Thread.sleep(offset);
             while (System.nanoTime() < end) {
                 long begin = System.nanoTime();
                 assertTrue(server.text("/metrics", "Accept", "application/openmetrics-text").endsWith("# EOF\n"));
-                times.add(System.nanoTime() - begin);
+                if (begin >= from) {
+                    times.add(System.nanoTime() - begin);
+                }
                 Thread.sleep(1000);
             }
         } catch (InterruptedException e) {
