@@ -4,7 +4,7 @@
 import {element, moment, rate, shortNumber} from './format.js';
 
 const SPAN = 3600000; // milliseconds
-const LEAST_SPAN = 300000;
+const LEAST_SPAN = 120000;
 const PLOTS = [
   {title: 'Ethernet frames', unit: '', lines: ['framesSent', 'framesReceived']},
   {title: 'Bytes', unit: 'B', lines: ['bytesSent', 'bytesReceived']},
