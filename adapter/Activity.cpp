@@ -41,6 +41,16 @@ void subtract(HBAPORTSTATISCSI &counters, const HBAPORTSTATISCSI &less)
     combine(counters, less, std::minus<>());
 }
 
+bool renewBaseline(HBAPORTSTATISCSI &baseline, const HBAPORTSTATISCSI &counted)
+{
+    bool renewed = false;
+    combine(baseline, counted, [&](SD_UINT64 base, SD_UINT64 count) {
+        renewed = renewed || count < base;
+        return count < base ? 0 : base;
+    });
+    return renewed;
+}
+
 void addError(Activity &activity, const CONNERRTABLE &entry)
 {
     CONNERRTABLE newest = entry;

@@ -21,6 +21,8 @@ struct Activity {
 // Adds counters field by field; each goes on from 0 after its last number, as counters do.
 void add(HBAPORTSTATISCSI &counters, const HBAPORTSTATISCSI &more);
 void subtract(HBAPORTSTATISCSI &counters, const HBAPORTSTATISCSI &less);
+// Lowers a baseline to 0 in each field that counts less by now: that counter has begun anew since. Whether any has.
+bool renewBaseline(HBAPORTSTATISCSI &baseline, const HBAPORTSTATISCSI &counted);
 
 // Adds an entry as the newest of the log. An error that is in the log already is counted there.
 void addError(Activity &activity, const CONNERRTABLE &entry);

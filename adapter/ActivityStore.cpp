@@ -119,6 +119,19 @@ Activity ActivityStore::read()
     return activity;
 }
 
+HBAPORTSTATISCSI ActivityStore::counters(const HBAPORTSTATISCSI &counted)
+{
+    const std::lock_guard guard(mutex_);
+    Activity activity = stored();
+    merge(activity);
+    if (renewBaseline(activity.baseline, counted)) {
+        write([&](Activity &kept) { renewBaseline(kept.baseline, counted); }, COUNTER_PATIENCE);
+    }
+    add(activity.statistics, counted);
+    subtract(activity.statistics, activity.baseline);
+    return activity.statistics;
+}
+
 void ActivityStore::merge(Activity &activity) const
 {
     add(activity.statistics, pending_.statistics);

@@ -24,6 +24,8 @@ public:
 
     // All that is known: what the file holds and what has not reached it yet.
     Activity read();
+    // The counters, together with what the port itself has counted since the last reset, or since it began anew.
+    HBAPORTSTATISCSI counters(const HBAPORTSTATISCSI &counted);
 
     void count(const HBAPORTSTATISCSI &more);
     void logError(const CONNERRTABLE &entry);

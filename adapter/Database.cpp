@@ -191,6 +191,7 @@ void Database::open(const std::string &name, int flags)
         }
         opened->run("PRAGMA trusted_schema=OFF; PRAGMA cell_size_check=ON; PRAGMA secure_delete=ON;");
         opened->run(kind_.synchronous);
+        opened->watchCommits();
     } catch (...) {
         opened->leaveAlone();
         throw;

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 
 // How long a writer waits for another one.
@@ -43,6 +44,11 @@ public:
     Connection *forReading();
     // The same, with the file made when it is missing. Throws ERR_BUSY too.
     Connection &forWriting();
+    // The mark of the last commit to the file that was met last; none when commits are not marked.
+    std::optional<CommitMark> commitMark() const
+    {
+        return connection_ ? connection_->commitMark() : std::nullopt;
+    }
     // A number that changes whenever another file, or none, was met.
     unsigned generation() const
     {

@@ -58,16 +58,15 @@ std::string home()
                                                                                                         : "";
 }
 
-std::string defaultFolder()
+} // namespace
+
+std::string folderOfUser(uid_t user, const std::string &stateHome, const std::string &home)
 {
-    if (geteuid() == 0) {
+    if (user == 0) {
         return "/var/lib/tavoiscsi";
     }
-    const char *state = std::getenv("XDG_STATE_HOME");
-    return (state != nullptr && *state == '/' ? std::string(state) : home() + "/.local/state") + "/tavoiscsi";
+    return (stateHome.starts_with('/') ? stateHome : home + "/.local/state") + "/tavoiscsi";
 }
-
-} // namespace
 
 void say(const std::string &line)
 {
@@ -89,7 +88,8 @@ Folder settingsFolder()
     if (!own.empty() && access((own + "/../../CMakeCache.txt").c_str(), F_OK) == 0) {
         return {own, false};
     }
-    return {resolved(defaultFolder()), true};
+    const char *stateHome = std::getenv("XDG_STATE_HOME");
+    return {resolved(folderOfUser(geteuid(), stateHome == nullptr ? "" : stateHome, home())), true};
 }
 
 bool makeFolder(const std::string &path)

@@ -1,6 +1,8 @@
 // The folder in which the settings and the counters of the adapters lie.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 
 struct Folder {
@@ -12,6 +14,9 @@ struct Folder {
 // else /var/lib/tavoiscsi for root and $XDG_STATE_HOME/tavoiscsi (~/.local/state/tavoiscsi) for everybody else.
 // Throws ERR_FLASH_READ, with a line that names the reason.
 Folder settingsFolder();
+
+// The last of these: by the user and by the values of XDG_STATE_HOME (empty: not set) and of the user's home folder.
+std::string folderOfUser(uid_t user, const std::string &stateHome, const std::string &home);
 
 // Makes the folder for its owner alone (0700), and what leads to it. False with errno when that fails.
 bool makeFolder(const std::string &path);

@@ -30,7 +30,7 @@ void send(Adapter &adapter, const TARGETINFORMATION *unit, std::span<const SD_UI
     require(sense.start != nullptr || sense.size == 0, ERR_INVALID_PARAMETER);
     std::fill_n(static_cast<SD_UINT8 *>(sense.start), sense.size, SD_UINT8{0});
 
-    const auto settings = adapter.settings.read();
+    const auto settings = adapter.settings.readForCommand();
     const SharedEntry entry = unit->BusNumber == 0 ? settings->find(unit->TargetID) : nullptr;
     CommandResult result;
     result.login.reach = Reach::unknownTarget;

@@ -12,6 +12,8 @@ namespace
 
 constexpr const char *NOT_WAITING = "PRAGMA synchronous=NORMAL";
 
+constexpr std::chrono::milliseconds LOOK_INTERVAL{50};
+
 constexpr const char *SCHEMA = R"(
     CREATE TABLE adapter (
         key TEXT NOT NULL PRIMARY KEY,
@@ -155,8 +157,22 @@ std::shared_ptr<const Settings> SettingsStore::read()
     }
 }
 
+std::shared_ptr<const Settings> SettingsStore::readForCommand()
+{
+    {
+        const std::lock_guard guard(readerMutex_);
+        const auto present = known();
+        if (present && mark_ && mark_ == reader_.commitMark() && Clock::now() - lastLook_ < LOOK_INTERVAL) {
+            return present->settings;
+        }
+    }
+    return read();
+}
+
 std::shared_ptr<const Settings> SettingsStore::readNow()
 {
+    mark_.reset();
+    lastLook_ = Clock::now();
     Connection *connection = reader_.forReading();
     if (reader_.generation() != readerGeneration_) {
         readerGeneration_ = reader_.generation();
@@ -166,9 +182,12 @@ std::shared_ptr<const Settings> SettingsStore::readNow()
     if (connection == nullptr) {
         return factory_;
     }
+    // Both are asked before the snapshot: what was written since is noticed the next time.
+    const auto mark = connection->commitMark();
     const std::int64_t version = connection->number("PRAGMA data_version");
     auto present = known();
     if (present && version == dataVersion_) {
+        mark_ = mark;
         return present->settings;
     }
     const Transaction snapshot(*connection, "BEGIN");
@@ -178,8 +197,8 @@ std::shared_ptr<const Settings> SettingsStore::readNow()
         present = Known{load(*connection, census), revision};
         know(*present);
     }
-    // Asked before the snapshot: what was written since is noticed the next time.
     dataVersion_ = version;
+    mark_ = mark;
     return present->settings;
 }
 

@@ -36,6 +36,9 @@ public:
 
     // The settings as they are now. Waits for no writer. Throws ERR_FLASH_DAMAGED, ERR_FLASH_READ.
     std::shared_ptr<const Settings> read();
+    // The same for a SCSI command: as long as nobody writes it asks nothing of the system. What anybody writes is seen
+    // at once; that another file was put in the place of this one, or none, 50 ms later.
+    std::shared_ptr<const Settings> readForCommand();
     // Has a change applied to the newest settings, and writes what differs. When it throws nothing is written. Durable
     // when it returns. Throws as read() does, and ERR_FLASH_WRITE, ERR_BUSY.
     void change(const Change &change);
@@ -63,10 +66,14 @@ private:
     std::string key_;
     std::shared_ptr<const Settings> factory_;
 
-    std::mutex readerMutex_; // guards the next three
+    using Clock = std::chrono::steady_clock;
+
+    std::mutex readerMutex_; // guards the next five
     Database reader_;
     unsigned readerGeneration_ = 0;
     std::int64_t dataVersion_ = 0;
+    std::optional<CommitMark> mark_; // of the last commit that is known
+    Clock::time_point lastLook_;     // whether the file is still the same
 
     std::timed_mutex writerMutex_; // guards the next two
     Database writer_;

@@ -1,5 +1,8 @@
 #include "Sqlite.h"
 
+#include "SqliteStat.h"
+
+#include <algorithm>
 #include <utility>
 
 namespace
@@ -98,6 +101,7 @@ std::optional<std::span<const SD_UINT8>> Statement::bytes(int column) const
 
 Connection::Connection(const std::string &name, int flags)
 {
+    acceptLateDates();
     const int code = sqlite3_open_v2(name.c_str(), &database_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK) {
         const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> closed(database_, &sqlite3_close);
@@ -144,6 +148,33 @@ bool Connection::hasMoved()
 {
     int moved = 0;
     return sqlite3_file_control(database_, "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
+}
+
+void Connection::watchCommits()
+{
+    constexpr int sharedMemoryVersion = 2;
+    constexpr int segmentSize = 32768; // of the index
+    const Use mode = statement("PRAGMA journal_mode");
+    sqlite3_file *file = nullptr;
+    if (!mode->step() || mode->text(0) != "wal"
+        || sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || file == nullptr
+        || file->pMethods->iVersion < sharedMemoryVersion) {
+        return;
+    }
+    volatile void *segment = nullptr; // SQLite has mapped it already, and keeps it until the connection is closed
+    if (file->pMethods->xShmMap(file, 0, segmentSize, 0, &segment) == SQLITE_OK) {
+        logIndex_ = static_cast<const volatile std::uint32_t *>(segment);
+    }
+}
+
+std::optional<CommitMark> Connection::commitMark() const
+{
+    if (logIndex_ == nullptr) {
+        return std::nullopt;
+    }
+    CommitMark mark{};
+    std::copy_n(logIndex_, mark.size(), mark.begin());
+    return mark;
 }
 
 void Connection::leaveAlone()

@@ -5,6 +5,7 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -77,6 +78,9 @@ private:
     Statement &statement_;
 };
 
+// What differs after each commit to a file, whoever made it: the header of the index of SQLite's log (-wal).
+using CommitMark = std::array<std::uint32_t, 12>;
+
 // An open database file. One thread uses it at a time.
 class Connection
 {
@@ -97,11 +101,16 @@ public:
     void setPatience(int milliseconds);
     // Whether another file, or none, lies where this one was opened.
     bool hasMoved();
+    // Has commits marked from now on, if the file has a log that processes share. After the first query.
+    void watchCommits();
+    // The mark of the last commit, for the price of a look at shared memory; none when commits are not marked.
+    std::optional<CommitMark> commitMark() const;
     // Leaves the files as they are when the connection goes: no checkpoint, nothing removed.
     void leaveAlone();
 
 private:
     sqlite3 *database_ = nullptr;
+    const volatile std::uint32_t *logIndex_ = nullptr; // SQLite's, which it shares with all processes
     std::map<std::string_view, Statement> statements_;
 };
 

@@ -7,10 +7,7 @@ SD_UINT32 SDGetStatisticsiSCSI(SDMGT_HANDLE handle, HBAPORTSTATISCSI *statistics
 {
     return operate(__func__, handle, [&](Adapter &adapter) {
         requirePointers(statistics);
-        const Activity activity = adapter.activity.read();
-        *statistics = activity.statistics;
-        add(*statistics, adapter.port().counted());
-        subtract(*statistics, activity.baseline);
+        *statistics = adapter.activity.counters(adapter.port().counted());
     });
 }
 

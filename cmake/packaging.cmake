@@ -1,9 +1,11 @@
 # Debian packages: cmake --workflow --preset package-i386, and package-x86_64. tavoiscsi is what runs; tavoiscsi-dev is
 # for applications of one's own.
+set(TAVO_MAINTAINERS "Tavo iSCSI bridge maintainers <maintainers@tavo.varden.com>" CACHE STRING
+  "name and address that the packages carry")
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tavoiscsi)
 set(CPACK_PACKAGE_VENDOR "Tavo iSCSI bridge maintainers")
-set(CPACK_PACKAGE_CONTACT "Tavo iSCSI bridge maintainers <maintainers@tavo.varden.com>")
+set(CPACK_PACKAGE_CONTACT ${TAVO_MAINTAINERS})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -58,10 +60,12 @@ foreach(script postinst prerm postrm)
 endforeach()
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${scripts}/postinst ${scripts}/prerm ${scripts}/postrm)
 
-configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${scripts}/changelog @ONLY)
+foreach(document changelog copyright)
+  configure_file(${PROJECT_SOURCE_DIR}/packaging/${document}.in ${scripts}/${document} @ONLY)
+endforeach()
 foreach(component runtime development)
   string(TOUPPER ${component} upper)
-  install(FILES ${scripts}/changelog ${PROJECT_SOURCE_DIR}/packaging/copyright
+  install(FILES ${scripts}/changelog ${scripts}/copyright
           DESTINATION share/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME} COMPONENT ${component})
 endforeach()
 install(FILES ${PROJECT_SOURCE_DIR}/packaging/lintian-overrides DESTINATION share/lintian/overrides RENAME tavoiscsi)

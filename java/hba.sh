@@ -96,11 +96,22 @@ if [ "${1-}" = serve ]; then
   memory='-Xms24m -Xmn8m -Xmx192m'
 fi
 
+# Only here the user's standard output is still that of the process. COLUMNS, when it is exported, the tool sees itself.
+terminal=
+if [ -t 1 ]; then
+  terminal=$(stty size <&1 2>/dev/null) || terminal='0 0'
+fi
+progress=
+if [ -t 2 ]; then
+  progress=-Dhba.progress=true
+fi
+
 # What the libraries print goes to the standard error; descriptor 3, for the tool's results alone, is the user's
 # standard output.
 # shellcheck disable=SC2086 # HBA_JAVA_OPTIONS and memory hold several words.
 exec "$java" -XX:TieredStopAtLevel=1 -XX:CompileThresholdScaling=3 -XX:+UseSerialGC -Xshare:auto \
   '-Xlog:cds*=off' ${archive:+"$archive"} -Dsun.reflect.inflationThreshold=1000000 $memory ${HBA_JAVA_OPTIONS-} \
   "-Dtavo.iscsi.library=${HBA_BRIDGE:-$bridge}" "-Dhba.directory=$directory" -Dhba.output=3 \
+  ${terminal:+"-Dhba.terminal=$terminal"} ${progress:+"$progress"} \
   --add-opens java.base/java.io=ALL-UNNAMED \
   -cp "$jars/hba.jar:$jars/tavoiscsi.jar:$jars/picocli.jar:$jars/gson.jar" com.varden.tavo.iscsi.hba.Hba "$@" 3>&1 1>&2

@@ -296,8 +296,10 @@ void Session::onDiscovered(iscsi_context * /*context*/, int status, void *data, 
                 found.portals.push_back(std::move(*address));
             }
         }
+        std::ranges::reverse(found.portals);
         self.targets_.push_back(std::move(found));
     }
+    std::ranges::reverse(self.targets_); // libiscsi puts whatever it reads at the head of its lists
     self.phase_ = Phase::idle;
     const SD_UINT64 before = self.traffic_.sentPdus;
     self.count(DISCOVERY_REQUEST, ALL);

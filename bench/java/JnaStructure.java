@@ -8,12 +8,11 @@ import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.DevEntry;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.IPAddr;
-import com.varden.tavo.iscsi.model.InitFW;
 import com.varden.tavo.iscsi.model.NodeInfo;
 import java.nio.file.Path;
 import java.util.function.ToIntFunction;
 
-/** The snapshot by way of JNA: direct mapping, and a new Structure for each record, as its manual teaches. */
+/** The snapshot of the device database by way of JNA: direct mapping, and a new Structure for each record, as its manual teaches. */
 final class JnaStructure implements ToIntFunction<HBA> {
     private static final int SLOTS = 512;
 
@@ -23,13 +22,6 @@ final class JnaStructure implements ToIntFunction<HBA> {
         public byte[] IPAddress = new byte[16];
         public short Type;
         public short Reserved;
-    }
-
-    /** One DNS server. */
-    @FieldOrder({"IPAddr", "Reserved"})
-    public static class Dns extends Structure {
-        public Address IPAddr;
-        public byte[] Reserved = new byte[132];
     }
 
     /** Session parameters. */
@@ -90,53 +82,6 @@ final class JnaStructure implements ToIntFunction<HBA> {
         public short TargetPortalGroupID;
     }
 
-    /** The portal. */
-    @FieldOrder({"IPAddr", "SerialNum", "MacAddr", "Manufacturer", "Model", "DriverVersion", "FWVersion",
-        "OptRomVersion", "State", "Type", "DiscTargetCount", "DriverAttr", "FWAttr", "iscsiVersion", "dhcpState",
-        "linkStatus", "Reserved"})
-    public static class Portal extends Structure {
-        public Address IPAddr;
-        public byte[] SerialNum = new byte[16];
-        public byte[] MacAddr = new byte[6];
-        public byte[] Manufacturer = new byte[128];
-        public byte[] Model = new byte[128];
-        public byte[] DriverVersion = new byte[128];
-        public byte[] FWVersion = new byte[128];
-        public byte[] OptRomVersion = new byte[128];
-        public short State;
-        public short Type;
-        public short DiscTargetCount;
-        public int DriverAttr;
-        public int FWAttr;
-        public byte[] iscsiVersion = new byte[4];
-        public short dhcpState;
-        public short linkStatus;
-        public byte[] Reserved = new byte[14];
-    }
-
-    /** The firmware block. */
-    @FieldOrder({"Reserved1", "Version", "FWOptions", "addFWOptions", "wakeupThreshold", "IPAddr", "SecondaryIPAddr",
-        "SubnetMask", "Gateway", "PrimaryDNS", "SecondaryDNS", "SLPDAAddr", "Alias", "iSCSIName", "DeviceInfo",
-        "Reserved"})
-    public static class Firmware extends Structure {
-        public byte Reserved1;
-        public byte Version;
-        public short FWOptions;
-        public short addFWOptions;
-        public short wakeupThreshold;
-        public Address IPAddr;
-        public Address SecondaryIPAddr;
-        public Address SubnetMask;
-        public Address Gateway;
-        public Dns PrimaryDNS;
-        public Dns SecondaryDNS;
-        public Address SLPDAAddr;
-        public byte[] Alias = new byte[32];
-        public byte[] iSCSIName = new byte[256];
-        public Device DeviceInfo;
-        public byte[] Reserved = new byte[16];
-    }
-
     /** The management library's operations. */
     private static final class Library {
         static {
@@ -145,13 +90,9 @@ final class JnaStructure implements ToIntFunction<HBA> {
 
         static native int SDOpenDeviceiSCSI(int adapterIndex, IntByReference handle);
 
-        static native int SDGetHbaDevicePortalPropertyiSCSI(int handle, int port, Portal portal);
-
         static native int SDGetDDBEntryNum(int handle, IntByReference count);
 
         static native int SDGetDDBEntry(int handle, Entry entry, int index);
-
-        static native int SDGetInitFW(int handle, Firmware block);
     }
 
     private final int handle;
@@ -164,11 +105,8 @@ final class JnaStructure implements ToIntFunction<HBA> {
 
     @Override
     public int applyAsInt(HBA hba) {
-        Portal portal = new Portal();
-        int status = Library.SDGetHbaDevicePortalPropertyiSCSI(handle, 0, portal);
-        setPortal(portal, hba);
         IntByReference count = new IntByReference();
-        status |= Library.SDGetDDBEntryNum(handle, count);
+        int status = Library.SDGetDDBEntryNum(handle, count);
         int found = 0;
         for (int index = 0; index < SLOTS && found < count.getValue();) {
             Entry record = new Entry();
@@ -179,27 +117,7 @@ final class JnaStructure implements ToIntFunction<HBA> {
             }
             index = record.NextValid > index && record.NextValid < SLOTS ? record.NextValid : index + 1;
         }
-        Firmware block = new Firmware();
-        status |= Library.SDGetInitFW(handle, block);
-        setFirmware(block, hba);
         return status;
-    }
-
-    private static void setPortal(Portal portal, HBA hba) {
-        hba.setNumberDiskTargets(Short.toUnsignedInt(portal.DiscTargetCount));
-        hba.setMACAddress(shorts(portal.MacAddr));
-        hba.setState(Short.toUnsignedInt(portal.State));
-        hba.setDhcpState(Short.toUnsignedInt(portal.dhcpState));
-        hba.setLinkStatus(Short.toUnsignedInt(portal.linkStatus));
-        hba.setType(Short.toUnsignedInt(portal.Type));
-        hba.setDriverAttribute(portal.DriverAttr);
-        hba.setFirmwareAttribute(portal.FWAttr);
-        hba.setDriverVersion(text(portal.DriverVersion));
-        hba.setFirmwareVersion(text(portal.FWVersion));
-        hba.setManufacturer(text(portal.Manufacturer));
-        hba.setModel(text(portal.Model));
-        hba.setOptRomVersion(text(portal.OptRomVersion));
-        hba.setSerialNumberStr(text(portal.SerialNum));
     }
 
     private static DevDBEntry entry(Entry record, int index) {
@@ -224,20 +142,6 @@ final class JnaStructure implements ToIntFunction<HBA> {
         nodeInfo.setPortalCount(Short.toUnsignedInt(record.EntryInfo.PortalCount));
         setDevice(record.DeviceInfo, entry.getDeviceEntry());
         return entry;
-    }
-
-    private static void setFirmware(Firmware block, HBA hba) {
-        hba.setIPAddress(address(block.IPAddr));
-        hba.setGateway(address(block.Gateway));
-        hba.setSubnetMask(address(block.SubnetMask));
-        hba.setPrimaryDNS(address(block.PrimaryDNS.IPAddr));
-        hba.setSlpDa(address(block.SLPDAAddr));
-        InitFW initFW = hba.getInitFW();
-        initFW.setFWOptions(block.FWOptions);
-        initFW.setAddFWOptions(block.addFWOptions);
-        initFW.setReserved1(block.Reserved1);
-        initFW.setWakeupThreshold(block.wakeupThreshold);
-        setDevice(block.DeviceInfo, initFW.getDevEntry());
     }
 
     private static void setDevice(Device record, DevEntry device) {

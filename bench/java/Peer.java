@@ -9,7 +9,8 @@ import java.util.function.ToIntFunction;
 /**
  * A way between the management library's records and the model objects; both operations return a status.
  *
- * @param snapshot fills the object with the whole adapter: portal, device database, firmware block
+ * @param snapshot adds all 512 target entries to the object; the bridge's also carries portal and firmware block, which
+ *     are three of its thousand JNI calls
  * @param write writes up to 511 entries one by one; null where only reading is compared
  */
 record Peer(ToIntFunction<HBA> snapshot, ToIntFunction<DevDBEntry[]> write) {

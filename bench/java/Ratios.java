@@ -59,7 +59,7 @@ final class Ratios {
 
     private static String snapshot(Peer peer) {
         HBA filled = new HBA();
-        return peer.snapshot().applyAsInt(filled) + new Gson().toJson(filled);
+        return peer.snapshot().applyAsInt(filled) + new Gson().toJson(filled.getDeviceDataBaseEntries());
     }
 
     private String write(Peer peer) {

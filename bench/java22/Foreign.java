@@ -7,7 +7,6 @@ import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.DevEntry;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.IPAddr;
-import com.varden.tavo.iscsi.model.InitFW;
 import com.varden.tavo.iscsi.model.NodeInfo;
 import java.lang.foreign.Arena;
 import java.lang.foreign.FunctionDescriptor;
@@ -22,19 +21,14 @@ import java.nio.charset.StandardCharsets;
 import java.nio.file.Path;
 import java.util.function.ToIntFunction;
 
-/** The snapshot by way of the foreign-function interface of Java 22 and later: records decoded where they lie. */
+/** The snapshot of the device database by way of the foreign-function interface of Java 22 and later: records decoded where they lie. */
 final class Foreign implements ToIntFunction<HBA> {
     private static final SymbolLookup LIBRARY =
         SymbolLookup.libraryLookup(Path.of("libvdsdm.so").toAbsolutePath(), Arena.global());
     private static final MethodHandle OPEN = operation("SDOpenDeviceiSCSI", JAVA_INT, ADDRESS);
-    private static final MethodHandle PORTAL =
-        operation("SDGetHbaDevicePortalPropertyiSCSI", JAVA_INT, JAVA_INT, ADDRESS);
     private static final MethodHandle COUNT = operation("SDGetDDBEntryNum", JAVA_INT, ADDRESS);
     private static final MethodHandle ENTRY = operation("SDGetDDBEntry", JAVA_INT, ADDRESS, JAVA_INT);
-    private static final MethodHandle FIRMWARE = operation("SDGetInitFW", JAVA_INT, ADDRESS);
 
-    private static final int PORTAL_SIZE = 720;
-    private static final int FIRMWARE_SIZE = 780;
     private static final int ENTRY_SIZE = 484;
     private static final int SLOTS = 512;
 
@@ -63,13 +57,10 @@ final class Foreign implements ToIntFunction<HBA> {
     }
 
     private int snapshot(Arena arena, HBA hba) throws Throwable {
-        MemorySegment portal = arena.allocate(PORTAL_SIZE, 8);
-        int status = (int) PORTAL.invokeExact(handle, 0, portal);
-        setPortal(bytes(portal), hba);
         MemorySegment count = arena.allocate(JAVA_INT);
-        status |= (int) COUNT.invokeExact(handle, count);
+        int status = (int) COUNT.invokeExact(handle, count);
         MemorySegment entry = arena.allocate(ENTRY_SIZE, 8);
-        ByteBuffer record = bytes(entry);
+        ByteBuffer record = entry.asByteBuffer().order(ByteOrder.nativeOrder());
         int found = 0;
         for (int index = 0; index < SLOTS && found < count.get(JAVA_INT, 0);) {
             entry.fill((byte) 0);
@@ -81,45 +72,7 @@ final class Foreign implements ToIntFunction<HBA> {
             int next = record.getInt(472);
             index = next > index && next < SLOTS ? next : index + 1;
         }
-        MemorySegment block = arena.allocate(FIRMWARE_SIZE, 8);
-        status |= (int) FIRMWARE.invokeExact(handle, block);
-        setFirmware(bytes(block), hba);
         return status;
-    }
-
-    private static ByteBuffer bytes(MemorySegment segment) {
-        return segment.asByteBuffer().order(ByteOrder.nativeOrder());
-    }
-
-    private static void setPortal(ByteBuffer portal, HBA hba) {
-        hba.setNumberDiskTargets(unsignedShort(portal, 686));
-        hba.setMACAddress(shorts(portal, 36, 6));
-        hba.setState(unsignedShort(portal, 682));
-        hba.setDhcpState(unsignedShort(portal, 700));
-        hba.setLinkStatus(unsignedShort(portal, 702));
-        hba.setType(unsignedShort(portal, 684));
-        hba.setDriverAttribute(portal.getInt(688));
-        hba.setFirmwareAttribute(portal.getInt(692));
-        hba.setDriverVersion(text(portal, 298, 128));
-        hba.setFirmwareVersion(text(portal, 426, 128));
-        hba.setManufacturer(text(portal, 42, 128));
-        hba.setModel(text(portal, 170, 128));
-        hba.setOptRomVersion(text(portal, 554, 128));
-        hba.setSerialNumberStr(text(portal, 20, 16));
-    }
-
-    private static void setFirmware(ByteBuffer block, HBA hba) {
-        hba.setIPAddress(address(block, 8));
-        hba.setGateway(address(block, 68));
-        hba.setSubnetMask(address(block, 48));
-        hba.setPrimaryDNS(address(block, 88));
-        hba.setSlpDa(address(block, 392));
-        InitFW initFW = hba.getInitFW();
-        initFW.setFWOptions(block.getShort(2));
-        initFW.setAddFWOptions(block.getShort(4));
-        initFW.setReserved1(block.get(0));
-        initFW.setWakeupThreshold(block.getShort(6));
-        setDevice(block, 700, initFW.getDevEntry());
     }
 
     private static DevDBEntry entry(ByteBuffer record, int index) {

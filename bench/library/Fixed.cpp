@@ -19,8 +19,6 @@ namespace
 constexpr SDMGT_HANDLE HANDLE = 0x51;
 
 struct Answers {
-    HBAISCSIPORTAL portal{};
-    INITFWISCSI firmware{};
     DEVICEENTRYISCSI entries[DDB_SLOTS]{};
     DEVICEENTRYISCSI written[DDB_SLOTS]{};
     SD_UINT32 entryCount = DDB_SLOTS;
@@ -57,20 +55,6 @@ Answers &answers()
 {
     static Answers all = [] {
         Answers made;
-        fillBytes(&made.portal, sizeof made.portal, 1);
-        putText(made.portal.SerialNum, "TV%09u", 271828);
-        putText(made.portal.Manufacturer, "Varden Systems");
-        putText(made.portal.Model, "Tavo 4010");
-        putText(made.portal.DriverVersion, "5.01.03.2-fixed");
-        putText(made.portal.FWVersion, "3.00.01.53");
-        putText(made.portal.OptRomVersion, "1.13");
-        fillBytes(&made.firmware, sizeof made.firmware, 2);
-        putAddress(made.firmware.IPAddr, 1);
-        putAddress(made.firmware.Gateway, 2);
-        putAddress(made.firmware.SubnetMask, 3);
-        putAddress(made.firmware.PrimaryDNS.IPAddr, 4);
-        putAddress(made.firmware.SLPDAAddr, 5);
-        putText(made.firmware.DeviceInfo.targetAddr, "10.1.2.200");
         for (SD_UINT32 i = 0; i < DDB_SLOTS; ++i) {
             DEVICEENTRYISCSI &entry = made.entries[i];
             fillBytes(&entry, sizeof entry, 100 + i);
@@ -110,7 +94,7 @@ SD_UINT32 SDOpenDeviceiSCSI(SD_UINT32, SDMGT_HANDLE *handle)
 
 SD_UINT32 SDGetHbaDevicePortalPropertyiSCSI(SDMGT_HANDLE handle, SD_UINT32, HBAISCSIPORTAL *portal)
 {
-    return answer(handle, portal, answers().portal);
+    return answer(handle, portal, {});
 }
 
 SD_UINT32 SDGetDDBEntryNum(SDMGT_HANDLE handle, SD_UINT32 *count)
@@ -130,7 +114,7 @@ SD_UINT32 SDSetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 
 
 SD_UINT32 SDGetInitFW(SDMGT_HANDLE handle, INITFWISCSI *block)
 {
-    return answer(handle, block, answers().firmware);
+    return answer(handle, block, {});
 }
 
 // The operations that nothing here uses; the bridge is bound to all of them when it is loaded.

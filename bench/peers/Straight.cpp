@@ -1,5 +1,5 @@
-// The snapshot and the write in straight lines: the JNI calls that the bridge makes, in the same order, and nothing
-// else. Both are flattened: the compiled code has no function of ours left between two JNI calls. What is missing ends
+// The snapshot of the device database and the write in straight lines: the JNI calls that the bridge makes, in the same
+// order, and nothing else. Both are flattened: the compiled code has no function of ours left between two JNI calls. What is missing ends
 // the process, since nothing is missing in the benchmark. This is the least that the contract can cost.
 
 #include "com_varden_tavo_iscsi_bench_Straight.h"
@@ -146,24 +146,6 @@ void setDevice(const Typed &owner, const char *getter, const ISCSIDEVICE &record
     drop(device);
 }
 
-void setPortal(const Typed &hba, const HBAISCSIPORTAL &portal)
-{
-    setInt(hba, "setNumberDiskTargets", portal.DiscTargetCount);
-    setShorts(hba, "setMACAddress", portal.MacAddr);
-    setInt(hba, "setState", portal.State);
-    setInt(hba, "setDhcpState", portal.dhcpState);
-    setInt(hba, "setLinkStatus", portal.linkStatus);
-    setInt(hba, "setType", portal.Type);
-    setInt(hba, "setDriverAttribute", portal.DriverAttr);
-    setInt(hba, "setFirmwareAttribute", portal.FWAttr);
-    setText(hba, "setDriverVersion", portal.DriverVersion);
-    setText(hba, "setFirmwareVersion", portal.FWVersion);
-    setText(hba, "setManufacturer", portal.Manufacturer);
-    setText(hba, "setModel", portal.Model);
-    setText(hba, "setOptRomVersion", portal.OptRomVersion);
-    setText(hba, "setSerialNumberStr", portal.SerialNum);
-}
-
 void addEntry(const Typed &hba, jclass type, const DEVICEENTRYISCSI &record, SD_UINT32 index)
 {
     const Typed entry{hba.env, newObject(hba.env, type), needed(hba.env->FindClass(DEV_DB_ENTRY))};
@@ -191,24 +173,6 @@ void addEntry(const Typed &hba, jclass type, const DEVICEENTRYISCSI &record, SD_
     hba.env->CallVoidMethod(
         hba.object, method(hba, "addDeviceDataBaseEntry", "(Lcom/varden/tavo/iscsi/model/DevDBEntry;)V"), entry.object);
     hba.env->DeleteLocalRef(entry.object);
-}
-
-void setFirmware(JNIEnv *env, jobject object, const INITFWISCSI &block)
-{
-    const Typed hba{env, object, needed(env->GetObjectClass(object))};
-    setAddress(hba, "setIPAddress", block.IPAddr);
-    setAddress(hba, "setGateway", block.Gateway);
-    setAddress(hba, "setSubnetMask", block.SubnetMask);
-    setAddress(hba, "setPrimaryDNS", block.PrimaryDNS.IPAddr);
-    setAddress(hba, "setSlpDa", block.SLPDAAddr);
-    const Typed initFW = fetch(hba, "getInitFW", "()Lcom/varden/tavo/iscsi/model/InitFW;");
-    setShort(initFW, "setFWOptions", block.FWOptions);
-    setShort(initFW, "setAddFWOptions", block.addFWOptions);
-    setByte(initFW, "setReserved1", block.Reserved1);
-    setShort(initFW, "setWakeupThreshold", block.wakeupThreshold);
-    setDevice(initFW, "getDevEntry", block.DeviceInfo);
-    drop(initFW);
-    env->DeleteLocalRef(hba.type);
 }
 
 // ---- Java to record ----
@@ -318,15 +282,11 @@ SD_UINT32 writeEntry(JNIEnv *env, SDMGT_HANDLE handle, jobject object)
     return SDSetDDBEntry(handle, &record, record.TargetID);
 }
 
-[[gnu::flatten]] jint readAdapter(JNIEnv *env, SDMGT_HANDLE handle, jobject object)
+[[gnu::flatten]] jint readEntries(JNIEnv *env, SDMGT_HANDLE handle, jobject object)
 {
-    HBAISCSIPORTAL portal;
-    std::memset(&portal, 0, sizeof portal);
-    SD_UINT32 status = SDGetHbaDevicePortalPropertyiSCSI(handle, 0, &portal);
     const Typed hba{env, object, needed(env->GetObjectClass(object))};
-    setPortal(hba, portal);
     SD_UINT32 count = 0;
-    status |= SDGetDDBEntryNum(handle, &count);
+    SD_UINT32 status = SDGetDDBEntryNum(handle, &count);
     if (count != 0) {
         jclass type = needed(env->FindClass(DEV_DB_ENTRY));
         SD_UINT32 found = 0;
@@ -342,10 +302,6 @@ SD_UINT32 writeEntry(JNIEnv *env, SDMGT_HANDLE handle, jobject object)
         }
         env->DeleteLocalRef(type);
     }
-    INITFWISCSI block;
-    std::memset(&block, 0, sizeof block);
-    status |= SDGetInitFW(handle, &block);
-    setFirmware(env, object, block);
     env->DeleteLocalRef(hba.type);
     return static_cast<jint>(status);
 }
@@ -381,7 +337,7 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_bench_Straight_openDevice(
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_bench_Straight_getiSCSIHBAData(JNIEnv *env, jobject, jint dev,
                                                                                  jobject hba)
 {
-    return readAdapter(env, handles[dev], hba);
+    return readEntries(env, handles[dev], hba);
 }
 
 JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_bench_Straight_setDDBsData(JNIEnv *env, jobject, jint dev,

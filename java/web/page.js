@@ -22,13 +22,6 @@ function row(name, ...values) {
   return element('div', '', element('dt', '', name), element('dd', '', ...values));
 }
 
-function sessions(adapter) {
-  const all = adapter.targets.reduce((sum, some) => sum + some.count, 0);
-  const inSession = adapter.targets.find(some => some.state.level === 'good')?.count ?? 0;
-  const bad = adapter.targets.some(some => some.state.level === 'bad' && some.count > 0);
-  return state({level: bad ? 'bad' : all > 0 ? 'good' : 'off', text: all > 0 ? `${inSession} of ${all}` : 'no targets'});
-}
-
 function errors(adapter) {
   const last = adapter.lastError > 0 ? `, last ${span(Date.now() - adapter.lastError)} ago` : '';
   return adapter.errors === 0 ? 'none' : `${adapter.errors}${last}`;
@@ -47,7 +40,7 @@ function contents(adapter) {
     return [title, ...notes];
   }
   return [title, element('span', 'model', adapter.model), ...notes, element('dl', '',
-    row('State', state(adapter.state)), row('Link', state(adapter.link)), row('Sessions', sessions(adapter)),
+    row('State', state(adapter.state)), row('Link', state(adapter.link)), row('Sessions', state(adapter.sessions)),
     row('Errors', errors(adapter)), row('Address', adapter.address ?? 'none'), row('Serial', adapter.serial))];
 }
 

@@ -127,6 +127,20 @@ protected:
         EXPECT_EQ(SDCloseDeviceiSCSI(handle), 0U);
         std::erase(opened_, handle);
     }
+    // Writes a few settings to adapter 3, closes it and returns its file.
+    std::string writeSettings()
+    {
+        const SDMGT_HANDLE handle = open(3);
+        DEVICEENTRYISCSI entry = sampleEntry(17);
+        SD_UINT32 count = 2;
+        CHAPTABLE table[2] = {};
+        setText(table[1].ChapSecret, "a secret");
+        EXPECT_EQ(SDSetDDBEntry(handle, &entry, 17), 0U);
+        EXPECT_EQ(SDSetCHAPTable(handle, table, &count), 0U);
+        close(handle);
+        EXPECT_FALSE(std::filesystem::exists(settings().string() + "-wal")) << "the last one to close tidies up";
+        return readFile(settings());
+    }
     // The file of the settings.
     std::filesystem::path settings() const
     {

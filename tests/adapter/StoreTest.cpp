@@ -1,18 +1,14 @@
-// The databases of the settings and of the counters: damage is refused and left alone, failed writes leave the old
-// contents, nobody waits for a writer, what has not changed is not read again.
+// The databases of the settings and of the counters: damage is refused and left alone, nobody waits for a writer, what
+// has not changed is not read again.
+#include "ActivityStore.h"
 #include "AdapterTest.h"
 
 #include <fcntl.h>
-#include <sched.h>
 #include <sqlite3.h>
-#include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
+#include <array>
 #include <chrono>
-#include <csignal>
-#include <functional>
 #include <memory>
 
 namespace
@@ -21,20 +17,6 @@ namespace
 class Store : public AdapterTest
 {
 protected:
-    // Writes a few settings to adapter 3, closes it and returns its file.
-    std::string writeSettings()
-    {
-        const SDMGT_HANDLE handle = open(3);
-        DEVICEENTRYISCSI entry = sampleEntry(17);
-        SD_UINT32 count = 2;
-        CHAPTABLE table[2] = {};
-        setText(table[1].ChapSecret, "a secret");
-        EXPECT_EQ(SDSetDDBEntry(handle, &entry, 17), 0U);
-        EXPECT_EQ(SDSetCHAPTable(handle, table, &count), 0U);
-        close(handle);
-        EXPECT_FALSE(std::filesystem::exists(settings().string() + "-wal")) << "the last one to close tidies up";
-        return readFile(settings());
-    }
     // Puts a file in the place of the settings, as a new file.
     void place(const std::string &bytes) const
     {
@@ -174,26 +156,6 @@ TEST_F(Store, ForeignFilesAndLostRecordsAreRefused)
     testing::internal::GetCapturedStderr();
 }
 
-TEST_F(Store, FilesAreForTheirOwnerAlone)
-{
-    const mode_t before = umask(0);
-    const SDMGT_HANDLE handle = open(0);
-    writeFile(settings().string() + ".new", "left by a killed process, or put there by somebody");
-    DEVICEENTRYISCSI entry = sampleEntry(3);
-    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 3), 0U);
-    EXPECT_EQ(SDResetStatisticsiSCSI(handle, 0), 0U);
-    umask(before);
-    int files = 0;
-    for (const auto &file : std::filesystem::directory_iterator(folder)) {
-        struct stat properties {
-        };
-        ASSERT_EQ(stat(file.path().c_str(), &properties), 0);
-        EXPECT_EQ(properties.st_mode & 0777, 0600U) << file.path();
-        ++files;
-    }
-    EXPECT_EQ(files, 6) << "two databases, each with its -wal and -shm";
-}
-
 TEST_F(Store, DamagedCountersStartAfresh)
 {
     const SD_UINT64 factory = statistics(open(0)).IPTxPacketsCount;
@@ -212,6 +174,29 @@ TEST_F(Store, DamagedCountersStartAfresh)
     EXPECT_EQ(readFile(folder / "activity.db.damaged"), "nonsense");
 }
 
+TEST_F(Store, AFileDated2040IsAFile)
+{
+    SDMGT_HANDLE handle = open(0);
+    ASSERT_EQ(SDResetStatisticsiSCSI(handle, 0), 0U);
+    close(handle);
+    writeSettings();
+    timespec late{};
+    late.tv_sec = 2'208'988'800;
+    const std::array<timespec, 2> dates{late, late};
+    for (const char *name : {"settings.db", "activity.db"}) {
+        ASSERT_EQ(utimensat(AT_FDCWD, (folder / name).c_str(), dates.data(), 0), 0);
+    }
+    handle = open(3);
+    EXPECT_EQ(entryAt(handle, 17).ReservedFlags, 17U);
+    EXPECT_EQ(statistics(open(0)).IPTxPacketsCount, 0U) << "the counters were reset";
+    DEVICEENTRYISCSI entry = sampleEntry(18);
+    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 18), 0U);
+    close(handle);
+    handle = open(3);
+    EXPECT_EQ(entryAt(handle, 18).ReservedFlags, 18U);
+    EXPECT_FALSE(std::filesystem::exists(folder / "activity.db.damaged"));
+}
+
 TEST_F(Store, CountersReachTheFileOnceASecondAndAtClose)
 {
     SDMGT_HANDLE handle = open(0);
@@ -228,162 +213,25 @@ TEST_F(Store, CountersReachTheFileOnceASecondAndAtClose)
     EXPECT_EQ(statistics(open(0)).IPTxPacketsCount, before + 21);
 }
 
-TEST_F(Store, FullDiskLeavesTheOldSettings)
+TEST_F(Store, CountersThatBeginAnewAreNotBelowZero)
 {
-    const SDMGT_HANDLE handle = open(0);
-    DEVICEENTRYISCSI entry = sampleEntry(17);
-    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 17), 0U);
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    testing::internal::CaptureStderr();
-    entry = sampleEntry(33);
-    const auto written = std::filesystem::file_size(settings().string() + "-wal");
-    for (const rlim_t room : {rlim_t{0}, rlim_t{100}, rlim_t{written - 1}, rlim_t{written + 400}}) {
-        const rlimit limit{room, before.rlim_max};
-        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-        const SD_UINT32 status = SDSetDDBEntry(handle, &entry, 33);
-        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-        EXPECT_EQ(status, ERR_FLASH_WRITE) << room;
-        EXPECT_EQ(entryAt(handle, 33).DeviceState, 0U) << "what could not be written is not shown either";
-        EXPECT_EQ(entryAt(handle, 17).ReservedFlags, 17U);
+    const Folder place{folder, false};
+    HBAPORTSTATISCSI kernels{};
+    kernels.MACTxBytesCount = 1000;
+    kernels.IPTxBytesCount = 1000;
+    {
+        ActivityStore store(place, "port", {});
+        store.resetCounters(kernels);
+        kernels.IPTxBytesCount = 1500;
+        EXPECT_EQ(store.counters(kernels).MACTxBytesCount, 0U);
+        EXPECT_EQ(store.counters(kernels).IPTxBytesCount, 500U);
+        kernels.MACTxBytesCount = 10;
+        EXPECT_EQ(store.counters(kernels).MACTxBytesCount, 10U);
     }
-    EXPECT_NE(std::signal(SIGXFSZ, handler), SIG_ERR);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("cannot write " + settings().string()), std::string::npos);
-    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U) << "with room again the write succeeds";
-}
-
-TEST_F(Store, ATraceThatTheDiskCannotTakeIsReportedAtTheEnd)
-{
-    SDMGT_HANDLE handle = open(0);
-    const std::string file = folder / "trace";
-    ASSERT_EQ(SDEnableDebugTraceiSCSI(&handle, file.c_str(), 1), 0U);
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{0, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    SD_UINT32 count = 0;
-    const SD_UINT32 counted = SDGetDDBEntryNum(handle, &count);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-    EXPECT_NE(std::signal(SIGXFSZ, handler), SIG_ERR);
-    EXPECT_EQ(counted, 0U) << "the operation itself is not concerned";
-    testing::internal::CaptureStderr();
-    ASSERT_EQ(SDCloseDeviceiSCSI(open(1)), 0U);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "libvdsdm: the trace " + file + " is not complete: File too large\n");
-    ASSERT_EQ(SDEnableDebugTraceiSCSI(&handle, file.c_str(), 0), 0U);
-}
-
-// Exit status of a child process that runs work: 1 when an expectation failed, 77 when it could not be begun.
-int inChild(const std::function<bool()> &begin, const std::function<void()> &work)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        if (!begin()) {
-            _exit(77);
-        }
-        testing::internal::CaptureStderr();
-        work();
-        testing::internal::GetCapturedStderr();
-        _exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 100 + WTERMSIG(status);
-}
-
-TEST_F(Store, FullAndReadOnlyFileSystems)
-{
-    const auto ownDisk = [&] {
-        return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
-               && mount("none", folder.c_str(), "tmpfs", 0, "size=256k") == 0;
-    };
-    const int status = inChild(ownDisk, [&] {
-        SDMGT_HANDLE handle = open(0);
-        DEVICEENTRYISCSI entry = sampleEntry(1);
-        EXPECT_EQ(SDSetDDBEntry(handle, &entry, 100), 0U);
-        const SDMGT_HANDLE large = open(2);
-        EXPECT_EQ(SDSetDDBEntry(large, &entry, 200), ERR_FLASH_WRITE) << "512 entries have no room";
-        EXPECT_EQ(entryAt(large, 200).ReservedFlags, 0U);
-        EXPECT_EQ(entryAt(handle, 100).ReservedFlags, 1U);
-        close(handle);
-        close(large);
-        EXPECT_EQ(mount("none", folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
-        handle = open(0);
-        EXPECT_EQ(entryAt(handle, 100).ReservedFlags, 1U) << "reading goes on";
-        EXPECT_EQ(SDSetDDBEntry(handle, &entry, 300), ERR_FLASH_WRITE);
-        EXPECT_EQ(entryAt(handle, 300).DeviceState, 0U);
-    });
-    if (status == 77) {
-        GTEST_SKIP() << "this user may not mount a small disk";
-    }
-    EXPECT_EQ(status, 0);
-}
-
-constexpr uid_t NOBODY = 65534;
-
-// Root may read and write everything and becomes somebody else, to whom the folder is given.
-bool becomeNobody(const std::filesystem::path &folder)
-{
-    return geteuid() != 0 || (chown(folder.c_str(), NOBODY, NOBODY) == 0 && setuid(NOBODY) == 0);
-}
-
-TEST_F(Store, ReadOnlyFolderLeavesTheOldSettings)
-{
-    const int status = inChild([&] { return becomeNobody(folder); },
-                               [&] {
-                                   writeSettings();
-                                   std::filesystem::permissions(folder, std::filesystem::perms::owner_read
-                                                                            | std::filesystem::perms::owner_exec);
-                                   SDMGT_HANDLE handle = open(3);
-                                   EXPECT_EQ(entryAt(handle, 17).ReservedFlags, 17U);
-                                   DEVICEENTRYISCSI entry = sampleEntry(33);
-                                   EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), ERR_FLASH_WRITE);
-                                   EXPECT_EQ(SDSetDDBEntry(open(1), &entry, 33), ERR_FLASH_WRITE);
-                                   EXPECT_EQ(entryAt(handle, 33).DeviceState, 0U);
-                                   std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
-                                   EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U);
-                                   EXPECT_EQ(entryAt(handle, 33).ReservedFlags, 33U);
-                               });
-    EXPECT_EQ(status, 0);
-}
-
-TEST_F(Store, SettingsOfSomebodyElseAreNotRead)
-{
-    if (geteuid() != 0) {
-        GTEST_SKIP() << "takes two users";
-    }
-    writeSettings();
-    std::filesystem::permissions(folder, std::filesystem::perms::all);
-    const int status = inChild(
-        [] { return setuid(NOBODY) == 0; },
-        [&] {
-            SD_UINT32 entries = 0;
-            testing::internal::GetCapturedStderr();
-            testing::internal::CaptureStderr();
-            EXPECT_EQ(SDGetDDBEntryNum(open(3), &entries), ERR_FLASH_READ);
-            const std::string said = testing::internal::GetCapturedStderr();
-            EXPECT_NE(said.find("cannot read " + settings().string() + ": Permission denied"), std::string::npos)
-                << said;
-            EXPECT_EQ(said.find("make it readable"), std::string::npos);
-            testing::internal::CaptureStderr();
-        });
-    EXPECT_EQ(status, 0);
-}
-
-TEST_F(Store, UnusableFoldersAreRefusedAtOnce)
-{
-    writeFile(folder / "file", "");
-    testing::internal::CaptureStderr();
-    for (const std::string &name :
-         {(folder / "file").string(), (folder / "missing").string(), std::string("relative")}) {
-        setenv("TAVO_ADAPTER_FLASH", name.c_str(), 1);
-        SDMGT_HANDLE handle = 0;
-        EXPECT_EQ(SDOpenDeviceiSCSI(0, &handle), ERR_FLASH_READ) << name;
-    }
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_NE(said.find("TAVO_ADAPTER_FLASH names no folder by its whole path: relative"), std::string::npos) << said;
+    kernels.MACTxBytesCount = 2000;
+    ActivityStore store(place, "port", {});
+    EXPECT_EQ(store.counters(kernels).MACTxBytesCount, 2000U) << "the old baseline is gone for good";
+    EXPECT_EQ(store.counters(kernels).IPTxBytesCount, 500U);
 }
 
 SD_UINT64 bytesRead()
@@ -414,6 +262,35 @@ TEST_F(Store, UnchangedSettingsAreReadOnce)
     alter(settings(), "DELETE FROM record WHERE adapter = 'TV2060B000343-XL';"
                       "DELETE FROM adapter WHERE key = 'TV2060B000343-XL';");
     EXPECT_EQ(entryAt(handle, 5).ReservedFlags, 0U) << "what others write is seen";
+}
+
+TEST_F(Store, CommandsFollowWhatOthersDoToTheSettings)
+{
+    const auto ask = [](SDMGT_HANDLE handle) {
+        TARGETINFORMATION unit{};
+        unit.TargetID = 33;
+        std::array<SD_UINT8, 64> area{};
+        return SDSendScsiReportLunsCmdiSCSI(handle, &unit, area.data(), area.size(), nullptr, 0);
+    };
+    SDMGT_HANDLE handle = open(0);
+    DEVICEENTRYISCSI entry = entryAt(handle, 0);
+    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U);
+    close(handle);
+    const std::string good = readFile(settings());
+    handle = open(0);
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(ask(handle), 0U);
+        EXPECT_EQ(ask(handle), 0U);
+        alter(settings(), "DELETE FROM record WHERE adapter = 'TV2040A000117';"
+                          "DELETE FROM adapter WHERE key = 'TV2040A000117'");
+        EXPECT_EQ(ask(handle), ERR_NO_SUCH_TARGET) << "what others write is seen at once";
+        place(good);
+        usleep(100'000);
+        EXPECT_EQ(ask(handle), 0U) << "another file is noticed";
+    }
+    std::filesystem::remove(settings());
+    usleep(100'000);
+    EXPECT_EQ(ask(handle), ERR_NO_SUCH_TARGET) << "so is none";
 }
 
 TEST_F(Store, WritersWaitForWritersAndReadersForNobody)

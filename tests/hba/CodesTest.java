@@ -44,7 +44,7 @@ final class CodesTest {
         assertEquals("0x8211 (addresses by DHCP, 0x8210)", FirmwareOptions.MEANINGS.describe(0x8211));
         assertEquals("0x0000", FirmwareOptions.MEANINGS.describe(0));
         assertEquals("", FirmwareOptions.MEANINGS.text(0));
-        assertEquals("0201h authentication failure", LoginStatus.describe(0x0201));
+        assertEquals("0201h authentication failed", LoginStatus.describe(0x0201));
         assertEquals("020Ch", LoginStatus.describe(0x020C));
         assertEquals("0x20000102 ERR_NO_SUCH_ADAPTER: no adapter has this index", Status.describe(0x20000102));
         assertEquals("0x80000001 (a status of the management library)", Status.describe(0x80000001));

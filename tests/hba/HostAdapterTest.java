@@ -110,7 +110,9 @@ final class HostAdapterTest extends ToolTest {
         assertEquals(3, unitsOf(disks));
         JsonObject counters = tool.json("stats show 0").getAsJsonObject();
         assertTrue(counters.get("iSCSICompleteIOsCount").getAsInt() > 0, counters::toString);
-        assertEquals(counters.get("iSCSITxPDUCount"), counters.get("iSCSIRxPDUCount"), counters::toString);
+        // A target may send its data and its response in one PDU or in two.
+        assertTrue(counters.get("iSCSITxPDUCount").getAsInt() <= counters.get("iSCSIRxPDUCount").getAsInt(),
+            counters::toString);
         tool.run("lun show 0 " + disks + " 1").expect(0).shows("4294967295", "512 bytes", "IET");
         tool.run("lun show 0 " + disks + " 2").expect(0).shows("268435455", "4096 bytes");
     }
@@ -133,7 +135,10 @@ final class HostAdapterTest extends ToolTest {
             tool.run("chap set 0 1 --name initiator --secret-file own --yes").expect(0);
             tool.run("chap set 0 2 --name target --secret-file targets --yes").expect(0);
             tool.run("chap set 0 1 --link 2 --yes").expect(0);
-            tool.run("target set 0 " + guarded + " --chap-index 1 --yes");
+            tool.run("target remove 0 " + guarded + " --yes").expect(0);
+            tool.run("target add 0 " + PREFIX + "guarded 127.0.0.1 --port " + port + " --chap-index 1 --target-id "
+                + guarded).expect(0).shows(tried.status == 0 ? "It logged in." : "It did not log in: ");
+            tool.run("target login 0 " + guarded).expect(tried.status);
             Tool.Result result = tool.run("lun list 0 " + guarded).expect(tried.status);
             assertEquals(tried.status == 1, result.err().contains("ERR_AUTHENTICATION"), result::toString);
         }
@@ -201,7 +206,7 @@ final class HostAdapterTest extends ToolTest {
         assertEquals(3, unitsOf(disks));
         signal("KILL");
         tool.run("lun list 0 " + disks).expect(1).says("ERR_UNREACHABLE");
-        tool.run("log errors 0").expect(0).shows("  1      0 ", "  3      0 ");
+        tool.run("log errors 0").expect(0).shows("no answer (1)", "timeout (3)");
     }
 
     private void signal(String name) throws IOException, InterruptedException {

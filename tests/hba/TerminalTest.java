@@ -7,12 +7,19 @@ import java.io.OutputStream;
 import java.nio.charset.StandardCharsets;
 import java.util.List;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.ValueSource;
 
-/** Questions, secrets and progress on a terminal, which script(1) provides. */
+/** Questions, secrets, tables and progress on a terminal of 80 columns, which script(1) provides. */
 final class TerminalTest extends ToolTest {
+    private static final String RED = "\033[31m";
+
+    private String launched = "";
+
     /** Runs a command on a terminal and answers each prompt when it comes; gives what the terminal showed. */
     private String converse(int expected, String line, String... promptsAndAnswers) throws Exception {
-        Process process = tool.process(List.of("script", "-qec", "'" + tool.launcher + "' " + line, "/dev/null"))
+        Process process = tool.process(List.of("script", "-qec",
+            "stty rows 24 columns 80; exec " + launched + " '" + tool.launcher + "' " + line, "/dev/null"))
             .redirectErrorStream(true).start();
         StringBuilder shown = new StringBuilder();
         try (InputStream out = process.getInputStream(); OutputStream in = process.getOutputStream()) {
@@ -53,15 +60,53 @@ final class TerminalTest extends ToolTest {
         converse(2, "chap set 1 1 --secret --yes", "secret: ", "swordfish", "again: ", "swordfisk");
     }
 
+    /** Output and help fit the terminal, however wide it is; elsewhere nothing is cut. */
+    @ParameterizedTest
+    @ValueSource(strings = {"adapters", "show 0", "show 1", "target list 0", "target portal 0 511",
+        "stats show 1", "chap list 0 --reveal", "isns targets 1", "--help", "target set --help", "chap set --help"})
+    void width(String line) throws Exception {
+        tool.environment.put("NO_COLOR", "1");
+        for (int columns : line.endsWith("--help") ? new int[] {80} : new int[] {80, 60}) {
+            launched = columns == 80 ? "" : "env COLUMNS=" + columns;
+            String shown = converse(0, line);
+            assertFalse(shown.isEmpty(), line);
+            shown.lines().forEach(text -> assertTrue(text.length() <= columns, text));
+        }
+    }
+
+    @Test
+    void trouble() throws Exception {
+        assertTrue(converse(0, "target list 0").contains(RED + "configured (1)"));
+        assertTrue(converse(1, "status 0").contains(RED + "7 of 8"));
+        tool.run("target list 0").expect(0).shows("mnopqrstuvwxyzabcdefghijklmnopqrstuvwxyzabcdefghijklm  10.20");
+        assertFalse(tool.run("target list 0").out().contains("\033"));
+        tool.environment.put("NO_COLOR", "1");
+        assertFalse(converse(0, "target list 0").contains("\033"));
+    }
+
+    /** Each look is written over the one before, and what the terminal cannot hold is left out. */
+    @Test
+    void watchInPlace() throws Exception {
+        String[] looks = converse(0, "target list 2 --watch=0.1 --times=3").split("\033\\[H", -1);
+        assertEquals(4, looks.length);
+        for (int i = 1; i < looks.length; i++) {
+            assertEquals(23, looks[i].lines().filter(line -> line.contains("\033[K")).count(), looks[i]);
+            assertTrue(looks[i].startsWith("Target ID"), looks[i]);
+        }
+    }
+
     @Test
     void progress() throws Exception {
         tool.run("export 2 large.json").expect(0);
         // All 512 entries of an adapter go out and in again.
         tool.run("target set 2 0 --state=0 --yes").expect(0);
         String shown = converse(0, "import 2 large.json --yes");
-        assertTrue(shown.contains("targets written: 32 of 512") && shown.contains("Nothing differs."), shown);
+        assertTrue(shown.contains("writing targets [##") && shown.contains("] 256 of 512, "), shown);
+        assertTrue(shown.contains(" s left\r\033[KThe settings of"), shown);
+        assertFalse(tool.run("import 2 large.json --yes").err().contains("["));
         tool.writeSampleFiles();
         shown = converse(0, "firmware update 0 image.bin --yes");
-        assertTrue(shown.contains("writing the image: 0 s"), shown);
+        assertTrue(shown.contains("writing the image [#-"), shown);
+        assertTrue(converse(0, "reset 0 --yes").contains("\033[KAdapter 0 was reset."), shown);
     }
 }

@@ -3,6 +3,7 @@ import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.google.gson.JsonElement;
+import com.google.gson.JsonObject;
 import com.google.gson.JsonParser;
 import java.io.IOException;
 import java.nio.charset.StandardCharsets;
@@ -13,6 +14,7 @@ import java.util.Arrays;
 import java.util.List;
 import java.util.Map;
 import java.util.TreeMap;
+import java.util.regex.Pattern;
 import java.util.stream.Stream;
 
 /** Runs the tool as a user would: by its launcher, in a folder of its own, without a locale. */
@@ -22,6 +24,8 @@ final class Tool {
     static final Path SOURCES = Path.of(System.getProperty("tavo.sources"));
     /** Secrets of the adapters in the factory and of these tests: no output may hold one, except with --reveal. */
     static final List<String> SECRETS = List.of("sample-secret", "ssssssssss", "swordfish");
+
+    private static final Pattern ASIDE = Pattern.compile("(.+)(Text|Bytes)");
 
     final Path folder;
     final Path flash;
@@ -45,7 +49,10 @@ final class Tool {
 
         /** The document on the standard output; nothing else may stand there. */
         JsonElement json() {
-            expect(0);
+            return expect(0).document();
+        }
+
+        JsonElement document() {
             return JsonParser.parseString(out);
         }
 
@@ -108,8 +115,21 @@ final class Tool {
         return new String(Files.readAllBytes(file), StandardCharsets.UTF_8);
     }
 
+    /** The document without what stands beside its values for readers. */
     JsonElement json(String line) {
-        return run(line + " --json").json();
+        return withoutAsides(run(line + " --json").json());
+    }
+
+    private static JsonElement withoutAsides(JsonElement document) {
+        if (document.isJsonArray()) {
+            document.getAsJsonArray().forEach(Tool::withoutAsides);
+        } else if (document.isJsonObject()) {
+            JsonObject object = document.getAsJsonObject();
+            object.entrySet().removeIf(member -> ASIDE.matcher(member.getKey()).matches()
+                && object.has(ASIDE.matcher(member.getKey()).replaceFirst("$1")));
+            object.entrySet().forEach(member -> withoutAsides(member.getValue()));
+        }
+        return document;
     }
 
     Path write(String name, String text) throws IOException {

@@ -114,45 +114,69 @@ TEST(Network, IsnsTellsOfTargetsAndTheirPortals)
               Reach::unreachable);
 }
 
-// What only a network of its own shows: runs in a process that has one, with a neighbour at the other end of a cable.
-int checkNeighbours()
+// What only a network of its own shows: runs in a process that has one, with a neighbour at the other end of a cable
+// who takes everything and says nothing. Skipped where this user may not make networks.
+template <typename Check>
+void inOwnNetwork(Check &&check)
 {
-    const auto run = [](const std::string &command) {
-        return std::system((command + " 2>/dev/null").c_str()) == 0;
-    };
-    if (!run(
-            "ip link set lo up && ip link add name near type veth peer name far && ip link add name bridge type bridge")
-        || !run("ip link set far master bridge && ip link set far up && ip link set bridge up && ip link set near up")
-        || !run("ip address add 10.9.0.1/24 dev near && ip route add default via 10.9.0.2")
-        || !run("ip neighbour add 10.9.0.2 lladdr 02:00:00:00:00:09 dev near nud permanent")
-        || !run("ip neighbour add fd09::2 lladdr 02:00:00:00:00:0a dev near nud permanent")) {
-        return 2;
-    }
-    Counters counters;
-    const auto port = openPortOf("near", counters);
-    const auto table = port->neighbours();
-    const auto addresses = port->addresses();
-    const bool right = table && table->size() == 2 && toText((*table)[0].ipAddr) == "10.9.0.2"
-                       && (*table)[0].macAddr[5] == 0x09 && toText((*table)[1].ipAddr) == "fd09::2"
-                       && (*table)[1].macAddr[5] == 0x0A && toText(addresses->address) == "10.9.0.1"
-                       && toText(addresses->gateway) == "10.9.0.2" && port->linkUp()
-                       && port->ping(pingOf("10.9.0.2")) == PingResult::silent;
-    return right ? 0 : 1;
-}
-
-TEST(Network, NeighboursAreTheKernels)
-{
+    constexpr int notAllowed = 2;
     const pid_t process = fork();
     if (process == 0) {
-        _exit(unshare(CLONE_NEWNET) == 0 ? checkNeighbours() : 2);
+        const bool made = unshare(CLONE_NEWNET) == 0
+                          && std::system("{ ip link set lo up && ip link add name near type veth peer name far"
+                                         " && ip link add name bridge type bridge && ip link set far master bridge"
+                                         " && ip link set far up && ip link set bridge up && ip link set near up"
+                                         " && ip address add 10.9.0.1/24 dev near && ip route add default via 10.9.0.2"
+                                         " && ip neighbour add 10.9.0.2 lladdr 02:00:00:00:00:09 dev near nud permanent"
+                                         " && ip neighbour add fd09::2 lladdr 02:00:00:00:00:0a dev near nud permanent"
+                                         "; } 2>/dev/null")
+                                 == 0;
+        if (!made) {
+            _exit(notAllowed);
+        }
+        Counters counters;
+        check(*openPortOf("near", counters));
+        _exit(testing::Test::HasFailure() ? 1 : 0);
     }
     int status = 0;
     waitpid(process, &status, 0);
     ASSERT_TRUE(WIFEXITED(status));
-    if (WEXITSTATUS(status) == 2) {
+    if (WEXITSTATUS(status) == notAllowed) {
         GTEST_SKIP() << "this user may not make network namespaces";
     }
     EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST(Network, NeighboursAreTheKernels)
+{
+    inOwnNetwork([](TargetPort &port) {
+        const auto table = port.neighbours();
+        ASSERT_TRUE(table && table->size() == 2);
+        EXPECT_EQ(toText((*table)[0].ipAddr), "10.9.0.2");
+        EXPECT_EQ((*table)[0].macAddr[5], 0x09);
+        EXPECT_EQ(toText((*table)[1].ipAddr), "fd09::2");
+        EXPECT_EQ((*table)[1].macAddr[5], 0x0A);
+        const auto addresses = port.addresses();
+        EXPECT_EQ(toText(addresses->address), "10.9.0.1");
+        EXPECT_EQ(toText(addresses->gateway), "10.9.0.2");
+        EXPECT_TRUE(port.linkUp());
+        EXPECT_EQ(port.ping(pingOf("10.9.0.2")), PingResult::silent);
+    });
+}
+
+TEST(Network, NoAnswerIsUnreachableWithinTheDeadline)
+{
+    inOwnNetwork([](TargetPort &port) {
+        SessionRequest request = requestFor(3260, "iqn.2024-01.example:nobody", 500ms);
+        // Somebody who does not answer, nobody, a host behind a router, one without a route to it.
+        for (const char *address : {"10.9.0.2", "10.9.0.7", "10.10.0.1", "fd0a::1"}) {
+            request.target.address = makeAddress(address);
+            const auto start = std::chrono::steady_clock::now();
+            EXPECT_EQ(reportLuns(port, request).login.reach, Reach::unreachable) << address;
+            EXPECT_EQ(port.discover(request).login.reach, Reach::unreachable) << address;
+            EXPECT_LT(std::chrono::steady_clock::now() - start, 2 * request.deadline + 500ms) << address;
+        }
+    });
 }
 
 } // namespace

@@ -2,6 +2,9 @@
 #include "PortTest.h"
 #include "ScsiStandard.h"
 
+#include <chrono>
+#include <thread>
+
 namespace
 {
 
@@ -141,6 +144,10 @@ TEST_F(Target, LogoutEndsTheSession)
     logIn(*port_, request);
     EXPECT_EQ(logIn(*port_, to("iqn.2024-01.example:nobody")).reach, Reach::unknownTarget);
     port_.reset();
+    // A thread that has ended is in /proc a moment longer.
+    for (int tries = 0; countOwn("task") > threads && tries < 100; ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
     EXPECT_EQ(countOwn("task"), threads) << "a thread outlives the port";
 }
 

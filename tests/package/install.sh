@@ -93,6 +93,7 @@ if [ "$architecture" = i386 ]; then
 fi
 expect 0 "management library" hba version
 expect 0 array1.boot hba target list 0
+expect 0 "0 to 3, 525 targets" hba doctor
 expect 0 "" hba firmware set 0 --alias=renamed
 [ -f "$(find "$root/usr" -name hba.jsa)" ] || fail "there is no class archive"
 inside install -d -o nobody /tmp/home
@@ -100,9 +101,9 @@ expect 0 "Tavo 2040" setpriv --reuid=nobody --regid=nogroup --clear-groups env H
 for library in "$root"/usr/lib/*/tavoiscsi/vdsdm*; do
   expect 0 "" env HBA_LIBRARY_DIR="${library#"$root"}" hba version
 done
-for file in usr/share/man/man1/hba.1.gz usr/share/bash-completion/completions/hba \
-  usr/share/java/tavoiscsi-javadoc.jar usr/share/java/tavoiscsi-sources.jar; do
-  [ -f "$root/$file" ] || fail "there is no $file"
+for file in man/man1/hba.1.gz man/man7/hba-examples.7.gz man/man7/libvdsdm-host.7.gz \
+  bash-completion/completions/hba java/tavoiscsi-javadoc.jar java/tavoiscsi-sources.jar; do
+  [ -f "$root/usr/share/$file" ] || fail "there is no /usr/share/$file"
 done
 
 # What applications of one's own look for.

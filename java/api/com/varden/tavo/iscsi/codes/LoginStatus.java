@@ -6,7 +6,7 @@ import java.util.Optional;
 import java.util.stream.Stream;
 
 /**
- * Statuses of an iSCSI login, in the words of RFC 7143, section 11.13.5: {@code ConnectionError.getErrorDetail} of a
+ * Statuses of an iSCSI login, after RFC 7143, section 11.13.5: {@code ConnectionError.getErrorDetail} of a
  * refused login.
  */
 public enum LoginStatus {
@@ -14,8 +14,8 @@ public enum LoginStatus {
     TARGET_MOVED_TEMPORARILY(0x0101),
     TARGET_MOVED_PERMANENTLY(0x0102),
     INITIATOR_ERROR(0x0200),
-    AUTHENTICATION_FAILURE(0x0201),
-    AUTHORIZATION_FAILURE(0x0202),
+    AUTHENTICATION_FAILED(0x0201),
+    AUTHORIZATION_FAILED(0x0202),
     NOT_FOUND(0x0203),
     TARGET_REMOVED(0x0204),
     UNSUPPORTED_VERSION(0x0205),
@@ -45,13 +45,13 @@ public enum LoginStatus {
         return Stream.of(values()).filter(known -> known.status == status).findFirst();
     }
 
-    /** The meaning alone: "authentication failure", or "0999h". */
+    /** The meaning alone: "authentication failed", or "0999h". */
     public static String text(int status) {
         return find(status).map(known -> known.name().toLowerCase(Locale.ROOT).replace('_', ' '))
             .orElseGet(() -> hexadecimal(status));
     }
 
-    /** The status as the standard writes it, with its meaning: "0201h authentication failure", or "0999h". */
+    /** The status as the standard writes it, with its meaning: "0201h authentication failed", or "0999h". */
     public static String describe(int status) {
         return find(status).isPresent() ? hexadecimal(status) + " " + text(status) : hexadecimal(status);
     }

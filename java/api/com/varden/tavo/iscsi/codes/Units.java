@@ -25,13 +25,19 @@ public final class Units {
      * "2.0 TiB (2199023255552 bytes)", or "512 bytes".
      */
     public static String describeBytes(long bytes) {
+        String size = shortBytes(bytes);
+        return size.endsWith("iB") ? size + " (" + Long.toUnsignedString(bytes) + " bytes)" : size;
+    }
+
+    /** The same without the number of bytes: "2.0 TiB", or "512 bytes". */
+    public static String shortBytes(long bytes) {
         BigInteger number = new BigInteger(Long.toUnsignedString(bytes));
         int order = Math.max(0, number.bitLength() - 1) / 10;
         if (order == 0) {
             return number + (bytes == 1 ? " byte" : " bytes");
         }
         long tenths = number.multiply(BigInteger.TEN).shiftRight(10 * order).longValue();
-        return tenths / 10 + "." + tenths % 10 + " " + "KMGTPE".charAt(order - 1) + "iB (" + number + " bytes)";
+        return tenths / 10 + "." + tenths % 10 + " " + "KMGTPE".charAt(order - 1) + "iB";
     }
 
     /** How long an ARP table entry has not been heard of, {@code ArpEntry.getTimeIn}: "3 min", "255 min or more". */

@@ -8,6 +8,7 @@ import com.varden.tavo.iscsi.jni.OpenAdapter;
 public final class Adapter implements AutoCloseable {
     /** Indices run from 0 to this. */
     public static final int LAST_INDEX = OpenAdapter.LAST_INDEX;
+    static final NumberField INDEX = new NumberField("dev", 16, "DEV").max(LAST_INDEX);
 
     private static ApiWrapper shared;
 

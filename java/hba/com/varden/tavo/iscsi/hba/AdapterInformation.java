@@ -1,5 +1,8 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.codes.AdapterState;
+import com.varden.tavo.iscsi.codes.DhcpState;
+import com.varden.tavo.iscsi.codes.LinkState;
 import com.varden.tavo.iscsi.model.HBA;
 import java.io.IOException;
 import java.util.ArrayList;
@@ -19,9 +22,12 @@ final class AdapterInformation {
     private static final Field DRIVER_BITS = new BitsField("driverAttribute", 32, "Driver attributes").readOnly();
     private static final Field BOARD_TYPE = new TextField("boardType", 64, "Board type").readOnly();
     private static final Field CHIP_VERSION = new NumberField("chipVersion", 16, "Chip version").readOnly();
-    private static final Field STATE = new NumberField("state", 16, "State").readOnly();
-    private static final Field DHCP_STATE = new NumberField("dhcpState", 16, "DHCP state").readOnly();
-    private static final Field LINK_STATUS = new NumberField("linkStatus", 16, "Link status").readOnly();
+    static final Field STATE =
+        new CodeField("state", 16, "State", AdapterState.MEANINGS).trouble(AdapterState.NO_LINK).readOnly();
+    private static final Field DHCP_STATE =
+        new CodeField("dhcpState", 16, "DHCP state", DhcpState.MEANINGS).readOnly();
+    static final Field LINK_STATUS =
+        new CodeField("linkStatus", 16, "Link status", LinkState.MEANINGS).trouble(LinkState.DOWN).readOnly();
 
     private AdapterInformation() {}
 
@@ -30,13 +36,13 @@ final class AdapterInformation {
         Adapters() {
             super("Opens every adapter from 0 to 31 in turn and lists those that could be opened. One that could be "
                 + "opened and not be read is named on the standard error.");
+            listing(ENTRY, "dev", "model", "iSCSIName", "IPAddress");
         }
 
         @Override
         public Integer call() throws IOException {
             int status = DONE;
             List<Entry> entries = new ArrayList<>();
-            TextOutput.Columns columns = new TextOutput.Columns("DEV", "Model", "iSCSI name", "IP address");
             for (int dev = 0; dev <= Adapter.LAST_INDEX; dev++) {
                 try (Adapter adapter = Adapter.tryOpen(dev)) {
                     if (adapter == null) {
@@ -46,14 +52,12 @@ final class AdapterInformation {
                     adapter.check("reading the model", adapter.api.getiSCSIFWInfo(dev, entry.hba));
                     adapter.check("reading the identity", adapter.api.getiSCSIAdapterInfo(dev, entry.hba));
                     entries.add(entry);
-                    columns.row(
-                        dev, entry.hba.getModel(), entry.hba.getiSCSIName(), entry.hba.getIPAddress());
                 } catch (OperationFailed e) {
                     Terminal.message(e.getMessage());
                     status = FAILED;
                 }
             }
-            showList(ENTRY, entries, columns, "No adapter could be opened.");
+            showList(entries, "No adapter could be opened.");
             return status;
         }
     }

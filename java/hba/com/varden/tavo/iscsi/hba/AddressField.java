@@ -34,6 +34,22 @@ final class AddressField extends SettingField<IPAddr> {
         return (IPAddr) getProperty(owner);
     }
 
+    // IPv4 before IPv6, and 10.20.0.9 before 10.20.0.11.
+    @Override
+    Comparable<?> sortKey(Object owner) {
+        IPAddr address = get(owner);
+        StringBuilder key = new StringBuilder(address.isIPv4() ? "4" : "6");
+        for (short part : address.getAddress()) {
+            key.append((char) (part & 0xFF));
+        }
+        return key.toString();
+    }
+
+    @Override
+    String plain(Object owner) {
+        return get(owner).isUnspecified() ? "" : get(owner).toString();
+    }
+
     @Override
     void set(Object owner, IPAddr value) {
         setProperty(owner, value);

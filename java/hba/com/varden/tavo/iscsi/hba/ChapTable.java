@@ -9,6 +9,7 @@ import com.varden.tavo.iscsi.model.HBA;
 import java.io.IOException;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.function.Consumer;
 
 /** The CHAP table. The adapter takes it only as a whole, and always with an empty entry 0. */
 final class ChapTable {
@@ -20,8 +21,8 @@ final class ChapTable {
     static final int LAST_WRITABLE_LINK = 255;
     static final NumberField LINK = new NumberField("link", 16, "Link").max(LAST_WRITABLE_LINK);
     private static final NumberField LENGTH =
-        new NumberField("chapSecretLength", 8, "Secret length").max(CHAPTableEntry.SECRET_LENGTH);
-    private static final RecordTable TABLE = new RecordTable(NAME, FLAGS, LINK, LENGTH);
+        new NumberField("chapSecretLength", 8, "Length").max(CHAPTableEntry.SECRET_LENGTH);
+    static final RecordTable TABLE = new RecordTable(NAME, FLAGS, LINK, LENGTH);
 
     private ChapTable() {}
 
@@ -54,6 +55,17 @@ final class ChapTable {
         try (ChapSecret secret = ChapSecret.of(entry)) {
             return (entry.getChapName() == null || entry.getChapName().isEmpty()) && secret.isEmpty()
                 && entry.getFlags() == 0 && entry.getLink() == 0;
+        }
+    }
+
+    /** Refuses an index other than 0 (none) whose entry has no secret: no login could succeed with it. */
+    static void requireSecret(Adapter adapter, int index, String place) {
+        List<CHAPTableEntry> table = index == 0 ? List.of() : readAll(adapter);
+        boolean found = index < table.size() && table.get(index).getChapSecretLength() > 0;
+        forget(table);
+        if (index != 0 && !found) {
+            throw new BadInput(place + ": CHAP entry " + index + " has no secret. 'hba chap set " + adapter.dev + " "
+                + index + " --secret' gives it one; --force writes it all the same.");
         }
     }
 
@@ -96,8 +108,11 @@ final class ChapTable {
     /**
      * The table that a document describes, on the ground of what the adapter has: what is not named keeps its value,
      * and a hidden secret is the present one. Without a present table only the document itself is checked.
+     *
+     * @param hidden is told of each hidden secret that the adapter does not have
      */
-    static List<CHAPTableEntry> read(JsonArray document, String place, List<CHAPTableEntry> present) {
+    static List<CHAPTableEntry> read(JsonArray document, String place, List<CHAPTableEntry> present,
+        Consumer<String> hidden) {
         if (document.size() > LAST_ENTRY + 1) {
             throw new BadInput(place + ": at most " + (LAST_ENTRY + 1) + " entries are permitted");
         }
@@ -115,7 +130,8 @@ final class ChapTable {
                     entryPlace + ": " + ChapSecret.TEXT_NAME + " and " + ChapSecret.BYTES_NAME + " exclude each other");
             }
             if (text != null) {
-                readSecret(entry, text, entryPlace + "." + ChapSecret.TEXT_NAME, present == null ? null : there);
+                readSecret(entry, text, entryPlace + "." + ChapSecret.TEXT_NAME, present == null ? null : there,
+                    hidden);
             } else if (bytes != null) {
                 ChapSecret.readBytes(bytes, entryPlace + "." + ChapSecret.BYTES_NAME).moveTo(entry);
             }
@@ -135,16 +151,38 @@ final class ChapTable {
     }
 
     // A hidden secret is that of the entry that is there; null skips that check.
-    private static void readSecret(CHAPTableEntry entry, JsonElement value, String place, CHAPTableEntry there) {
+    private static void readSecret(CHAPTableEntry entry, JsonElement value, String place, CHAPTableEntry there,
+        Consumer<String> hidden) {
         if (!ChapSecret.isHidden(value)) {
             ChapSecret.readText(value, place).moveTo(entry);
         } else if (there != null) {
             if (!String.valueOf(there.getChapName()).equals(entry.getChapName())) {
-                throw new BadInput(place + ": the secret is hidden, and the adapter has none of this name at this "
-                    + "index. Export with --reveal.");
+                hidden.accept(place + ": the secret is hidden, and the adapter has none of this name at this index. "
+                    + "Export with --reveal.");
             }
             ChapSecret.of(there).moveTo(entry);
         }
+    }
+
+    /** What is lost when the present table becomes the wanted one. */
+    static List<String> losses(List<CHAPTableEntry> wanted, List<CHAPTableEntry> present) {
+        List<String> losses = new ArrayList<>();
+        for (int i = 0; i < present.size(); i++) {
+            CHAPTableEntry there = present.get(i);
+            CHAPTableEntry entry = i < wanted.size() ? wanted.get(i) : new CHAPTableEntry();
+            Differences differences = new Differences("wanted");
+            compare(List.of(entry), List.of(there), "", differences);
+            if (!isEmpty(there) && !differences.isEmpty()) {
+                losses.add(isEmpty(entry) ? "empties " + describe(i, there) + ": its secret is lost"
+                    : "changes " + describe(i, there));
+            }
+        }
+        return losses;
+    }
+
+    /** "CHAP entry 1 (initiator-a)". */
+    static String describe(int index, CHAPTableEntry entry) {
+        return "CHAP entry " + index + " (" + NAME.show(entry) + ")";
     }
 
     /** Whether the table has to be written to become this one; refuses what cannot be written. */

@@ -12,12 +12,36 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 final class ChapTableCommands {
     private ChapTableCommands() {}
 
+    /** An entry as it is listed. */
+    public record Row(int index, CHAPTableEntry entry, String secret) {
+        /** For the tables of fields. */
+        public CHAPTableEntry getEntry() {
+            return entry;
+        }
+    }
+
+    private static final RecordTable ROW = new RecordTable(
+        new ScalarField<Integer>("index", "Index") {
+            @Override
+            Integer get(Object row) {
+                return ((Row) row).index;
+            }
+        },
+        new ScalarField<String>("secret", "Secret") {
+            @Override
+            String get(Object row) {
+                return ((Row) row).secret;
+            }
+        },
+        new RecordField("entry", ChapTable.TABLE, "Entry"));
+
     /** hba chap list. */
     static final class ListAll extends DeviceCommand {
         private final OptionSpec reveal = flag("--reveal", "Show the secrets.");
 
         ListAll() {
             super("Lists the CHAP entries by their index. Secrets are shown as " + ChapSecret.HIDDEN + ".");
+            listing(ROW, "index", "chapName", "secret", "chapSecretLength", "flags", "link");
         }
 
         @Override
@@ -28,27 +52,16 @@ final class ChapTableCommands {
                 ChapTable.write(json, table, isSet(reveal));
                 finish(json);
             } else {
-                print(table);
+                List<Row> rows = new ArrayList<>();
+                for (CHAPTableEntry entry : table) {
+                    try (ChapSecret secret = ChapSecret.of(entry)) {
+                        rows.add(new Row(rows.size(), entry, secret.show(isSet(reveal))));
+                    }
+                }
+                showList(rows, "The CHAP table is empty.");
             }
             ChapTable.forget(table);
             return DONE;
-        }
-
-        private void print(List<CHAPTableEntry> table) {
-            TextOutput.Columns columns =
-                new TextOutput.Columns("Index", "CHAP name", "Secret", "Length", "Flags", "Link");
-            for (int i = 0; i < table.size(); i++) {
-                CHAPTableEntry entry = table.get(i);
-                try (ChapSecret secret = ChapSecret.of(entry)) {
-                    columns.row(i, entry.getChapName(), secret.show(isSet(reveal)), entry.getChapSecretLength(),
-                        ChapTable.FLAGS.show(entry), ChapTable.LINK.get(entry));
-                }
-            }
-            if (table.isEmpty()) {
-                System.out.println("The CHAP table is empty.");
-            } else {
-                columns.print(System.out);
-            }
         }
     }
 
@@ -154,7 +167,7 @@ final class ChapTableCommands {
         @Override
         List<String> losses(CHAPTableEntry present) {
             boolean lost = isSet(noSecret) && present.getChapSecretLength() > 0;
-            return lost ? List.of("removes the secret of " + describe(number(index), present)) : List.of();
+            return lost ? List.of("removes the secret of " + ChapTable.describe(number(index), present)) : List.of();
         }
 
         @Override
@@ -175,10 +188,6 @@ final class ChapTableCommands {
         }
     }
 
-    private static String describe(int index, CHAPTableEntry entry) {
-        return "CHAP entry " + index + " (" + ChapTable.NAME.show(entry) + ")";
-    }
-
     /** hba chap clear. */
     static final class Clear extends Change {
         Clear() {
@@ -187,7 +196,7 @@ final class ChapTableCommands {
 
         @Override
         List<String> losses(CHAPTableEntry present) {
-            return List.of("empties " + describe(number(index), present) + ": its secret is lost");
+            return List.of("empties " + ChapTable.describe(number(index), present) + ": its secret is lost");
         }
 
         @Override

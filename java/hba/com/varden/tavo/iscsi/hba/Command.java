@@ -1,6 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
+import com.varden.tavo.iscsi.model.DevDBEntry;
 import java.io.IOException;
 import java.io.PrintStream;
 import java.util.LinkedHashMap;
@@ -27,6 +28,8 @@ public abstract class Command implements Callable<Integer> {
     final CommandSpec spec = CommandSpec.wrapWithoutInspection(this);
     private final OptionSpec json;
     private int parameters;
+    private Listing listing;
+    private Watch watch;
     private PrintStream output;
 
     protected Command(String... description) {
@@ -68,7 +71,41 @@ public abstract class Command implements Callable<Integer> {
     }
 
     protected final OptionSpec option(String name, String label, String description) {
-        return add(OptionSpec.builder(name).type(String.class).paramLabel(label).description(description).build());
+        return option(name, label, null, description);
+    }
+
+    /** An option for which the completion knows words. */
+    final OptionSpec option(String name, String label, List<String> candidates, String description) {
+        return add(OptionSpec.builder(name).type(String.class).paramLabel(label).completionCandidates(candidates)
+            .description(description).build());
+    }
+
+    /** For commands that show a list: which fields of its records they show without being told. */
+    final Listing listing(RecordTable table, String... usual) {
+        listing = new Listing(this, table, usual);
+        return listing;
+    }
+
+    /** Checks what the options of every command may say, before anything is done; throws BadInput. */
+    final void check() {
+        if (listing != null) {
+            listing.check(wantsJson());
+        }
+        if (watch != null) {
+            watch.check();
+        }
+    }
+
+    /** An option that may stand alone, which then means the usual value. */
+    final OptionSpec optionalValue(String name, String label, String usual, String description) {
+        return add(OptionSpec.builder(name).type(String.class).arity("0..1").fallbackValue(usual).paramLabel(label)
+            .description(description).build());
+    }
+
+    /** For commands that can show their result again and again. */
+    final Watch watch(boolean endMatters) {
+        watch = new Watch(this, endMatters);
+        return watch;
     }
 
     /** An option whose value is that of a field; its range stands in the help. */
@@ -91,7 +128,20 @@ public abstract class Command implements Callable<Integer> {
     }
 
     final PositionalParamSpec parameter(String label, SettingField<?> field, String description) {
-        return add(PositionalParamSpec.builder().type(Object.class).converters(field), label, "1", description);
+        return parameter(label, "1", field, description);
+    }
+
+    final PositionalParamSpec parameter(String label, String arity, SettingField<?> field, String description) {
+        return add(PositionalParamSpec.builder().type(Object.class).converters(field), label, arity, description);
+    }
+
+    /** The parameters from here on, any number of them. */
+    final PositionalParamSpec parameters(String label, SettingField<?> field, String description) {
+        PositionalParamSpec rest = PositionalParamSpec.builder().type(List.class).auxiliaryTypes(Object.class)
+            .converters(field).index(parameters + "..*").arity("0..*").paramLabel(label).description(description)
+            .build();
+        spec.addPositional(rest);
+        return rest;
     }
 
     private PositionalParamSpec add(PositionalParamSpec.Builder builder, String label, String arity, String text) {
@@ -113,6 +163,11 @@ public abstract class Command implements Callable<Integer> {
         return isSet(json);
     }
 
+    /** Whether people read the result, who are told more than a list. */
+    final boolean wantsWords() {
+        return !wantsJson() && (listing == null || !listing.isForPrograms());
+    }
+
     /** Shows a record. */
     final void show(RecordTable table, Object owner) throws IOException {
         if (wantsJson()) {
@@ -125,40 +180,58 @@ public abstract class Command implements Callable<Integer> {
     }
 
     /** Shows a list in full in JSON, and in columns for people. */
-    final void showList(RecordTable table, List<?> owners, TextOutput.Columns columns, String none)
-        throws IOException {
+    final void showList(List<?> owners, String none) throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            table.writeList(writer, owners);
+            listing.table.writeList(writer, owners);
             finish(writer);
-        } else if (owners.isEmpty()) {
+        } else if (owners.isEmpty() && wantsWords()) {
             System.out.println(none);
         } else {
-            columns.print(System.out);
+            listing.print(System.out, owners);
         }
     }
 
     /** Says that something was done. */
     final void done(String what) throws IOException {
+        done(what, null);
+    }
+
+    /** Says that something was done, and what became of the logins that follow, if any. */
+    final void done(String what, Logins logins) throws IOException {
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            writer.beginObject().name("done").value(what).endObject();
+            writer.beginObject().name("done").value(what);
+            if (logins != null) {
+                writer.name("logins");
+                logins.write(writer);
+            }
+            writer.endObject();
             finish(writer);
-        } else {
-            System.out.println(TerminalText.lines(what));
+            return;
+        }
+        System.out.println(TerminalText.lines(what));
+        for (String line : logins == null ? List.<String>of() : logins.lines()) {
+            System.out.println(line);
         }
     }
 
     /**
-     * Says what was done, what differs afterwards, and what became of logins, if any follow; returns the exit status.
+     * Says what was done, to which targets, what differs afterwards, and what became of logins, if any follow; returns
+     * the exit status.
      */
-    final int report(String what, Differences differences, Logins logins) throws IOException {
+    final int report(String what, List<DevDBEntry> targets, Differences differences, Logins logins)
+        throws IOException {
         List<String> lines = differences.lines();
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
             writer.beginObject().name("done").value(what).name("differences").beginArray();
             for (String line : lines) {
                 writer.value(line);
+            }
+            writer.endArray().name("targetIDs").beginArray();
+            for (DevDBEntry target : targets) {
+                writer.value(target.getTargetID());
             }
             writer.endArray();
             if (logins != null) {
@@ -187,6 +260,7 @@ public abstract class Command implements Callable<Integer> {
      */
     public final int writeDocument(PrintStream out) throws Exception {
         output = out;
+        check();
         return call();
     }
 
@@ -194,8 +268,9 @@ public abstract class Command implements Callable<Integer> {
         return output != null ? output : System.out;
     }
 
+    /** A writer of the result; of those that follow each other each stands on one line. */
     final JsonWriter jsonWriter() {
-        return Terminal.json(output(), "  ");
+        return Terminal.json(output(), watch != null && watch.isOn() ? "" : "  ");
     }
 
     final void finish(JsonWriter writer) throws IOException {

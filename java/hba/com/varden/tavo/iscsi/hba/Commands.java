@@ -12,6 +12,7 @@ import picocli.CommandLine.ParseResult;
 public final class Commands {
     /** All commands and groups in the order of the help, with what the list of commands says of each. */
     private enum Name {
+        STATUS("status", "Show how the adapters are doing, and whether all is well."),
         ADAPTERS("adapters", "List the adapters."),
         SHOW("show", "Show all about an adapter: addresses, versions, state, targets."),
         INFO("info", "Show identity, versions, chip and state of an adapter."),
@@ -20,13 +21,17 @@ public final class Commands {
         TARGET_SHOW("target show", "Show a configured target."),
         TARGET_DEFAULT("target default", "Show the adapter's default entry."),
         TARGET_INITIAL("target initial", "Show the contents proposed for a new target."),
-        TARGET_SET("target set", "Change a configured target, or make a new one."),
-        TARGET_LOAD("target load", "Write many targets from a JSON file."),
+        TARGET_ADD("target add", "Add a target."),
+        TARGET_REMOVE("target remove", "Remove a target."),
+        TARGET_RENAME("target rename", "Give a target another iSCSI name."),
+        TARGET_LOGIN("target login", "Log in to a target."),
         TARGET_LOGOUT("target logout", "Log out of a target."),
+        TARGET_SET("target set", "Change single fields of a configured target, or make a new one."),
+        TARGET_LOAD("target load", "Write many targets from a JSON file."),
         TARGET_PORTAL("target portal", "Show where a target was discovered and how it is connected."),
         DISCOVER("discover", "Add the targets that a portal offers."),
         LUN("lun", "Ask the logical units of a target."),
-        LUN_LIST("lun list", "List the logical units of a target."),
+        LUN_LIST("lun list", "List the logical units of a target with product and size."),
         LUN_SHOW("lun show", "Show identity and capacity of a logical unit."),
         LUN_INQUIRY("lun inquiry", "Show what a logical unit says of itself."),
         LUN_CAPACITY("lun capacity", "Show the capacity of a logical unit."),
@@ -50,6 +55,7 @@ public final class Commands {
         ISNS_SHOW("isns show", "Show the settings of iSNS discovery."),
         ISNS_SET("isns set", "Change the settings of iSNS discovery."),
         ISNS_TARGETS("isns targets", "List the targets that iSNS discovery found."),
+        ISNS_ADD("isns add", "Add targets that iSNS discovery found."),
         PING("ping", "Have the adapter ping an address."),
         RESET("reset", "Reset an adapter."),
         CRASH("crash", "Have the adapter's crash record written to a file."),
@@ -76,6 +82,7 @@ public final class Commands {
         private Callable<Integer> create() {
             return switch (this) {
                 case TARGET, LUN, FIRMWARE, STATS, LOG, CHAP, ISNS -> null;
+                case STATUS -> new AdapterStatusCommand();
                 case ADAPTERS -> new AdapterInformation.Adapters();
                 case SHOW -> new AdapterInformation.Show();
                 case INFO -> new AdapterInformation.Info();
@@ -83,12 +90,16 @@ public final class Commands {
                 case TARGET_SHOW -> new DeviceDatabaseEntryCommands.Show();
                 case TARGET_DEFAULT -> new DeviceDatabaseEntryCommands.Default();
                 case TARGET_INITIAL -> new DeviceDatabaseEntryCommands.Initial();
+                case TARGET_ADD -> new DeviceDatabaseEntryVerbs.Add();
+                case TARGET_REMOVE -> new DeviceDatabaseEntryVerbs.Remove();
+                case TARGET_RENAME -> new DeviceDatabaseEntryVerbs.Rename();
+                case TARGET_LOGIN -> new DeviceDatabaseEntryVerbs.Login();
+                case TARGET_LOGOUT -> new DeviceDatabaseEntryVerbs.Logout();
                 case TARGET_SET -> new DeviceDatabaseEntryCommands.SetOne();
                 case TARGET_LOAD -> new DeviceDatabaseEntryCommands.Load();
-                case TARGET_LOGOUT -> new DeviceDatabaseEntryCommands.Logout();
                 case TARGET_PORTAL -> new TargetDatabase.Portal();
                 case DISCOVER -> new Discovery.Discover();
-                case LUN_LIST -> new ScsiPassThrough.ListAll();
+                case LUN_LIST -> new ScsiPassThroughUnits();
                 case LUN_SHOW -> new TargetDatabase.LunShow();
                 case LUN_INQUIRY -> new ScsiPassThrough.Inquiry();
                 case LUN_CAPACITY -> new ScsiPassThrough.Capacity();
@@ -107,13 +118,14 @@ public final class Commands {
                 case ISNS_SHOW -> new IsnsDiscovery.Show();
                 case ISNS_SET -> new IsnsDiscovery.SetSome();
                 case ISNS_TARGETS -> new IsnsDiscovery.Targets();
+                case ISNS_ADD -> new IsnsDiscovery.Add();
                 case PING -> new Maintenance.Ping();
                 case RESET -> new Maintenance.Reset();
                 case CRASH -> new Maintenance.Crash();
                 case SERVE -> new Serve();
                 case METRICS -> new Metrics();
                 case EXPORT -> new Backup.Export();
-                case IMPORT -> new Backup.Import();
+                case IMPORT -> new BackupImport();
                 case DOCTOR -> new Doctor();
                 case VERSION -> new Version();
                 case COMPLETION -> new Completion();

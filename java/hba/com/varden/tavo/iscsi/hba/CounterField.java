@@ -4,10 +4,9 @@ import com.varden.tavo.iscsi.model.PortStatistics;
 import java.math.BigInteger;
 
 /** An unsigned 64-bit counter, in the form in which counters cross. */
-final class CounterField extends ScalarField<BigInteger> {
+final class CounterField extends QuantityField<BigInteger> {
     CounterField(String name, String label) {
         super(name, label);
-        readOnly();
     }
 
     @Override

@@ -32,7 +32,7 @@ final class Cure {
             case ERR_LOGIN_REFUSED ->
                 "'hba log errors' has the iSCSI login status; the target's own log may say why.";
             case ERR_BUSY -> "Try again when it has ended.";
-            case ERR_DATABASE_FULL -> "Free one with 'hba target set DEV TARGET --state=0'.";
+            case ERR_DATABASE_FULL -> "Free one with 'hba target remove DEV TARGET'.";
             default -> "";
         };
     }

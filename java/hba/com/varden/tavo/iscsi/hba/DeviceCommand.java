@@ -13,7 +13,7 @@ abstract class DeviceCommand extends Command {
 
     DeviceCommand(String... description) {
         super(description);
-        dev = parameter("DEV", new NumberField("dev", 16, "Adapter").max(Adapter.LAST_INDEX), "Adapter, 0 to 31.");
+        dev = parameter("DEV", Adapter.INDEX, "Adapter, 0 to 31.");
         trace = option("--trace", "FILE", "Have the operations of this command traced to the end of a file.");
     }
 

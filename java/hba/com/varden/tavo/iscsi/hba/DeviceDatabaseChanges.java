@@ -3,6 +3,7 @@ package com.varden.tavo.iscsi.hba;
 import com.google.gson.JsonArray;
 import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
+import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.codes.TargetState;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import java.util.ArrayList;
@@ -15,11 +16,15 @@ final class DeviceDatabaseChanges {
     /** Entries written by one call, so that progress can be shown and a signal be heeded in between. */
     private static final int BATCH = 32;
 
+    private static final RecordField NAME_AND_ADDRESS =
+        new RecordField("nodeInfo", new RecordTable(NodeInfo.NAME, NodeInfo.ADDRESS), "Node");
+    private static final RecordTable TARGET_AND_PORTAL = new RecordTable(NAME_AND_ADDRESS,
+        new RecordField("deviceEntry", new RecordTable(DeviceParameters.PORT), ""));
     /** What leads to a target; a session does not outlive a change of it. */
     private static final RecordTable WAY_TO_TARGET = new RecordTable(
         DeviceDatabaseEntry.SESSION_ID,
         DeviceDatabaseEntry.CHAP_INDEX,
-        new RecordField("nodeInfo", new RecordTable(NodeInfo.NAME, NodeInfo.ADDRESS), "Node"),
+        NAME_AND_ADDRESS,
         new RecordField("deviceEntry", new RecordTable(DeviceParameters.TARGET_ADDRESS, DeviceParameters.PORT), ""));
 
     private final List<DevDBEntry> present;
@@ -53,9 +58,49 @@ final class DeviceDatabaseChanges {
             entry = DeviceDatabaseEntry.readInitial(adapter, targetID);
             entry.setState(DeviceDatabaseEntry.readDefault(adapter).getState());
         }
+        return note(entry, place);
+    }
+
+    private DevDBEntry note(DevDBEntry entry, String place) {
         wanted.add(entry);
         places.add(place);
         return entry;
+    }
+
+    /** Adds an entry for a new target; ends the command when the ID is that of another one. */
+    DevDBEntry addNew(Adapter adapter, int targetID, String place) {
+        DevDBEntry there = DeviceDatabaseEntry.find(present, targetID);
+        if (there != null) {
+            throw new OperationFailed("adapter " + adapter.dev + " has a " + DeviceDatabaseEntry.describe(there)
+                + " already. Give another ID, or none to have a free one chosen.");
+        }
+        return add(adapter, targetID, place);
+    }
+
+    /** Adds what the adapter has for this target; ends the command when it has nothing. */
+    DevDBEntry addPresent(Adapter adapter, int targetID, String place) {
+        return note(DeviceDatabaseEntry.copy(DeviceDatabaseEntry.require(adapter, present, targetID)), place);
+    }
+
+    /** The first ID that neither an entry of the adapter nor one to be written has. */
+    int firstFree() {
+        List<DevDBEntry> all = new ArrayList<>(present);
+        all.addAll(wanted);
+        return DeviceDatabaseEntry.firstFree(all);
+    }
+
+    /** Ends the command when the adapter has no room for so many more targets. */
+    void requireRoom(Adapter adapter, int count) {
+        int room = DeviceDatabaseEntry.LAST_SLOT + 1 - present.size();
+        if (count > room) {
+            throw new OperationFailed("adapter " + adapter.dev + " has room for " + room + " more targets, and "
+                + count + " would be new: " + Cure.describe(Status.ERR_DATABASE_FULL.code()),
+                Status.ERR_DATABASE_FULL.code());
+        }
+    }
+
+    List<DevDBEntry> present() {
+        return present;
     }
 
     List<DevDBEntry> wanted() {
@@ -116,6 +161,20 @@ final class DeviceDatabaseChanges {
         IscsiName.require(name, place);
     }
 
+    /** Refuses entries by which the adapter would have the same target at the same portal twice. */
+    void requireUnique() {
+        for (int i = 0; i < wanted.size(); i++) {
+            for (DevDBEntry there : present) {
+                Differences differences = new Differences("wanted");
+                TARGET_AND_PORTAL.compare(wanted.get(i), there, "", differences);
+                if (there.getTargetID() != wanted.get(i).getTargetID() && differences.isEmpty()) {
+                    throw new BadInput(places.get(i) + ": " + DeviceDatabaseEntry.describe(there)
+                        + " has the same name, address and port. --force writes it all the same.");
+                }
+            }
+        }
+    }
+
     /** What is lost when the entries are written: entries that are freed, sessions that end. */
     List<String> losses(boolean everyChange) {
         List<String> losses = new ArrayList<>();
@@ -139,6 +198,47 @@ final class DeviceDatabaseChanges {
         return losses;
     }
 
+    /** Adds that the targets which no entry names are freed, before anything else is written. */
+    void prune() {
+        List<DevDBEntry> freed = new ArrayList<>(present);
+        List<Integer> targets = notNamed();
+        freed.removeIf(there -> !targets.contains(there.getTargetID())
+            || there.getTargetIDUnsigned() > DeviceDatabaseEntry.LAST_SLOT);
+        freed.replaceAll(DeviceDatabaseEntry::copy);
+        for (DevDBEntry entry : freed) {
+            entry.setState(TargetState.FREE);
+            places.add(0, DeviceDatabaseEntry.describe(entry));
+        }
+        wanted.addAll(0, freed);
+    }
+
+    /** Notes what a write will change. */
+    void plan(String place, Differences differences) {
+        for (DevDBEntry entry : wanted) {
+            String entryPlace = place + "[targetID " + entry.getTargetID() + "]";
+            DevDBEntry there = DeviceDatabaseEntry.find(present, entry.getTargetID());
+            String name = " (" + NodeInfo.NAME.show(entry.getNodeInfo()) + ")";
+            if (there == null && entry.getState() != TargetState.FREE) {
+                differences.add(entryPlace + ": is added" + name);
+            } else if (there != null && entry.getState() == TargetState.FREE) {
+                differences.add(entryPlace + ": is removed" + name);
+            } else if (there != null) {
+                DeviceDatabaseEntry.TABLE.compare(entry, there, entryPlace, differences);
+            }
+        }
+    }
+
+    /** The IDs of the targets that the adapter has and that no entry names. */
+    List<Integer> notNamed() {
+        List<Integer> targets = new ArrayList<>();
+        for (DevDBEntry there : present) {
+            if (DeviceDatabaseEntry.find(wanted, there.getTargetID()) == null) {
+                targets.add(there.getTargetID());
+            }
+        }
+        return targets;
+    }
+
     /** Writes a single entry. */
     void writeOne(Adapter adapter) {
         DevDBEntry entry = wanted.get(0);
@@ -152,6 +252,7 @@ final class DeviceDatabaseChanges {
             if (Interruption.isRequested()) {
                 throw new OperationFailed("interrupted: " + progress(done));
             }
+            Progress.show("writing targets", done, wanted.size());
             int end = Math.min(done + BATCH, wanted.size());
             DevDBEntry[] batch = wanted.subList(done, end).toArray(new DevDBEntry[0]);
             int status = adapter.api.setDDBsData(adapter.dev, batch);
@@ -160,8 +261,8 @@ final class DeviceDatabaseChanges {
             }
             adapter.check("writing the targets " + ranges(done, end), status);
             done = end;
-            Terminal.progress("targets written", done, wanted.size());
         }
+        Progress.end();
     }
 
     private String progress(int done) {

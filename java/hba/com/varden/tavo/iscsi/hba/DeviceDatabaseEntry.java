@@ -3,6 +3,7 @@ package com.varden.tavo.iscsi.hba;
 import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
+import com.varden.tavo.iscsi.model.IPAddr;
 import java.io.IOException;
 import java.util.HashSet;
 import java.util.List;
@@ -37,7 +38,7 @@ final class DeviceDatabaseEntry {
         new BitsField("reservedFlags", 32, "Reserved flags"),
         new NumberField("DDBLink", 16, "Link"),
         CHAP_INDEX,
-        new NumberField("maxTxDataSegmentLen", 16, "Max. send segment"),
+        new SizeField("maxTxDataSegmentLen", "Max. send segment"),
         new NumberField("targetPortalGroupID", 16, "Target portal group"),
         new RecordField("nodeInfo", NodeInfo.TABLE, "Node"),
         new RecordField("deviceEntry", DeviceParameters.TABLE, "Session parameters"));
@@ -59,6 +60,40 @@ final class DeviceDatabaseEntry {
             }
         }
         return null;
+    }
+
+    /** The entry of this target ID; ends the command when there is none. */
+    static DevDBEntry read(Adapter adapter, int targetID) {
+        return require(adapter, readAll(adapter), targetID);
+    }
+
+    static DevDBEntry require(Adapter adapter, List<DevDBEntry> entries, int targetID) {
+        DevDBEntry entry = find(entries, targetID);
+        if (entry == null) {
+            throw new OperationFailed("adapter " + adapter.dev + " has no target " + targetID + ". 'hba target list "
+                + adapter.dev + "' lists those that it has.");
+        }
+        return entry;
+    }
+
+    /** The first slot without an entry, or -1. */
+    static int firstFree(List<DevDBEntry> entries) {
+        for (int slot = 0; slot <= LAST_SLOT; slot++) {
+            if (find(entries, slot) == null) {
+                return slot;
+            }
+        }
+        return -1;
+    }
+
+    /** Has the entry lead to the target of this name at this portal. */
+    static void lead(DevDBEntry entry, String name, IPAddr address, int port) {
+        NodeInfo.NAME.set(entry.getNodeInfo(), name);
+        NodeInfo.ADDRESS.set(entry.getNodeInfo(), address);
+        entry.getDeviceEntry().setPortNumber(port);
+        // The same address as text, where it fits: the longest of IPv6 do not.
+        DeviceParameters.TARGET_ADDRESS.set(entry.getDeviceEntry(),
+            DeviceParameters.TARGET_ADDRESS.fits(address.toString()) ? address.toString() : "");
     }
 
     static DevDBEntry readDefault(Adapter adapter) {

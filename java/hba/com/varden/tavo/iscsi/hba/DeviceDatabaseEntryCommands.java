@@ -1,37 +1,38 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.JsonArray;
-import com.varden.tavo.iscsi.codes.TargetState;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import java.io.IOException;
 import java.util.List;
-import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
 
 /** What can be done with the configured targets. */
 final class DeviceDatabaseEntryCommands {
     private DeviceDatabaseEntryCommands() {}
 
-    /** The list of entries as people see it. */
-    static TextOutput.Columns columns(List<DevDBEntry> entries) {
-        TextOutput.Columns columns = new TextOutput.Columns("Target", "State", "iSCSI name", "IP address", "Port");
-        for (DevDBEntry entry : entries) {
-            columns.row(entry.getTargetID(), entry.getState(), entry.getNodeInfo().getiSCSIName(),
-                entry.getNodeInfo().getIPAddress(), entry.getDeviceEntry().getPortNumber());
-        }
-        return columns;
+    /** Gives a command the list of entries as people see it. */
+    static void listTargets(Command command) {
+        command.listing(
+            DeviceDatabaseEntry.TABLE, "targetID", "state", "iSCSIName", "IPAddress", "portNumber");
     }
 
     /** hba target list. */
     static final class ListAll extends DeviceCommand {
+        private final Watch watch = watch(false);
+
         ListAll() {
             super("Lists the entries of the device database that are in use.");
+            listTargets(this);
         }
 
         @Override
         int run(Adapter adapter) throws IOException {
+            return watch.run(() -> showOnce(adapter));
+        }
+
+        private int showOnce(Adapter adapter) throws IOException {
             List<DevDBEntry> entries = DeviceDatabaseEntry.readAll(adapter);
-            showList(DeviceDatabaseEntry.TABLE, entries, columns(entries), "No target is configured.");
+            showList(entries, "No target is configured.");
             int count = adapter.api.getiSCSIEntryNum(adapter.dev);
             if (count != entries.size()) {
                 Terminal.message("the adapter says that it has " + Integer.toUnsignedString(count) + " targets");
@@ -51,11 +52,7 @@ final class DeviceDatabaseEntryCommands {
 
         @Override
         int run(Adapter adapter) throws IOException {
-            DevDBEntry entry = DeviceDatabaseEntry.find(DeviceDatabaseEntry.readAll(adapter), number(target));
-            if (entry == null) {
-                throw new OperationFailed("adapter " + adapter.dev + " has no target " + number(target));
-            }
-            show(DeviceDatabaseEntry.TABLE, entry);
+            show(DeviceDatabaseEntry.TABLE, DeviceDatabaseEntry.read(adapter, number(target)));
             return DONE;
         }
     }
@@ -89,56 +86,8 @@ final class DeviceDatabaseEntryCommands {
         }
     }
 
-    /** A command that writes entries: the logins that follow are part of what it says. */
-    private abstract static class WriteEntries extends WriteCommand {
-        private final OptionSpec force = force();
-        private DeviceDatabaseChanges written;
-        private Differences differences;
-
-        WriteEntries(String... description) {
-            super(description);
-        }
-
-        abstract DeviceDatabaseChanges changes(Adapter adapter);
-
-        abstract void send(Adapter adapter, DeviceDatabaseChanges changes);
-
-        /** Whether each change of a target in session is asked for, or only one of what leads to the target. */
-        abstract boolean asksForEveryChange();
-
-        private DeviceDatabaseChanges checked(Adapter adapter) {
-            DeviceDatabaseChanges changes = changes(adapter);
-            if (!isSet(force)) {
-                changes.requireSense();
-            }
-            return changes;
-        }
-
-        @Override
-        List<String> losses(Adapter adapter) {
-            return checked(adapter).losses(asksForEveryChange());
-        }
-
-        @Override
-        void write(Adapter adapter) {
-            written = checked(adapter);
-            send(adapter, written);
-            differences = new Differences("written");
-            written.compare(adapter, "targets", differences);
-        }
-
-        @Override
-        int report(Adapter adapter) throws IOException {
-            List<DevDBEntry> entries = written.wanted();
-            String what = entries.size() == 1 ? "Target " + entries.get(0).getTargetID() + " of adapter " + adapter.dev
-                    + (entries.get(0).getState() == TargetState.FREE ? " was freed." : " was written.")
-                : entries.size() + " targets of adapter " + adapter.dev + " were written.";
-            return report(what, differences, Logins.await(adapter, entries));
-        }
-    }
-
     /** hba target set. */
-    static final class SetOne extends WriteEntries {
+    static final class SetOne extends WriteTargets {
         private final PositionalParamSpec target =
             parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
         private final FieldOptions node = new FieldOptions(this, NodeInfo.TABLE);
@@ -166,20 +115,10 @@ final class DeviceDatabaseEntryCommands {
             session.apply(entry.getDeviceEntry());
             return changes;
         }
-
-        @Override
-        void send(Adapter adapter, DeviceDatabaseChanges changes) {
-            changes.writeOne(adapter);
-        }
-
-        @Override
-        boolean asksForEveryChange() {
-            return false;
-        }
     }
 
     /** hba target load. */
-    static final class Load extends WriteEntries {
+    static final class Load extends WriteTargets {
         private final PositionalParamSpec file =
             parameter("FILE", "1", "JSON file with an array of targets, or - for the standard input.");
         private JsonArray document;
@@ -211,44 +150,6 @@ final class DeviceDatabaseEntryCommands {
         @Override
         boolean asksForEveryChange() {
             return true;
-        }
-    }
-
-    /** hba target logout. */
-    static final class Logout extends WriteCommand {
-        private final PositionalParamSpec target =
-            parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
-        private final OptionSpec options =
-            option("--options", new BitsField("options", 16, "Options"), "Option bits of the request, 0 to 65535.");
-        private final OptionSpec newIndex = option("--new-index", new NumberField("newIndex", 16, "New index"),
-            "New target ID of the request, 0 to 65535; 0 without this option.");
-
-        Logout() {
-            super("Ends the session with a target.");
-        }
-
-        @Override
-        List<String> losses(Adapter adapter) {
-            DevDBEntry there = DeviceDatabaseEntry.find(DeviceDatabaseEntry.readAll(adapter), number(target));
-            return List.of("ends the session with "
-                + (there == null ? "target " + number(target) : DeviceDatabaseEntry.describe(there)));
-        }
-
-        @Override
-        void write(Adapter adapter) {
-            adapter.check("the logout", adapter.api.logoutDDB(adapter.dev, number(target),
-                options.getValue() == null ? 0 : number(options), newIndex.getValue() == null ? 0 : number(newIndex)));
-            DevDBEntry there = DeviceDatabaseEntry.find(DeviceDatabaseEntry.readAll(adapter), number(target));
-            if (there != null && there.getState() == TargetState.LOGGED_IN) {
-                throw new OperationFailed("adapter " + adapter.dev + ": the logout was accepted, but the session with "
-                    + DeviceDatabaseEntry.describe(there) + " goes on");
-            }
-        }
-
-        @Override
-        int report(Adapter adapter) throws IOException {
-            done("Adapter " + adapter.dev + " logged out of target " + number(target) + ".");
-            return DONE;
         }
     }
 }

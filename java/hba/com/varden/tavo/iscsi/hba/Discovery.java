@@ -11,8 +11,6 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 
 /** Discovery of the targets that a portal offers (SendTargets). */
 final class Discovery {
-    private static final int ISCSI_PORT = 3260;
-
     private Discovery() {}
 
     /** hba discover. */
@@ -20,7 +18,7 @@ final class Discovery {
         private final PositionalParamSpec address =
             parameter("ADDRESS", NodeInfo.ADDRESS, "Address of the portal, " + NodeInfo.ADDRESS.range() + ".");
         private final OptionSpec port = option("--port", DeviceParameters.PORT,
-            "TCP port of the portal; " + ISCSI_PORT + " without this option.");
+            "TCP port of the portal; " + DeviceParameters.ISCSI_PORT + " without this option.");
         private final OptionSpec chapIndex = option("--chap-index", DeviceDatabaseEntry.CHAP_INDEX,
             "CHAP entry for the discovery and for the targets found; none without this option.");
         private List<DevDBEntry> known;
@@ -29,6 +27,7 @@ final class Discovery {
         Discover() {
             super("Asks a portal for its targets (SendTargets), adds those that are not configured yet, each under a "
                 + "free target ID, and lists what is now known of the portal.");
+            DeviceDatabaseEntryCommands.listTargets(this);
         }
 
         @Override
@@ -40,7 +39,8 @@ final class Discovery {
         void write(Adapter adapter) {
             List<DevDBEntry> before = DeviceDatabaseEntry.readAll(adapter);
             // An entry with an address and no name is a discovery. Its ID is the first that is tried.
-            DevDBEntry request = DeviceDatabaseEntry.readInitial(adapter, firstFree(before));
+            DevDBEntry request =
+                DeviceDatabaseEntry.readInitial(adapter, Math.max(0, DeviceDatabaseEntry.firstFree(before)));
             request.setState(TargetState.CONFIGURED);
             NodeInfo.NAME.set(request.getNodeInfo(), "");
             NodeInfo.ADDRESS.set(request.getNodeInfo(), address.getValue());
@@ -48,8 +48,8 @@ final class Discovery {
             if (chapIndex.getValue() != null) {
                 request.setChapIndex(number(chapIndex));
             }
-            adapter.check("discovery at " + portal(),
-                adapter.api.setDDBData(adapter.dev, request, request.getTargetID()));
+            adapter.check("discovery at " + portal(), Progress.during("asking " + portal(),
+                () -> adapter.api.setDDBData(adapter.dev, request, request.getTargetID())));
             known = new ArrayList<>();
             for (DevDBEntry entry : DeviceDatabaseEntry.readAll(adapter)) {
                 boolean isNew = DeviceDatabaseEntry.find(before, entry.getTargetID()) == null;
@@ -71,20 +71,19 @@ final class Discovery {
                 DevDBEntry found = DeviceDatabaseEntry.find(now, entry.getTargetID());
                 return found == null ? entry : found;
             });
-            if (!wantsJson()) {
+            if (wantsWords()) {
                 System.out.println(known.size() + (known.size() == 1 ? " target is" : " targets are") + " known at "
                     + portal() + ", " + added.size() + " of them new.");
             }
-            showList(DeviceDatabaseEntry.TABLE, known, DeviceDatabaseEntryCommands.columns(known),
-                "The portal offers no target.");
-            if (!wantsJson()) {
+            showList(known, "The portal offers no target.");
+            if (wantsWords()) {
                 logins.lines().forEach(System.out::println);
             }
             return DONE;
         }
 
         private int port() {
-            return port.getValue() == null ? ISCSI_PORT : number(port);
+            return port.getValue() == null ? DeviceParameters.ISCSI_PORT : number(port);
         }
 
         private String portal() {
@@ -94,14 +93,6 @@ final class Discovery {
         private boolean leadsThere(DevDBEntry entry) {
             IPAddr there = entry.getNodeInfo().getIPAddress();
             return address.getValue().equals(there) && (entry.getDeviceEntry().getPortNumber() & 0xFFFF) == port();
-        }
-
-        private static int firstFree(List<DevDBEntry> entries) {
-            int id = 0;
-            while (id < DeviceDatabaseEntry.LAST_SLOT && DeviceDatabaseEntry.find(entries, id) != null) {
-                id++;
-            }
-            return id;
         }
     }
 }

@@ -82,7 +82,7 @@ public record Failure(int exit, int status, String name, String message) {
             Terminal.message(message);
             return;
         }
-        Terminal.endProgress();
+        Progress.end();
         try {
             JsonWriter json = Terminal.json(System.err, "");
             write(json);

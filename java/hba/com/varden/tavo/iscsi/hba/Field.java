@@ -36,6 +36,15 @@ public abstract class Field {
     /** Writes the value to a document. */
     abstract void write(JsonWriter json, Object owner) throws IOException;
 
+    /** The member that stands beside the value in a document, for readers alone; null when there is none. */
+    String asideName() {
+        return null;
+    }
+
+    void writeAside(JsonWriter json, Object owner) throws IOException {
+        throw new IllegalStateException(name + " has nothing beside it");
+    }
+
     /**
      * Writes name and value to a document that is to be read again. What a reader would refuse stays out of it and is
      * noted.

@@ -1,5 +1,6 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.codes.FirmwareOptions;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.InitFW;
 import java.io.IOException;
@@ -16,7 +17,7 @@ final class FirmwareConfiguration {
     static final AddressField SLP_AGENT = new AddressField("slpDa", "SLP directory agent");
 
     static final RecordTable OPTIONS = new RecordTable(
-        new BitsField("FWOptions", 16, "Firmware options"),
+        new BitsField("FWOptions", 16, "Firmware options", FirmwareOptions.MEANINGS),
         new BitsField("addFWOptions", 16, "Additional options"),
         new BitsField("reserved1", 8, "Reserved byte").readOnly(),
         new NumberField("wakeupThreshold", 16, "Wakeup threshold").readOnly(),

@@ -70,6 +70,7 @@ public final class Hba {
         if (!(last.commandSpec().userObject() instanceof Command command)) {
             throw new ParameterException(line, "a command is missing");
         }
+        command.check();
         return command.call();
     }
 }

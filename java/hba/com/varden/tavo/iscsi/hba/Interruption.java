@@ -9,9 +9,8 @@ import java.util.concurrent.TimeUnit;
  */
 final class Interruption {
     private static final long PATIENCE_SECONDS = 30;
+    private static final CountDownLatch REQUESTED = new CountDownLatch(1);
     private static final CountDownLatch OVER = new CountDownLatch(1);
-
-    private static volatile boolean requested;
 
     private Interruption() {}
 
@@ -21,7 +20,7 @@ final class Interruption {
     }
 
     private static void await() {
-        requested = true;
+        REQUESTED.countDown();
         try {
             OVER.await(PATIENCE_SECONDS, TimeUnit.SECONDS);
         } catch (InterruptedException e) {
@@ -30,7 +29,17 @@ final class Interruption {
     }
 
     static boolean isRequested() {
-        return requested;
+        return REQUESTED.getCount() == 0;
+    }
+
+    /** Waits; false when it is time to end. */
+    static boolean pause(long milliseconds) {
+        try {
+            return !REQUESTED.await(milliseconds, TimeUnit.MILLISECONDS);
+        } catch (InterruptedException e) {
+            Thread.currentThread().interrupt();
+            return false;
+        }
     }
 
     /** All has been said. */

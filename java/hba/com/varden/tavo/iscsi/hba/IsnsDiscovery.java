@@ -1,12 +1,17 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.codes.AddressType;
 import com.varden.tavo.iscsi.codes.Status;
+import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
 import com.varden.tavo.iscsi.model.iSNSTarget;
 import java.io.IOException;
+import java.util.LinkedHashMap;
 import java.util.List;
+import java.util.Map;
 import picocli.CommandLine.Model.OptionSpec;
+import picocli.CommandLine.Model.PositionalParamSpec;
 
 /** Discovery by iSNS. */
 final class IsnsDiscovery {
@@ -16,14 +21,14 @@ final class IsnsDiscovery {
         ENABLED,
         new FlagField("automaticDiscoveryFlag", "Automatic"),
         new AddressField("serverIPAddress", "Server"),
-        new NumberField("serverIPAddressType", 16, "Server address type").readOnly(),
+        new CodeField("serverIPAddressType", 16, "Server address type", AddressType.MEANINGS).readOnly(),
         new TextField("serverHostname", 256, "Server name").readOnly());
 
     private static final RecordTable TARGET = new RecordTable(
         NodeInfo.NAME,
         new TextField("iSCSIAlias", 32, "Alias"),
         new AddressField("IPAddress", "IP address"),
-        new NumberField("IPAddressType", 16, "Address type"),
+        new CodeField("IPAddressType", 16, "Address type", AddressType.MEANINGS),
         new NumberField("port", 16, "Port"));
 
     private IsnsDiscovery() {}
@@ -125,28 +130,113 @@ final class IsnsDiscovery {
         }
     }
 
+    /** The targets that the server told of, each with its first portal. */
+    private static List<iSNSTarget> readTargets(Adapter adapter) {
+        HBA hba = new HBA();
+        int status = adapter.api.getiSNSTargets(adapter.dev, hba);
+        if (Status.ERR_NOT_SUPPORTED.is(status) && !ENABLED.get(read(adapter))) {
+            throw new OperationFailed("adapter " + adapter.dev + ": iSNS discovery is switched off. 'hba isns set "
+                + adapter.dev + " " + ENABLED.option() + "=yes' switches it on.", status);
+        }
+        adapter.check("reading the iSNS targets", status);
+        return hba.getiSNSTargets();
+    }
+
     /** hba isns targets. */
     static final class Targets extends DeviceCommand {
         Targets() {
             super("Lists the targets that iSNS discovery found, each with its first portal.");
+            listing(TARGET, "iSCSIName", "iSCSIAlias", "IPAddress", "port");
         }
 
         @Override
         int run(Adapter adapter) throws IOException {
-            HBA hba = new HBA();
-            int status = adapter.api.getiSNSTargets(adapter.dev, hba);
-            if (Status.ERR_NOT_SUPPORTED.is(status) && !ENABLED.get(read(adapter))) {
-                throw new OperationFailed("adapter " + adapter.dev + ": iSNS discovery is switched off. 'hba isns set "
-                    + adapter.dev + " " + ENABLED.option() + "=yes' switches it on.", status);
-            }
-            adapter.check("reading the iSNS targets", status);
-            List<iSNSTarget> targets = hba.getiSNSTargets();
-            TextOutput.Columns columns = new TextOutput.Columns("iSCSI name", "Alias", "IP address", "Port");
-            for (iSNSTarget target : targets) {
-                columns.row(target.getiSCSIName(), target.getiSCSIAlias(), target.getIPAddress(), target.getPort());
-            }
-            showList(TARGET, targets, columns, "iSNS discovery found no target.");
+            showList(readTargets(adapter), "iSNS discovery found no target.");
             return DONE;
+        }
+    }
+
+    /** hba isns add. */
+    static final class Add extends WriteTargets {
+        private final PositionalParamSpec names =
+            parameters("NAME", NodeInfo.NAME, "iSCSI names of targets that 'hba isns targets' lists.");
+        private final OptionSpec all = flag("--all", "Take all of them.");
+        private final OptionSpec chapIndex = option("--chap-index", DeviceDatabaseEntry.CHAP_INDEX,
+            "CHAP entry to log in with; none without this option.");
+        private int known;
+
+        Add() {
+            super("Adds targets that iSNS discovery found to the configured ones, each under a free target ID, and "
+                + "logs in. A target whose name is configured already stays as it is.");
+        }
+
+        @Override
+        void prepare() {
+            if (isSet(all) != names().isEmpty()) {
+                throw new BadInput("name the targets to add, or give --all");
+            }
+        }
+
+        private List<String> names() {
+            List<String> given = names.getValue();
+            return given == null ? List.of() : given;
+        }
+
+        // In the order in which they were found; each name once.
+        private Map<String, iSNSTarget> chosen(Adapter adapter) {
+            Map<String, iSNSTarget> found = new LinkedHashMap<>();
+            for (iSNSTarget target : readTargets(adapter)) {
+                found.putIfAbsent(target.getiSCSIName(), target);
+            }
+            for (String name : names()) {
+                if (!found.containsKey(name)) {
+                    throw new OperationFailed("adapter " + adapter.dev + ": iSNS discovery found no target "
+                        + name + ". 'hba isns targets " + adapter.dev + "' lists what it found.");
+                }
+            }
+            if (!isSet(all)) {
+                found.keySet().retainAll(names());
+            }
+            return found;
+        }
+
+        @Override
+        DeviceDatabaseChanges changes(Adapter adapter) {
+            DeviceDatabaseChanges changes = new DeviceDatabaseChanges(adapter);
+            Map<String, iSNSTarget> targets = chosen(adapter);
+            known = targets.size();
+            changes.present().forEach(there -> targets.remove(there.getNodeInfo().getiSCSIName()));
+            known -= targets.size();
+            changes.requireRoom(adapter, targets.size());
+            for (iSNSTarget target : targets.values()) {
+                DevDBEntry entry = changes.addNew(adapter, changes.firstFree(), target.getiSCSIName());
+                DeviceDatabaseEntry.lead(entry, target.getiSCSIName(), target.getIPAddress(), target.getPort());
+                NodeInfo.ALIAS.set(entry.getNodeInfo(), target.getiSCSIAlias());
+                if (chapIndex.getValue() != null) {
+                    entry.setChapIndex(number(chapIndex));
+                }
+            }
+            if (refuses() && chapIndex.getValue() != null) {
+                ChapTable.requireSecret(adapter, number(chapIndex), "--chap-index");
+            }
+            return changes;
+        }
+
+        @Override
+        List<String> losses(Adapter adapter) {
+            return List.of();
+        }
+
+        @Override
+        void send(Adapter adapter, DeviceDatabaseChanges changes) {
+            Interruption.watch();
+            changes.write(adapter);
+        }
+
+        @Override
+        String what(Adapter adapter, List<DevDBEntry> entries) {
+            return entries.size() + (entries.size() == 1 ? " target was" : " targets were") + " added to adapter "
+                + adapter.dev + ", " + known + (known == 1 ? " was" : " were") + " configured already.";
         }
     }
 }

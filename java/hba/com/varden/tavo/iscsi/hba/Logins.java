@@ -44,7 +44,7 @@ final class Logins {
         int left = count(found, written, TargetState.LOGGING_IN);
         int all = left;
         while (left > 0 && System.nanoTime() < end && !Interruption.isRequested()) {
-            Terminal.progress("logins ended", all - left, all);
+            Progress.show("logging in", all - left, all);
             try {
                 Thread.sleep(PAUSE_MILLIS);
             } catch (InterruptedException e) {
@@ -53,10 +53,39 @@ final class Logins {
             found = DeviceDatabaseEntry.readAll(adapter);
             left = count(found, written, TargetState.LOGGING_IN);
         }
+        Progress.end();
         Logins logins = new Logins();
         logins.sessions = count(found, written, TargetState.LOGGED_IN);
         logins.explain(adapter, found, written);
         return logins;
+    }
+
+    /** Logs in to a target that the adapter has; ends the command when that fails. */
+    static void logIn(Adapter adapter, DevDBEntry present) {
+        DevDBEntry entry = DeviceDatabaseEntry.copy(present);
+        entry.setState(TargetState.CONFIGURED);
+        adapter.check("the login to target " + entry.getTargetID(),
+            adapter.api.setDDBData(adapter.dev, entry, entry.getTargetID()));
+        Logins logins = await(adapter, List.of(entry));
+        if (logins.sessions == 0) {
+            Reason reason = logins.failed.get(entry.getTargetID());
+            throw new OperationFailed("adapter " + adapter.dev + " did not log in to "
+                + DeviceDatabaseEntry.describe(entry) + (reason == null ? "" : ": " + reason));
+        }
+        Differences differences = new Differences("written");
+        DeviceDatabaseEntry.TABLE.compare(entry, DeviceDatabaseEntry.read(adapter, entry.getTargetID()),
+            "targets[targetID " + entry.getTargetID() + "]", differences);
+        WriteCommand.verify("target " + entry.getTargetID() + " was written", differences);
+    }
+
+    /** Ends the session with a target. */
+    static void logOut(Adapter adapter, int target, int options, int newIndex) {
+        adapter.check("the logout", adapter.api.logoutDDB(adapter.dev, target, options, newIndex));
+        DevDBEntry there = DeviceDatabaseEntry.find(DeviceDatabaseEntry.readAll(adapter), target);
+        if (there != null && there.getState() == TargetState.LOGGED_IN) {
+            throw new OperationFailed("adapter " + adapter.dev + ": the logout was accepted, but the session with "
+                + DeviceDatabaseEntry.describe(there) + " goes on");
+        }
     }
 
     private static long deadline(List<DevDBEntry> written) {
@@ -125,8 +154,8 @@ final class Logins {
         if (detail == LoginStatus.NOT_FOUND.status()) {
             return Status.ERR_NO_SUCH_TARGET;
         }
-        boolean chap = detail == LoginStatus.AUTHENTICATION_FAILURE.status()
-            || detail == LoginStatus.AUTHORIZATION_FAILURE.status();
+        boolean chap = detail == LoginStatus.AUTHENTICATION_FAILED.status()
+            || detail == LoginStatus.AUTHORIZATION_FAILED.status();
         return chap ? Status.ERR_AUTHENTICATION : Status.ERR_LOGIN_REFUSED;
     }
 

@@ -1,6 +1,13 @@
 package com.varden.tavo.iscsi.hba;
 
-import com.varden.tavo.iscsi.model.ArpEntry;
+import com.google.gson.stream.JsonWriter;
+import com.varden.tavo.iscsi.codes.AddressType;
+import com.varden.tavo.iscsi.codes.ArpState;
+import com.varden.tavo.iscsi.codes.ConnectionState;
+import com.varden.tavo.iscsi.codes.ErrorEntryType;
+import com.varden.tavo.iscsi.codes.ErrorType;
+import com.varden.tavo.iscsi.codes.LoginStatus;
+import com.varden.tavo.iscsi.codes.Units;
 import com.varden.tavo.iscsi.model.ConnectionError;
 import com.varden.tavo.iscsi.model.HBA;
 import java.io.IOException;
@@ -11,50 +18,86 @@ final class Logs {
     private static final RecordTable ERROR = new RecordTable(
         new NumberField("seconds", 32, "Seconds"),
         new NumberField("milliseconds", 32, "Milliseconds"),
-        new NumberField("deviceIndex", 16, "Device"),
-        new NumberField("connState", 16, "Connection state"),
-        new NumberField("entryType", 8, "Entry type"),
-        new NumberField("errorType", 8, "Error type"),
-        new NumberField("errorDetail", 16, "Error detail"),
+        new TimeField(),
+        new NumberField("deviceIndex", 16, "Target"),
+        new CodeField("connState", 16, "Connection", ConnectionState.MEANINGS),
+        new CodeField("entryType", 8, "Entry", ErrorEntryType.MEANINGS),
+        new CodeField("errorType", 8, "Error", ErrorType.MEANINGS),
+        new DetailField(),
         new NumberField("dupErrorCnt", 8, "Repeated"),
         new BytesField("reserved", 3, "Reserved"));
 
     private static final RecordTable NEIGHBOUR = new RecordTable(
         new AddressField("IPAddress", "IP address"),
-        new NumberField("IPAddressType", 16, "Address type"),
+        new CodeField("IPAddressType", 16, "Type", AddressType.MEANINGS),
         new NumberField("IPAddressReserved", 16, "Reserved"),
         new BytesField("MACAddress", HBA.MAC_ADDRESS_LENGTH, "MAC address"),
-        new NumberField("valid", 8, "Valid"),
-        new NumberField("timeIn", 8, "Time"));
+        new CodeField("valid", 8, "Valid", ArpState.MEANINGS),
+        new NumberField("timeIn", 8, "Last heard of") {
+            @Override
+            String format(Long minutes) {
+                return Units.describeSilence(minutes.intValue());
+            }
+        });
 
     private Logs() {}
 
+    /** The detail of an error: the status of the login when the target refused it. */
+    private static final class DetailField extends NumberField {
+        DetailField() {
+            super("errorDetail", 16, "Detail");
+        }
+
+        @Override
+        String show(Object owner) {
+            return TerminalText.of(plain(owner));
+        }
+
+        @Override
+        String plain(Object owner) {
+            int detail = get(owner).intValue();
+            if (detail == 0) {
+                return "";
+            }
+            boolean refused = ((ConnectionError) owner).getErrorType() == ErrorType.REFUSED;
+            return refused ? LoginStatus.describe(detail) : "0x" + Integer.toHexString(detail);
+        }
+
+        @Override
+        String asideName() {
+            return name + TEXT;
+        }
+
+        @Override
+        void writeAside(JsonWriter json, Object owner) throws IOException {
+            json.value(plain(owner));
+        }
+    }
+
+    /** The log of connection errors, oldest entries first. */
+    static List<ConnectionError> readErrors(Adapter adapter) {
+        HBA hba = new HBA();
+        adapter.check("reading the log", adapter.api.getConnectErrorLog(adapter.dev, hba));
+        return hba.getConnectErrorLog();
+    }
+
     /** hba log errors. */
     static final class Errors extends DeviceCommand {
+        private final Watch watch = watch(true);
+
         Errors() {
-            super("Shows the log of connection errors. Times count from where the adapter counts; the codes are the "
-                + "adapter's.");
+            super("Shows the log of connection errors, oldest first, in local time. An adapter that does not count "
+                + "from 1970 has its seconds shown instead.");
+            listing(ERROR, "time", "deviceIndex", "connState", "entryType", "errorType", "errorDetail",
+                "dupErrorCnt");
         }
 
         @Override
         int run(Adapter adapter) throws IOException {
-            HBA hba = new HBA();
-            adapter.check("reading the log", adapter.api.getConnectErrorLog(adapter.dev, hba));
-            List<ConnectionError> log = hba.getConnectErrorLog();
-            TextOutput.Columns columns =
-                new TextOutput.Columns("Time in s", "Device", "State", "Entry", "Error", "Detail", "Repeated");
-            for (ConnectionError error : log) {
-                columns.row(error.getSeconds() + "." + padded(error.getMilliseconds()), error.getDeviceIndex(),
-                    error.getConnState(), error.getEntryType(), error.getErrorType(), error.getErrorDetail(),
-                    error.getDupErrorCnt());
-            }
-            showList(ERROR, log, columns, "No connection error is logged.");
-            return DONE;
-        }
-
-        private static String padded(long milliseconds) {
-            return milliseconds > 999 ? String.valueOf(milliseconds)
-                                      : String.valueOf(1000 + milliseconds).substring(1);
+            return watch.run(() -> {
+                showList(readErrors(adapter), "No connection error is logged.");
+                return DONE;
+            });
         }
     }
 
@@ -62,20 +105,14 @@ final class Logs {
     static final class Arp extends DeviceCommand {
         Arp() {
             super("Shows the adapter's ARP table.");
+            listing(NEIGHBOUR, "IPAddress", "MACAddress", "IPAddressType", "valid", "timeIn");
         }
 
         @Override
         int run(Adapter adapter) throws IOException {
             HBA hba = new HBA();
             adapter.check("reading the ARP table", adapter.api.getARPLog(adapter.dev, hba));
-            List<ArpEntry> log = hba.getARPLog();
-            TextOutput.Columns columns =
-                new TextOutput.Columns("IP address", "MAC address", "Type", "Valid", "Time");
-            for (ArpEntry entry : log) {
-                columns.row(entry.getIPAddress(), BytesField.format(entry.getMACAddress()), entry.getIPAddressType(),
-                    entry.getValid(), entry.getTimeIn());
-            }
-            showList(NEIGHBOUR, log, columns, "The ARP table is empty.");
+            showList(hba.getARPLog(), "The ARP table is empty.");
             return DONE;
         }
     }

@@ -1,5 +1,6 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.codes.ImageType;
 import com.varden.tavo.iscsi.model.IPAddr;
 import java.io.File;
 import java.io.IOException;
@@ -15,7 +16,9 @@ final class Maintenance {
     static final class Update extends WriteCommand {
         private final PositionalParamSpec image = parameter("FILE", "1", "The image.");
         private final OptionSpec type = option("--type", new NumberField("type", 16, "Type"),
-            "Type of the image, 0 to 65535; 0 without this option. Its meaning is the adapter's.");
+            "Type of the image, 0 to 65535: " + ImageType.MEANINGS.describe(ImageType.FIRMWARE) + " without this "
+                + "option, " + ImageType.MEANINGS.describe(ImageType.OPTION_ROM)
+                + ". An adapter of another maker may have other types.");
         private File file;
 
         Update() {
@@ -41,7 +44,7 @@ final class Maintenance {
         @Override
         void write(Adapter adapter) {
             short imageType = (short) (type.getValue() == null ? 0 : number(type));
-            boolean written = Terminal.during("writing the image",
+            boolean written = Progress.during("writing the image",
                 () -> adapter.api.iSCSIUpdateFW(adapter.dev, file.getPath(), imageType));
             adapter.check("the firmware update", written);
         }
@@ -66,12 +69,13 @@ final class Maintenance {
 
         @Override
         void write(Adapter adapter) {
-            adapter.check("the reset", adapter.api.resetISCSIHBA(adapter.dev));
+            adapter.check("the reset",
+                Progress.during("resetting", () -> adapter.api.resetISCSIHBA(adapter.dev)));
         }
 
         @Override
         int report(Adapter adapter) throws IOException {
-            done("Adapter " + adapter.dev + " was reset.");
+            done("Adapter " + adapter.dev + " was reset.", Logins.await(adapter, DeviceDatabaseEntry.readAll(adapter)));
             return DONE;
         }
     }

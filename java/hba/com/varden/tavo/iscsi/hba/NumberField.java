@@ -32,26 +32,30 @@ public class NumberField extends SettingField<Long> {
     }
 
     @Override
-    final String range() {
+    String range() {
         return minimum + " to " + maximum + unit;
     }
 
     @Override
-    final String valueLabel() {
+    String valueLabel() {
         return "N";
     }
 
     @Override
-    final Long parse(String text) {
+    Long parse(String text) {
         try {
-            long value = Long.decode(text.startsWith("0x") || text.startsWith("0X") ? text : decimal(text));
-            if (value >= minimum && value <= maximum) {
-                return value;
-            }
+            return permitted(
+                Long.decode(text.startsWith("0x") || text.startsWith("0X") ? text : decimal(text)), text);
         } catch (NumberFormatException e) {
-            // Said below, like a number that is too large.
+            throw wrong(text);
         }
-        throw wrong(text);
+    }
+
+    final Long permitted(long value, String text) {
+        if (value < minimum || value > maximum) {
+            throw wrong(text);
+        }
+        return value;
     }
 
     // Long.decode would read a leading zero as octal.

@@ -16,7 +16,12 @@ final class RecordField extends Field {
 
     @Override
     void write(JsonWriter json, Object owner) throws IOException {
-        table.write(json, getProperty(owner));
+        Object value = getProperty(owner);
+        if (value == null) {
+            json.nullValue();
+        } else {
+            table.write(json, value);
+        }
     }
 
     @Override

@@ -39,6 +39,15 @@ final class RecordTable {
         return null;
     }
 
+    private boolean standsAside(String name) {
+        for (Field field : fields) {
+            if (name.equals(field.asideName())) {
+                return true;
+            }
+        }
+        return false;
+    }
+
     void write(JsonWriter json, Object owner) throws IOException {
         json.beginObject();
         writeMembers(json, owner);
@@ -50,6 +59,10 @@ final class RecordTable {
         for (Field field : fields) {
             json.name(field.name);
             field.write(json, owner);
+            if (field.asideName() != null) {
+                json.name(field.asideName());
+                field.writeAside(json, owner);
+            }
         }
     }
 
@@ -78,7 +91,8 @@ final class RecordTable {
     }
 
     /**
-     * Sets the fields that the document names; those that the adapter does not take back are passed over.
+     * Sets the fields that the document names; those that the adapter does not take back are passed over, and what
+     * stands beside a value for readers.
      *
      * @throws BadInput when a name is unknown or a value not permitted; the message names the place
      */
@@ -86,6 +100,9 @@ final class RecordTable {
         for (Map.Entry<String, JsonElement> member : JsonDocument.object(document, place).entrySet()) {
             String memberPlace = place.isEmpty() ? member.getKey() : place + "." + member.getKey();
             Field field = field(member.getKey());
+            if (field == null && standsAside(member.getKey())) {
+                continue;
+            }
             if (field == null) {
                 throw new BadInput(memberPlace + ": there is no such field");
             }

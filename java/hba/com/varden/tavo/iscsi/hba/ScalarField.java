@@ -7,6 +7,9 @@ import java.util.Objects;
 
 /** A field with one value, which can be shown. */
 public abstract class ScalarField<T> extends Field {
+    /** What the name of a member with words ends in, beside a number. */
+    static final String TEXT = "Text";
+
     ScalarField(String name, String label) {
         super(name, label);
     }
@@ -20,8 +23,25 @@ public abstract class ScalarField<T> extends Field {
     }
 
     /** The owner's value for people. */
-    final String show(Object owner) {
+    String show(Object owner) {
         return format(get(owner));
+    }
+
+    /** The owner's value for other programs: no number beside words, no unit, nothing for nothing. */
+    String plain(Object owner) {
+        T value = get(owner);
+        return value == null ? "" : value.toString();
+    }
+
+    /** What lists are sorted by; null, for nothing, comes first. */
+    Comparable<?> sortKey(Object owner) {
+        T value = get(owner);
+        return value instanceof Comparable<?> key ? key : null;
+    }
+
+    /** Whether the value is one that somebody should look into. */
+    boolean isTrouble(Object owner) {
+        return false;
     }
 
     @Override

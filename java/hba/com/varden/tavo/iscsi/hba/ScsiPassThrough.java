@@ -1,10 +1,8 @@
 package com.varden.tavo.iscsi.hba;
 
-import com.google.gson.stream.JsonWriter;
-import com.varden.tavo.iscsi.model.HBA;
+import com.varden.tavo.iscsi.codes.Status;
 import com.varden.tavo.iscsi.model.Lun;
 import com.varden.tavo.iscsi.model.SCSIInqInfo;
-import com.varden.tavo.iscsi.model.Target;
 import com.varden.tavo.iscsi.model.TargetInfo;
 import java.io.IOException;
 import picocli.CommandLine.Model.OptionSpec;
@@ -13,7 +11,7 @@ import picocli.CommandLine.Model.PositionalParamSpec;
 /** SCSI commands to the logical units of a target. */
 final class ScsiPassThrough {
     /** The number of a unit; the property is the first level of its address. */
-    private static final NumberField UNIT = new NumberField("LUN", 16, "LUN") {
+    static final NumberField UNIT = new NumberField("LUN", 16, "LUN") {
         @Override
         Long get(Object owner) {
             return (long) Lun.unitNumber(super.get(owner).intValue());
@@ -35,11 +33,25 @@ final class ScsiPassThrough {
     static final NumberField LAST_BLOCK = new NumberField("logicalBlockAddress", 32, "Last block");
     static final NumberField BLOCK_LENGTH = new NumberField("bytesPerBlock", 32, "Block length").unit("bytes");
     static final CapacityField CAPACITY = new CapacityField("capacity", "Capacity");
-    static final Field CAPACITY_MINIMUM = new FlagField("capacityMinimum", "Capacity is a minimum").readOnly();
+    static final FlagField CAPACITY_MINIMUM =
+        (FlagField) new FlagField("capacityMinimum", "Capacity is a minimum").readOnly();
+    static final RecordTable CAPACITIES = new RecordTable(LAST_BLOCK, BLOCK_LENGTH, CAPACITY, CAPACITY_MINIMUM);
 
     private static final int LAST_UNIT = 0x3FFF;
 
     private ScsiPassThrough() {}
+
+    /** Whether a status says that the target answered, if only to refuse the command. */
+    static boolean isAnswer(int status) {
+        return status == 0 || Status.ERR_SCSI_CHECK_CONDITION.is(status);
+    }
+
+    /** Whether a target answers a command. */
+    static boolean answers(Adapter adapter, int target) {
+        TargetInfo address = new TargetInfo();
+        address.setTargetID(target);
+        return isAnswer(adapter.api.getScsiInquiryData(adapter.dev, address, new SCSIInqInfo()));
+    }
 
     /** The arguments that name a logical unit. */
     static final class Unit {
@@ -67,44 +79,6 @@ final class ScsiPassThrough {
 
         String name() {
             return "logical unit " + Command.number(lun) + " of target " + Command.number(target);
-        }
-    }
-
-    /** hba lun list. */
-    static final class ListAll extends DeviceCommand {
-        private final PositionalParamSpec target =
-            parameter("TARGET", DeviceDatabaseEntry.TARGET_ID, "Target ID, 0 to 511.");
-        private final OptionSpec bus = Unit.bus(this);
-
-        ListAll() {
-            super("Sends REPORT LUNS to a target. A target that reports none is given LUN 0.");
-        }
-
-        @Override
-        int run(Adapter adapter) throws IOException {
-            Target found = new Target();
-            found.getTargetInfo().setTargetID(number(target));
-            found.getTargetInfo().setBus(bus.getValue() == null ? 0 : number(bus));
-            adapter.check("asking target " + number(target) + " for its logical units",
-                adapter.api.getScsiReportLUNsData(adapter.dev, new HBA(), found));
-            if (wantsJson()) {
-                JsonWriter json = jsonWriter();
-                json.beginObject().name("targetInfo");
-                ADDRESS.without(UNIT).write(json, found.getTargetInfo());
-                json.name("LUNs").beginArray();
-                for (int firstLevel : found.getLUNs()) {
-                    json.value(Lun.unitNumber(firstLevel));
-                }
-                json.endArray().endObject();
-                finish(json);
-                return DONE;
-            }
-            TextOutput.Columns columns = new TextOutput.Columns("LUN", "First level");
-            for (int firstLevel : found.getLUNs()) {
-                columns.row(Lun.unitNumber(firstLevel), "0x" + Integer.toHexString(0x10000 | firstLevel).substring(1));
-            }
-            columns.print(System.out);
-            return DONE;
         }
     }
 
@@ -142,7 +116,7 @@ final class ScsiPassThrough {
             unit.fill(lun.getTargetInfo());
             adapter.check("asking " + unit.name() + " for its capacity",
                 adapter.api.getScsiReadCapacityData(adapter.dev, lun));
-            show(new RecordTable(LAST_BLOCK, BLOCK_LENGTH, CAPACITY, CAPACITY_MINIMUM), lun);
+            show(CAPACITIES, lun);
             return DONE;
         }
     }

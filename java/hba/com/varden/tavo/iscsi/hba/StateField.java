@@ -3,13 +3,14 @@ package com.varden.tavo.iscsi.hba;
 import com.varden.tavo.iscsi.codes.TargetState;
 
 /** The state of a target entry. */
-final class StateField extends NumberField {
+final class StateField extends CodeField {
     StateField() {
-        super("state", 32, "State");
+        super("state", 32, "State", TargetState.MEANINGS);
+        trouble(TargetState.CONFIGURED);
     }
 
     static boolean isKnown(int state) {
-        return state >= TargetState.FREE && state <= TargetState.LOGGING_IN;
+        return TargetState.MEANINGS.knows(state);
     }
 
     // Whether there is a session decides itself behind the write.

@@ -5,6 +5,8 @@ import com.varden.tavo.iscsi.model.PortStatistics;
 import java.io.IOException;
 import java.math.BigDecimal;
 import java.math.BigInteger;
+import java.math.RoundingMode;
+import java.util.ArrayList;
 import java.util.List;
 import picocli.CommandLine.Model.OptionSpec;
 
@@ -55,83 +57,104 @@ final class Statistics {
         return statistics;
     }
 
+    /** One counter as it is listed: what it stands at, and what it was at before, when there was a before. */
+    private record Row(CounterField counter, PortStatistics now, PortStatistics before, double seconds) {
+        /** What was added in a second; null at the first look and after the counter was set back. */
+        BigDecimal perSecond() {
+            BigInteger added = before == null ? BigInteger.ONE.negate()
+                : counter.get(now).subtract(counter.get(before));
+            return added.signum() < 0 ? null
+                : new BigDecimal(added).divide(BigDecimal.valueOf(seconds), 1, RoundingMode.HALF_UP);
+        }
+
+        boolean countsErrors() {
+            return counter.name.contains("Error");
+        }
+    }
+
+    private static final RecordTable ROW = new RecordTable(
+        new ScalarField<String>("name", "Name") {
+            @Override
+            String get(Object row) {
+                return ((Row) row).counter.name;
+            }
+        },
+        new ScalarField<String>("counter", "Counter") {
+            @Override
+            String get(Object row) {
+                return ((Row) row).counter.label;
+            }
+        },
+        new QuantityField<BigInteger>("value", "Value") {
+            @Override
+            BigInteger get(Object row) {
+                return ((Row) row).counter.get(((Row) row).now);
+            }
+        },
+        new QuantityField<BigDecimal>("perSecond", "Per second") {
+            @Override
+            BigDecimal get(Object row) {
+                return ((Row) row).perSecond();
+            }
+
+            @Override
+            boolean isTrouble(Object row) {
+                BigDecimal rate = get(row);
+                return ((Row) row).countsErrors() && rate != null && rate.signum() > 0;
+            }
+        });
+
     /** hba stats show. */
     static final class Show extends DeviceCommand {
-        private static final long LEAST_PAUSE = 100;
-        private static final long LONGEST_PAUSE = 65_535_000;
+        private static final double NANOSECONDS = 1e9;
 
-        private final OptionSpec watch = option("--watch", "SECONDS",
-            "Show them again every so many seconds, at least 0.1, with what was added, until interrupted.");
-        private final OptionSpec times = option("--times", new NumberField("times", 31, "Times"),
-            "With --watch: end after so many times.");
-        private long pause;
+        private final Listing listing = listing(ROW, "counter", "value");
+        private final Watch watch = watch(false);
+        private PortStatistics before;
+        private long readBefore;
 
         Show() {
-            super("Shows the counters of the adapter's port.");
-        }
-
-        @Override
-        void prepare() {
-            if (watch.getValue() != null) {
-                pause = milliseconds(watch.getValue());
-            } else if (times.getValue() != null) {
-                throw new BadInput("--times goes with --watch");
-            }
-        }
-
-        private static long milliseconds(String seconds) {
-            long value = seconds.matches("\\d{1,9}(\\.\\d{1,9})?")
-                ? new BigDecimal(seconds).movePointRight(3).longValue() : 0;
-            if (value < LEAST_PAUSE || value > LONGEST_PAUSE) {
-                throw new BadInput("--watch: '" + seconds + "' is not permitted: 0.1 to 65535 s");
-            }
-            return value;
+            super("Shows the counters of the adapter's port; with --watch also what is added in a second.");
         }
 
         @Override
         int run(Adapter adapter) throws IOException {
-            PortStatistics before = read(adapter);
-            show(before, before);
-            if (watch.getValue() == null) {
-                return DONE;
+            if (watch.isOn()) {
+                listing.alsoShow("perSecond");
             }
-            long left = times.getValue() == null ? Long.MAX_VALUE : number(times);
-            while (--left > 0) {
-                System.out.flush();
-                try {
-                    Thread.sleep(pause);
-                } catch (InterruptedException e) {
-                    return DONE;
-                }
-                PortStatistics now = read(adapter);
-                if (!wantsJson()) {
-                    System.out.println();
-                }
-                show(now, before);
-                if (System.out.checkError()) {
-                    return DONE;
-                }
-                before = now;
+            return watch.run(() -> showOnce(adapter));
+        }
+
+        private int showOnce(Adapter adapter) throws IOException {
+            PortStatistics now = read(adapter);
+            long readNow = System.nanoTime();
+            List<Row> rows = new ArrayList<>();
+            for (CounterField counter : COUNTERS) {
+                rows.add(new Row(counter, now, before, (readNow - readBefore) / NANOSECONDS));
             }
+            if (wantsJson()) {
+                write(now, rows);
+            } else {
+                showList(rows, "");
+            }
+            before = now;
+            readBefore = readNow;
             return DONE;
         }
 
-        // In JSON one document follows the other.
-        private void show(PortStatistics now, PortStatistics before) throws IOException {
-            if (wantsJson()) {
-                JsonWriter json = jsonWriter();
-                TABLE.write(json, now);
-                finish(json);
-                return;
+        private void write(PortStatistics now, List<Row> rows) throws IOException {
+            JsonWriter json = jsonWriter();
+            json.beginObject();
+            TABLE.writeMembers(json, now);
+            if (before != null) {
+                json.name("perSecond").beginObject();
+                for (Row row : rows) {
+                    json.name(row.counter.name).value(row.perSecond());
+                }
+                json.endObject();
             }
-            boolean again = now != before;
-            TextOutput.Columns columns = again ? new TextOutput.Columns("Counter", "Value", "Added")
-                                               : new TextOutput.Columns("Counter", "Value");
-            for (CounterField counter : COUNTERS) {
-                BigInteger value = counter.get(now);
-                columns.row(counter.label, value, value.subtract(counter.get(before)));
-            }
-            columns.print(System.out);
+            json.endObject();
+            finish(json);
         }
     }
 

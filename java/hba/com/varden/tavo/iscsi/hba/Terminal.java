@@ -2,6 +2,7 @@ package com.varden.tavo.iscsi.hba;
 
 import com.google.gson.stream.JsonWriter;
 import java.io.BufferedOutputStream;
+import java.io.File;
 import java.io.FileDescriptor;
 import java.io.FileOutputStream;
 import java.io.FilterOutputStream;
@@ -10,7 +11,6 @@ import java.io.OutputStream;
 import java.io.PrintStream;
 import java.lang.reflect.Constructor;
 import java.nio.charset.StandardCharsets;
-import java.util.function.BooleanSupplier;
 
 /**
  * Where the tool's words go.
@@ -22,8 +22,16 @@ import java.util.function.BooleanSupplier;
 public final class Terminal {
     private static final int BUFFER = 8192;
 
+    /** The launcher's word for rows and columns of the terminal that is the user's standard output. */
+    private static final String SIZE = "hba.terminal";
+    private static final int DEFAULT_COLUMNS = 80;
+    private static final int DEFAULT_ROWS = 24;
+    private static final long SIZE_LASTS = 1_000_000_000L;
+    private static final String RED = "\033[31m";
+    private static final String PLAIN = "\033[0m";
+
     private static Output result;
-    private static boolean progressShown;
+    private static long sizeRead;
 
     private Terminal() {}
 
@@ -65,6 +73,54 @@ public final class Terminal {
         return new PrintStream(new BufferedOutputStream(out, BUFFER), autoFlush, StandardCharsets.UTF_8);
     }
 
+    /** Whether the result goes to a terminal. Of the VM's own streams none is the user's standard output. */
+    static boolean isTerminal() {
+        return System.getProperty(SIZE) != null;
+    }
+
+    /** How wide the terminal is; what was given elsewhere. COLUMNS comes before what the terminal says. */
+    static int columns(int elsewhere) {
+        if (!isTerminal()) {
+            return elsewhere;
+        }
+        int wanted = number(System.getenv("COLUMNS"));
+        int there = wanted > 0 ? wanted : number(System.getProperty(SIZE).replaceFirst(".* ", ""));
+        return there > 0 ? there : DEFAULT_COLUMNS;
+    }
+
+    /** How high the terminal is, now: its window may have been changed since the start. */
+    static int rows() {
+        long now = System.nanoTime();
+        if (sizeRead == 0 || now - sizeRead > SIZE_LASTS) {
+            sizeRead = now;
+            try {
+                Process stty = new ProcessBuilder("stty", "size").redirectInput(new File("/dev/tty")).start();
+                String size = new String(stty.getInputStream().readAllBytes(), StandardCharsets.US_ASCII).strip();
+                if (stty.waitFor() == 0) {
+                    System.setProperty(SIZE, size);
+                }
+            } catch (IOException e) {
+                // It keeps the size that it had.
+            } catch (InterruptedException e) {
+                Thread.currentThread().interrupt();
+            }
+        }
+        int rows = number(System.getProperty(SIZE).replaceFirst(" .*", ""));
+        return rows > 1 ? rows : DEFAULT_ROWS;
+    }
+
+    private static int number(String text) {
+        return text != null && text.matches("\\d{1,6}") ? Integer.parseInt(text) : 0;
+    }
+
+    /** Text that is to catch the eye on a terminal. */
+    static String highlighted(String text) {
+        String noColor = System.getenv("NO_COLOR");
+        boolean colour = isTerminal() && (noColor == null || noColor.isEmpty())
+            && !"dumb".equals(System.getenv("TERM"));
+        return colour ? RED + text + PLAIN : text;
+    }
+
     /** Writes what is left of the result; whether all of it was written. */
     static boolean finish() {
         return !System.out.checkError();
@@ -83,58 +139,16 @@ public final class Terminal {
         return writer;
     }
 
-    /** Shows on a terminal how far long work has come. */
-    static void progress(String what, int done, int all) {
-        if (System.console() != null) {
-            System.err.print("\r" + what + ": " + done + " of " + all + (done == all ? "\n" : ""));
-            System.err.flush();
-            progressShown = done != all;
-        }
-    }
-
-    /** Makes one long call, and counts its seconds on a terminal meanwhile. */
-    static boolean during(String what, BooleanSupplier call) {
-        Thread clock = new Thread(() -> {
-            try {
-                for (int seconds = 0;; seconds++) {
-                    System.err.print("\r" + what + ": " + seconds + " s ");
-                    System.err.flush();
-                    Thread.sleep(1000);
-                }
-            } catch (InterruptedException e) {
-                System.err.println();
-            }
-        });
-        clock.setDaemon(true);
-        if (System.console() != null) {
-            clock.start();
-        }
-        boolean result = call.getAsBoolean();
-        clock.interrupt();
-        try {
-            clock.join();
-        } catch (InterruptedException e) {
-            Thread.currentThread().interrupt();
-        }
-        return result;
-    }
-
     /** Says something that is not part of the result. */
     public static void message(String text) {
-        endProgress();
+        Progress.end();
         System.err.println("hba: " + TerminalText.lines(text));
     }
 
     /** Asks something; the answer is read elsewhere. */
     static void prompt(String text) {
+        Progress.end();
         System.err.print(TerminalText.lines(text));
         System.err.flush();
-    }
-
-    static void endProgress() {
-        if (progressShown) {
-            System.err.println();
-            progressShown = false;
-        }
     }
 }

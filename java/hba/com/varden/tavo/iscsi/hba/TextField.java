@@ -39,6 +39,11 @@ final class TextField extends SettingField<String> {
         return text;
     }
 
+    /** Whether the text is not longer than the field. */
+    boolean fits(String text) {
+        return encodedLength(text) <= limit;
+    }
+
     // Bytes that the text takes when it crosses to the adapter.
     private static int encodedLength(String text) {
         int length = 0;

@@ -21,6 +21,7 @@ final class ApiDocuments {
     /** The names of the commands, with the number of their arguments. */
     private static final Map<String, Integer> COMMANDS = new TreeMap<>(Map.ofEntries(
         Map.entry("adapters", 0),
+        Map.entry("status", 0),
         Map.entry("version", 0),
         Map.entry("show", 1),
         Map.entry("info", 1),

@@ -3,10 +3,14 @@ package com.varden.tavo.iscsi.hba.serve;
 import com.varden.tavo.iscsi.codes.ErrorEntryType;
 import com.varden.tavo.iscsi.codes.ErrorType;
 import com.varden.tavo.iscsi.codes.LoginStatus;
+import com.varden.tavo.iscsi.hba.TimeField;
 import com.varden.tavo.iscsi.model.ConnectionError;
+import java.time.Instant;
 import java.util.HashMap;
 import java.util.List;
 import java.util.Map;
+import java.util.Objects;
+import java.util.OptionalLong;
 import java.util.TreeMap;
 
 /**
@@ -70,9 +74,15 @@ final class ConnectionErrors {
         return error.getEntryType() != ErrorEntryType.LOGGED_OUT;
     }
 
-    /** When it happened last, in milliseconds since 1970. */
+    /** When it happened last, in milliseconds from where the adapter counts. */
     static long milliseconds(ConnectionError error) {
         return error.getSeconds() * 1000 + error.getMilliseconds();
+    }
+
+    /** When the last error of a log happened, in milliseconds since 1970, if the adapter tells. */
+    static OptionalLong last(List<ConnectionError> log) {
+        return log.stream().filter(ConnectionErrors::isFailure).map(TimeField::of).filter(Objects::nonNull)
+            .mapToLong(Instant::toEpochMilli).max();
     }
 
     /** "no answer", "authentication failure". */

@@ -11,6 +11,7 @@ import java.time.Duration;
 import java.util.List;
 import java.util.Locale;
 import java.util.function.BiConsumer;
+import java.util.function.LongUnaryOperator;
 import java.util.function.ToLongFunction;
 
 /** What is measured of all adapters. Of an adapter whose last reading is stale, only that is told. */
@@ -94,15 +95,10 @@ final class MetricsText {
             milliseconds -> Math.max(0, System.currentTimeMillis() - milliseconds));
     }
 
-    private interface Milliseconds {
-        long of(long milliseconds);
-    }
-
-    private void lastError(String name, String help, Milliseconds value) {
+    private void lastError(String name, String help, LongUnaryOperator value) {
         out.gauge(name, "seconds", help);
-        forEachFresh((reader, reading) -> reading.errors().stream().filter(ConnectionErrors::isFailure)
-            .mapToLong(ConnectionErrors::milliseconds).max()
-            .ifPresent(last -> out.sample(seconds(Duration.ofMillis(value.of(last))), labels(reader))));
+        forEachFresh((reader, reading) -> ConnectionErrors.last(reading.errors())
+            .ifPresent(last -> out.sample(seconds(Duration.ofMillis(value.applyAsLong(last))), labels(reader))));
     }
 
     private void writeCounters() {

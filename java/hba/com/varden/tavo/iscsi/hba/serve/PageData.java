@@ -4,11 +4,14 @@ import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.codes.AdapterState;
 import com.varden.tavo.iscsi.codes.LinkState;
 import com.varden.tavo.iscsi.codes.TargetState;
+import com.varden.tavo.iscsi.hba.AdapterStatus;
+import com.varden.tavo.iscsi.hba.TimeField;
 import com.varden.tavo.iscsi.model.ConnectionError;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
 import java.io.IOException;
 import java.time.Duration;
+import java.time.Instant;
 import java.util.Comparator;
 import java.util.HashMap;
 import java.util.List;
@@ -52,29 +55,31 @@ final class PageData {
             json.name("name").value(hba.getiSCSIName());
             json.name("address").value(hba.getIPAddress().isUnspecified() ? null : hba.getIPAddress().toString());
             json.name("firmware").value(hba.getFirmwareVersion());
-            writeState(json, "state", AdapterState.MEANINGS.text(hba.getState()), level(hba));
+            AdapterStatus status = new AdapterStatus(reader.dev, hba, null, null);
+            // Without targets nobody misses the link.
+            Level withoutLink = status.getTargetCount() > 0 ? Level.BAD : Level.OFF;
+            writeState(json, "state", AdapterState.MEANINGS.text(hba.getState()), switch (hba.getState()) {
+                case AdapterState.READY -> Level.GOOD;
+                case AdapterState.NO_LINK -> withoutLink;
+                default -> Level.WARNING;
+            });
             boolean up = hba.getLinkStatus() == LinkState.UP;
-            writeState(json, "link", LinkState.MEANINGS.text(hba.getLinkStatus()), up ? Level.GOOD : Level.BAD);
-            json.name("targets").beginArray();
-            for (Map.Entry<Integer, Integer> count : reading.targetsByState().entrySet()) {
-                json.beginObject().name("count").value(count.getValue());
-                writeState(json, "state", TargetState.MEANINGS.text(count.getKey()), level(count.getKey()));
-                json.endObject();
-            }
-            json.endArray();
+            writeState(json, "link", LinkState.MEANINGS.text(hba.getLinkStatus()), up ? Level.GOOD : withoutLink);
+            writeSessions(json, status);
             json.name("errors").value(reader.errors.counts().values().stream().mapToLong(Long::longValue).sum());
-            json.name("lastError").value(reading.errors().stream().filter(ConnectionErrors::isFailure)
-                .mapToLong(ConnectionErrors::milliseconds).max().orElse(0));
+            json.name("lastError").value(ConnectionErrors.last(reading.errors()).orElse(0));
         }
         json.endObject();
     }
 
-    private static Level level(HBA hba) {
-        return switch (hba.getState()) {
-            case AdapterState.READY -> Level.GOOD;
-            case AdapterState.NO_LINK -> Level.BAD;
-            default -> Level.WARNING;
-        };
+    private static void writeSessions(JsonWriter json, AdapterStatus status) throws IOException {
+        if (status.getTargetCount() == 0) {
+            writeState(json, "sessions", "no targets", Level.OFF);
+        } else {
+            boolean missing = !status.targets(TargetState.CONFIGURED).isEmpty();
+            writeState(json, "sessions", status.getSessionCount() + " of " + status.getTargetCount(),
+                missing ? Level.BAD : Level.GOOD);
+        }
     }
 
     private static Level level(int targetState) {
@@ -126,7 +131,8 @@ final class PageData {
             json.beginArray();
             for (ConnectionError error : errors) {
                 boolean failure = ConnectionErrors.isFailure(error);
-                json.beginObject().name("time").value(ConnectionErrors.milliseconds(error));
+                Instant time = TimeField.of(error);
+                json.beginObject().name("time").value(time == null ? null : time.toEpochMilli());
                 json.name("count").value(1 + error.getDupErrorCnt());
                 writeState(json, "what", failure ? ConnectionErrors.describe(error) : "logged out",
                     failure ? Level.BAD : Level.OFF);
