@@ -16,7 +16,8 @@ final class AdapterReader {
     final History history;
     private final Duration interval;
     private final TargetQuestions questions;
-    private Adapter adapter;
+    private volatile Adapter adapter;
+    private volatile boolean closed;
     private volatile Reading latest;
     private volatile String failure;
     private volatile long failures;
@@ -40,7 +41,7 @@ final class AdapterReader {
 
     private void readForEver() {
         try {
-            while (true) {
+            while (!closed) {
                 long started = System.nanoTime();
                 read();
                 long rest = interval.toNanos() - (System.nanoTime() - started);
@@ -54,7 +55,7 @@ final class AdapterReader {
     /** Reads once. An adapter that failed is opened anew the next time. */
     void read() {
         try {
-            if (adapter == null) {
+            if (adapter == null && !closed) {
                 adapter = Adapter.open(dev, null);
             }
             Reading before = latest;
@@ -76,6 +77,15 @@ final class AdapterReader {
                 adapter.close();
                 adapter = null;
             }
+        }
+    }
+
+    /** Ends the sessions that were made for it. It may be in the middle of a reading, of which nothing comes. */
+    void close() {
+        closed = true;
+        Adapter open = adapter;
+        if (open != null) {
+            open.close();
         }
     }
 

@@ -14,6 +14,7 @@ final class AdapterReaders {
     private static final long LOOK_AGAIN_MILLISECONDS = 60_000;
     /** How long one look at all adapters may take before {@link #readOnce} goes on without the rest. */
     private static final long PATIENCE_SECONDS = 10;
+    private static final long CLOSING_NANOSECONDS = 500_000_000L;
 
     private final AtomicReferenceArray<AdapterReader> readers = new AtomicReferenceArray<>(Adapter.LAST_INDEX + 1);
     private final Duration interval;
@@ -70,6 +71,21 @@ final class AdapterReaders {
         AdapterReader reader = new AdapterReader(adapter, interval, askTargets);
         readers.set(dev, reader);
         return reader;
+    }
+
+    /** Closes all adapters, all at the same time; one that does not answer is left as it is. */
+    void close() {
+        List<Thread> closers = all().stream().map(reader -> new Thread(reader::close)).toList();
+        closers.forEach(closer -> closer.setDaemon(true));
+        closers.forEach(Thread::start);
+        long end = System.nanoTime() + CLOSING_NANOSECONDS;
+        try {
+            for (Thread closer : closers) {
+                closer.join(Math.max(1, (end - System.nanoTime()) / 1_000_000));
+            }
+        } catch (InterruptedException e) {
+            Thread.currentThread().interrupt();
+        }
     }
 
     /**

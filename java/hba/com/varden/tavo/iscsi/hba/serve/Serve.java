@@ -51,6 +51,7 @@ public final class Serve extends Command {
         AdapterReaders readers = new AdapterReaders(pause, isSet(askTargets));
         WebServer server = open(address, new Site(readers, pause),
             new HostNames(names == null ? List.of() : List.of(names.split(","))), token);
+        Runtime.getRuntime().addShutdownHook(new Thread(readers::close));
         readers.start();
         System.out.println("Serving http://" + ListenAddress.show(server.start()) + "/");
         System.out.flush();
