@@ -57,7 +57,7 @@ final class ServeTest extends ToolTest {
             Server.await("a new document",
                 () -> server.get("/api/log/errors/0", "If-None-Match", tag).statusCode() == 200);
             for (String path : List.of("/api/", "/api/target/set/0/1", "/api/chap/list/0/--reveal", "/api/show",
-                "/api/ping/0/1", "/api/target/0/list", "/data/history/9", "/..%2fetc/passwd", "/web/index.html")) {
+                "/api/ping/0/1", "/api/target/0/list", "/data/history/9", "/data/log/0", "/data/targets/0/1", "/..%2fetc/passwd", "/web/index.html")) {
                 assertEquals(404, server.get(path).statusCode(), path);
             }
             assertEquals(400, server.get("/api/show/32").statusCode());
