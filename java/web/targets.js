@@ -145,8 +145,8 @@ export class Targets {
     try {
       const entries = await get(`data/log/${this.dev}/${id}`);
       place.replaceChildren(entries.length === 0 ? 'Nothing is logged.'
-        : table(['Last', 'What', 'How often'], entries.map(entry => [entry.time === null ? 'not known' : moment(entry.time), state(entry.what),
-          `${entry.count}`])));
+        : table(['Last', 'What', 'How often'], entries.map(entry => [
+          entry.time === null ? 'not known' : moment(entry.time), state(entry.what), `${entry.count}`])));
     } catch (error) {
       place.replaceChildren(state({level: 'bad', text: error.message}));
     }

@@ -8,7 +8,8 @@ import java.util.regex.Pattern;
 
 /** What stands under which path: the page, its data, the documents of the tool, the metrics. */
 final class Site {
-    private static final Pattern DATA = Pattern.compile("/data/(?:adapters|(history|targets|log)/(\\d{1,2})(?:/(\\d{1,3}))?)");
+    private static final Pattern DATA =
+        Pattern.compile("/data/(?:adapters|(history|targets|log)/(\\d{1,2})(?:/(\\d{1,3}))?)");
     private static final int WHAT = 1;
     private static final int ADAPTER = 2;
     private static final int TARGET = 3;
