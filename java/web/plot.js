@@ -62,6 +62,8 @@ export class Plots {
       interactionModel: {},
       includeZero: true,
       strokeWidth: 1.5,
+      // Seen beside the other line when that lies on top of it.
+      series: isErrors ? {} : {[plot.lines[0]]: {strokeWidth: 3}},
       highlightCircleSize: 2.5,
       axisLineColor: colour('--line'),
       gridLineColor: colour('--line'),

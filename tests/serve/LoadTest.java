@@ -15,8 +15,8 @@ import org.junit.jupiter.api.Test;
 final class LoadTest extends ToolTest {
     private static final boolean LONG = Boolean.getBoolean("tavo.long");
     private static final int SCRAPERS = 50;
-    private static final int SECONDS = LONG ? 60 : 5;
-    private static final int WARM_UP = 3; // seconds
+    private static final int SECONDS = LONG ? 60 : 4;
+    private static final int WARM_UP = 2; // seconds
     private static final int BAD_REQUESTS = LONG ? 10_000 : 1_000;
     private static final String REQUEST = "GET /metrics HTTP/1.1\r\nHost: localhost\r\n"
         + "Accept: application/openmetrics-text\r\nConnection: close\r\n\r\n";
