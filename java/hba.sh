@@ -26,13 +26,22 @@ esac
 # --library belongs to the launcher, wherever it stands on the command line; all other arguments keep their order.
 library=
 left=$#
-while [ "$left" -gt 0 ]; do
+# A word that is being completed is no option yet.
+typed=0
+if [ "${1-}" = __complete ]; then
+  typed=1
+fi
+while [ "$left" -gt "$typed" ]; do
   argument=$1
   shift
   left=$((left - 1))
   case $argument in
     --library=?*) library=${argument#*=} ;;
     --library | --library=)
+      if [ "$typed" = 1 ] && [ "$left" = 1 ]; then
+        set -- "$@" "$argument"
+        continue
+      fi
       if [ "$argument" = --library= ] || [ "$left" = 0 ] || [ -z "$1" ]; then
         echo "hba: --library needs a value: software, host, or a folder." >&2
         exit 2
@@ -52,6 +61,11 @@ while [ "$left" -gt 0 ]; do
     *) set -- "$@" "$argument" ;;
   esac
 done
+if [ "$left" -gt 0 ]; then
+  argument=$1
+  shift
+  set -- "$@" "$argument"
+fi
 
 # The bridge looks for ./libvdsdm.so. File names of the command line count from the caller's folder.
 directory=$PWD
@@ -99,10 +113,13 @@ fi
 # Only here the user's standard output is still that of the process. COLUMNS, when it is exported, the tool sees itself.
 terminal=
 if [ -t 1 ]; then
-  terminal=$(stty size <&1 2>/dev/null) || terminal='0 0'
+  # Within the parentheses descriptor 1 is another one.
+  exec 5>&1
+  terminal=$(stty size <&5 2>/dev/null) || terminal='0 0'
+  exec 5>&-
 fi
 progress=
-if [ -t 2 ]; then
+if [ -t 2 ] && [ "${TERM-}" != dumb ]; then
   progress=-Dhba.progress=true
 fi
 

@@ -29,6 +29,9 @@ final class LaunchTest extends ToolTest {
         tool.environment.put("HBA_JAVA", "/no/such/java");
         tool.run("version").expect(3).says("/no/such/java", "HBA_JAVA");
         tool.environment.remove("HBA_JAVA");
+        tool.environment.put("HBA_BRIDGE", "/no/such/bridge");
+        assertTrue(tool.run("--version").expect(0).out().matches("hba \\d+\\.\\d+\\.\\d+\n"));
+        tool.environment.remove("HBA_BRIDGE");
         tool.environment.put("HBA_LIBRARY_DIR", "/no/such/folder");
         tool.run("version").expect(3).says("/no/such/folder", "HBA_LIBRARY_DIR");
         // A relative folder counts from where the user stands, too.

@@ -40,18 +40,28 @@ final class MethodsTest extends ToolTest {
         }
     }
 
-    /** Everything that there is stands in the manual and in the completion script, and has its help. */
+    /** The commands that may follow a word, each with that word. */
+    private Set<String> words(String before) {
+        Set<String> words = new TreeSet<>();
+        String[] question = before.isEmpty() ? new String[] {"__complete", ""}
+                                             : new String[] {"__complete", before, ""};
+        Matcher candidates = Pattern.compile("^([a-z]+)\t", Pattern.MULTILINE)
+            .matcher(tool.run(null, question).expect(0).out());
+        while (candidates.find()) {
+            words.add((before + " " + candidates.group(1)).strip());
+        }
+        return words;
+    }
+
+    /** Everything that there is stands in the manual and is completed, and has its help. */
     @Test
     void helpManualAndCompletion() throws IOException {
         String manual = Files.readString(Tool.SOURCES.resolve("java/hba.1"));
         Set<String> names = new TreeSet<>();
-        Matcher functions = Pattern.compile("^function _picocli_hba_(\\w+)\\(", Pattern.MULTILINE)
-            .matcher(tool.run("completion").expect(0).out());
-        while (functions.find()) {
-            names.add(functions.group(1).replace('_', ' '));
+        for (String name : words("")) {
+            Set<String> further = words(name);
+            names.addAll(further.isEmpty() ? Set.of(name) : further);
         }
-        // Groups are no commands of their own.
-        names.removeIf(name -> names.stream().anyMatch(other -> other.startsWith(name + " ")));
         assertTrue(names.size() > 35, names::toString);
         names.forEach(name -> assertTrue(manual.contains("Cm " + name), name));
         for (String name : List.of("target set", "stats reset", "discover")) {

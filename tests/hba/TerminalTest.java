@@ -2,42 +2,18 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
-import java.io.InputStream;
-import java.io.OutputStream;
-import java.nio.charset.StandardCharsets;
-import java.util.List;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.ValueSource;
 
-/** Questions, secrets, tables and progress on a terminal of 80 columns, which script(1) provides. */
+/** Questions, secrets, tables and progress on a terminal. */
 final class TerminalTest extends ToolTest {
     private static final String RED = "\033[31m";
 
     private String launched = "";
 
-    /** Runs a command on a terminal and answers each prompt when it comes; gives what the terminal showed. */
     private String converse(int expected, String line, String... promptsAndAnswers) throws Exception {
-        Process process = tool.process(List.of("script", "-qec",
-            "stty rows 24 columns 80; exec " + launched + " '" + tool.launcher + "' " + line, "/dev/null"))
-            .redirectErrorStream(true).start();
-        StringBuilder shown = new StringBuilder();
-        try (InputStream out = process.getInputStream(); OutputStream in = process.getOutputStream()) {
-            int next = 0;
-            int answered = 0;
-            for (int c = out.read(); c >= 0; c = out.read()) {
-                shown.append((char) c);
-                if (next < promptsAndAnswers.length && shown.indexOf(promptsAndAnswers[next], answered) >= 0) {
-                    answered = shown.length();
-                    in.write((promptsAndAnswers[next + 1] + "\n").getBytes(StandardCharsets.UTF_8));
-                    in.flush();
-                    next += 2;
-                }
-            }
-            assertEquals(promptsAndAnswers.length, next, () -> "prompts of '" + line + "' in\n" + shown);
-        }
-        assertEquals(expected, process.waitFor(), () -> "exit status of '" + line + "':\n" + shown);
-        return shown.toString();
+        return tool.converse(expected, "exec " + launched + " '" + tool.launcher + "' " + line, promptsAndAnswers);
     }
 
     @Test
@@ -72,6 +48,13 @@ final class TerminalTest extends ToolTest {
             assertFalse(shown.isEmpty(), line);
             shown.lines().forEach(text -> assertTrue(text.length() <= columns, text));
         }
+    }
+
+    /** Without COLUMNS the terminal itself says how wide it is. */
+    @Test
+    void wide() throws Exception {
+        launched = "sh -c 'stty columns 130; exec \"$@\"' sh";
+        assertTrue(converse(1, "status").contains("Tavo 2060 iSCSI host adapter, fibre, large table"));
     }
 
     @Test

@@ -6,6 +6,8 @@ import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
 import com.google.gson.JsonParser;
 import java.io.IOException;
+import java.io.InputStream;
+import java.io.OutputStream;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -101,6 +103,32 @@ final class Tool {
         } catch (IOException | InterruptedException e) {
             throw new IllegalStateException(e);
         }
+    }
+
+    /**
+     * Runs a command on a terminal of 80 columns, which script(1) provides, and answers each prompt when it comes;
+     * gives what the terminal showed.
+     */
+    String converse(int expected, String command, String... promptsAndAnswers) throws Exception {
+        Process process = process(List.of("timeout", "--foreground", "60", "script", "-qec",
+            "stty rows 24 columns 80; " + command, "/dev/null")).redirectErrorStream(true).start();
+        StringBuilder shown = new StringBuilder();
+        try (InputStream out = process.getInputStream(); OutputStream in = process.getOutputStream()) {
+            int next = 0;
+            int answered = 0;
+            for (int c = out.read(); c >= 0; c = out.read()) {
+                shown.append((char) c);
+                if (next < promptsAndAnswers.length && shown.indexOf(promptsAndAnswers[next], answered) >= 0) {
+                    answered = shown.length();
+                    in.write((promptsAndAnswers[next + 1] + "\n").getBytes(StandardCharsets.UTF_8));
+                    in.flush();
+                    next += 2;
+                }
+            }
+            assertEquals(promptsAndAnswers.length, next, () -> "prompts of '" + command + "' in\n" + shown);
+        }
+        assertEquals(expected, process.waitFor(), () -> "exit status of '" + command + "':\n" + shown);
+        return shown.toString();
     }
 
     /** A process where the user stands, with the environment of a bare machine. */

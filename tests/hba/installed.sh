@@ -30,6 +30,9 @@ esac
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 [ -s "$prefix/share/java/hba.jsa" ]
+for shell in bash-completion/completions/hba zsh/vendor-completions/_hba fish/vendor_completions.d/hba.fish; do
+  grep -q __complete "$prefix/share/$shell"
+done
 "$build/bin/hba" show 0 >"$work/expected"
 # shellcheck disable=SC2016 # the inner shell expands
 "${isolate[@]}" sh -e -c '

@@ -2,10 +2,13 @@ package com.varden.tavo.iscsi.hba;
 
 import com.varden.tavo.iscsi.hba.serve.Metrics;
 import com.varden.tavo.iscsi.hba.serve.Serve;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
 import java.util.concurrent.Callable;
-import picocli.AutoComplete;
 import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
+import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.ParseResult;
 
 /** The tree of commands. Of a command line that names a command only that one is made; for help, all of them. */
@@ -65,7 +68,7 @@ public final class Commands {
         IMPORT("import", "Write an adapter's settings back and say what differs."),
         DOCTOR("doctor", "Check what the tool needs, and say what to do about what is missing."),
         VERSION("version", "Show the versions of the tool and of the management library."),
-        COMPLETION("completion", "Write a completion script for bash.");
+        COMPLETION("completion", "Write a completion script for bash, zsh or fish.");
 
         private final String words;
         private final String description;
@@ -73,6 +76,11 @@ public final class Commands {
         Name(String words, String description) {
             this.words = words;
             this.description = description;
+        }
+
+        /** Whether it is one word more than the prefix, which ends in a blank or is empty. */
+        private boolean follows(String prefix) {
+            return words.startsWith(prefix) && words.indexOf(' ', prefix.length()) < 0;
         }
 
         /**
@@ -128,7 +136,7 @@ public final class Commands {
                 case IMPORT -> new BackupImport();
                 case DOCTOR -> new Doctor();
                 case VERSION -> new Version();
-                case COMPLETION -> new Completion();
+                case COMPLETION -> new Completion.Script();
             };
         }
     }
@@ -156,7 +164,12 @@ public final class Commands {
         CommandSpec root = group("hba", "Manage iSCSI host bus adapters.");
         root.usageMessage().footer(
             "", "Numbers may be decimal or hexadecimal (0x...). 'hba COMMAND --help' says more.");
-        addAll(root, "", arguments, 0);
+        OptionSpec version = OptionSpec.builder("-V", "--version").versionHelp(true).type(boolean.class)
+            .description("Show the tool's version and exit; 'hba version' shows the library's too.").build();
+        root.addOption(version);
+        if (arguments.length != 1 || !List.of(version.names()).contains(arguments[0])) {
+            addAll(root, "", arguments, 0);
+        }
         CommandLine line = new CommandLine(root);
         line.setUsageHelpLongOptionsMaxWidth(30);
         line.setExpandAtFiles(false);
@@ -166,8 +179,7 @@ public final class Commands {
     private static void addAll(CommandSpec parent, String prefix, String[] arguments, int depth) {
         Name wanted = depth < arguments.length ? find(prefix + arguments[depth]) : null;
         for (Name name : Name.values()) {
-            boolean belongs = name.words.startsWith(prefix) && name.words.indexOf(' ', prefix.length()) < 0;
-            if (belongs && (wanted == null || name == wanted)) {
+            if (name.follows(prefix) && (wanted == null || name == wanted)) {
                 add(parent, name, name.words.substring(prefix.length()), arguments, depth);
             }
         }
@@ -187,6 +199,28 @@ public final class Commands {
         addAll(child, name.words + " ", arguments, depth + 1);
     }
 
+    static boolean isCommand(String words) {
+        return find(words) != null;
+    }
+
+    /** The words that may follow these, with what each does: "show" and others behind "target". */
+    static Map<String, String> following(String words) {
+        String prefix = words.isEmpty() ? "" : words + " ";
+        Map<String, String> following = new LinkedHashMap<>();
+        for (Name name : Name.values()) {
+            if (name.follows(prefix)) {
+                following.put(name.words.substring(prefix.length()), name.description);
+            }
+        }
+        return following;
+    }
+
+    /** The arguments of a command, or of a group of commands. */
+    static CommandSpec spec(String words) {
+        Name name = find(words);
+        return name != null && name.create() instanceof Command command ? command.spec : group(words, "");
+    }
+
     private static Name find(String words) {
         for (Name name : Name.values()) {
             if (name.words.equals(words)) {
@@ -201,18 +235,5 @@ public final class Commands {
         spec.usageMessage().description(description);
         Command.common(spec);
         return spec;
-    }
-
-    /** hba completion. */
-    private static final class Completion extends Command {
-        Completion() {
-            super("Writes a completion script for bash to the standard output. Load it with: source <(hba completion)");
-        }
-
-        @Override
-        public Integer call() {
-            System.out.print(AutoComplete.bash("hba", build(new String[0])));
-            return DONE;
-        }
     }
 }

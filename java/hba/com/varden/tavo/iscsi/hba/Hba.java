@@ -36,6 +36,9 @@ public final class Hba {
             words = Arrays.copyOfRange(arguments, 1, arguments.length + 1);
             words[words.length - 1] = "--help";
         }
+        if (words.length > 0 && words[0].equals(Completion.QUESTION)) {
+            return complete(Arrays.asList(words).subList(1, words.length));
+        }
         try {
             UserInput.requireText(words);
             return execute(Commands.build(words).parseArgs(words));
@@ -52,7 +55,21 @@ public final class Hba {
         }
     }
 
+    // While somebody types, nothing is said about what cannot be read.
+    private static int complete(List<String> typed) {
+        try {
+            Completion.answer(typed);
+            return Command.DONE;
+        } catch (RuntimeException | LinkageError e) {
+            return Failure.of(e).exit();
+        }
+    }
+
     private static int execute(ParseResult result) throws Exception {
+        if (result.isVersionHelpRequested()) {
+            System.out.println("hba " + Version.ofTool());
+            return Command.DONE;
+        }
         ParseResult last = result;
         boolean help = last.isUsageHelpRequested();
         while (!help && last.hasSubcommand()) {

@@ -4,8 +4,8 @@ import java.util.function.Supplier;
 
 /**
  * How far long work has come: on a terminal a bar on the standard error, with the count and the time that is left, or
- * the time that has passed where nobody can tell how long it takes. It is gone when the work is done; elsewhere there is
- * nothing.
+ * the time that has passed where nobody can tell how long it takes. It is gone when the work is done; elsewhere there
+ * is nothing.
  */
 final class Progress {
     private static final int WIDTH = 30;

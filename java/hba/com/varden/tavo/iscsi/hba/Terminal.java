@@ -78,6 +78,11 @@ public final class Terminal {
         return System.getProperty(SIZE) != null;
     }
 
+    /** Whether the result goes to a terminal that knows places and colours. */
+    static boolean canBeSteered() {
+        return isTerminal() && !"dumb".equals(System.getenv("TERM"));
+    }
+
     /** How wide the terminal is; what was given elsewhere. COLUMNS comes before what the terminal says. */
     static int columns(int elsewhere) {
         if (!isTerminal()) {
@@ -116,8 +121,7 @@ public final class Terminal {
     /** Text that is to catch the eye on a terminal. */
     static String highlighted(String text) {
         String noColor = System.getenv("NO_COLOR");
-        boolean colour = isTerminal() && (noColor == null || noColor.isEmpty())
-            && !"dumb".equals(System.getenv("TERM"));
+        boolean colour = canBeSteered() && (noColor == null || noColor.isEmpty());
         return colour ? RED + text + PLAIN : text;
     }
 

@@ -11,10 +11,14 @@ final class Version extends Command {
             + "libraries keep the adapters' settings.");
     }
 
+    static String ofTool() {
+        return Version.class.getPackage().getImplementationVersion();
+    }
+
     @Override
     public Integer call() throws IOException {
         String library = Adapter.api().getVersioniSCSI();
-        String tool = Version.class.getPackage().getImplementationVersion();
+        String tool = ofTool();
         Path settings = SettingsFolder.of(library);
         if (wantsJson()) {
             JsonWriter json = jsonWriter();

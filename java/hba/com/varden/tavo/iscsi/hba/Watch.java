@@ -69,7 +69,7 @@ final class Watch {
             return frame.show();
         }
         Interruption.watch();
-        boolean inPlace = Terminal.isTerminal() && !command.wantsJson();
+        boolean inPlace = Terminal.canBeSteered() && !command.wantsJson();
         long left = times.getValue() == null ? Long.MAX_VALUE : Command.number(times);
         for (boolean first = true;; first = false) {
             int status;
