@@ -54,6 +54,7 @@ export class Plots {
   #make(place, plot) {
     const values = element('span', 'values');
     const canvas = element('div', 'canvas');
+    canvas.ariaHidden = 'true'; // the values stand in the caption
     place.append(element('figure', '', element('figcaption', '', element('b', '', plot.title), ' ', values), canvas));
     const isErrors = plot.lines.length === 1;
     const dygraph = new Dygraph(canvas, [[Date.now(), ...plot.lines.map(() => null)]], {
