@@ -108,7 +108,8 @@ async function showChosen(dev) {
   if (dev === null) {
     return;
   }
-  const [history, list] = await Promise.all([get(`data/history/${dev}?after=${plots.last}`), get(`data/targets/${dev}`)]);
+  const [history, list] =
+    await Promise.all([get(`data/history/${dev}?after=${plots.last}`), get(`data/targets/${dev}`)]);
   // Another one may have been chosen meanwhile.
   if (dev === chosen) {
     plots.add(history);

@@ -54,6 +54,7 @@ export class Plots {
   #make(place, plot) {
     const values = element('span', 'values');
     const canvas = element('div', 'canvas');
+    canvas.ariaHidden = 'true'; // the values stand in the caption
     place.append(element('figure', '', element('figcaption', '', element('b', '', plot.title), ' ', values), canvas));
     const isErrors = plot.lines.length === 1;
     const dygraph = new Dygraph(canvas, [[Date.now(), ...plot.lines.map(() => null)]], {
@@ -62,6 +63,8 @@ export class Plots {
       interactionModel: {},
       includeZero: true,
       strokeWidth: 1.5,
+      // Seen beside the other line when that lies on top of it.
+      series: isErrors ? {} : {[plot.lines[0]]: {strokeWidth: 3}},
       highlightCircleSize: 2.5,
       axisLineColor: colour('--line'),
       gridLineColor: colour('--line'),

@@ -19,13 +19,20 @@ export function setToken(token) {
   sessionStorage.setItem(TOKEN, token);
 }
 
+// Documents of the tool tell of a failure as JSON, everything else in plain text.
+async function reason(response) {
+  const text = await response.text();
+  return response.headers.get('Content-Type').startsWith('application/json') ? JSON.parse(text).error.message
+    : text.trim();
+}
+
 /** The document under a path. */
 export async function get(path) {
   const token = sessionStorage.getItem(TOKEN);
   const headers = token ? {Authorization: `Bearer ${token}`} : {};
   const response = await fetch(path, {headers, signal: AbortSignal.timeout(PATIENCE)});
   if (!response.ok) {
-    throw new Refused(response.status, (await response.text()).trim());
+    throw new Refused(response.status, await reason(response));
   }
   return response.json();
 }

@@ -131,10 +131,10 @@ export class Targets {
   async #showUnits(id, row) {
     const place = row.units;
     try {
-      const units = await get(`data/units/${this.dev}/${id}`);
-      place.replaceChildren(table(['LUN', 'Vendor', 'Product', 'Size'], units.map(unit => 'vendor' in unit
-        ? [`${unit.lun}`, unit.vendor, unit.product, (unit.isMinimum ? 'at least ' : '') + size(unit.bytes)]
-        : [`${unit.lun}`, 'not known', '', ''])));
+      const found = await get(`api/lun/list/${this.dev}/${id}`);
+      place.replaceChildren(table(['LUN', 'Vendor', 'Product', 'Size'], found.units.map(unit => [
+        `${unit.targetInfo.LUN}`, unit.SCSIInqInfo?.vendorID ?? '–', unit.SCSIInqInfo?.productID ?? '–',
+        sizeOf(unit)])));
     } catch (error) {
       place.replaceChildren(state({level: 'bad', text: error.message}));
     }
@@ -145,12 +145,19 @@ export class Targets {
     try {
       const entries = await get(`data/log/${this.dev}/${id}`);
       place.replaceChildren(entries.length === 0 ? 'Nothing is logged.'
-        : table(['Last', 'What', 'How often'], entries.map(entry => [entry.time === null ? 'not known' : moment(entry.time), state(entry.what),
-          `${entry.count}`])));
+        : table(['Last', 'What', 'How often'], entries.map(entry => [
+          entry.time === null ? 'not known' : moment(entry.time), state(entry.what), `${entry.count}`])));
     } catch (error) {
       place.replaceChildren(state({level: 'bad', text: error.message}));
     }
   }
+}
+
+function sizeOf(unit) {
+  if (unit.capacity === null) {
+    return '–';
+  }
+  return size(unit.capacity) + (unit.capacityMinimum ? ' or more' : '');
 }
 
 function table(headings, rows) {

@@ -95,6 +95,7 @@ expect 0 "management library" hba version
 expect 0 array1.boot hba target list 0
 expect 1 "adapter 0: no session with target 100" hba status
 expect 0 "0 to 3, 525 targets" hba doctor
+expect 0 tavoiscsi_target_up hba metrics
 expect 0 "" hba firmware set 0 --alias=renamed
 [ -f "$(find "$root/usr" -name hba.jsa)" ] || fail "there is no class archive"
 inside install -d -o nobody /tmp/home

@@ -102,12 +102,12 @@ final class Browser implements AutoCloseable {
     JsonObject command(String method, String parameters) {
         CompletableFuture<JsonObject> answer = new CompletableFuture<>();
         waiting.put(++lastCommand, answer);
-        socket.sendText("{\"id\":" + lastCommand + ",\"method\":\"" + method + "\",\"params\":" + parameters + "}", true)
-            .join();
+        String message = "{\"id\":" + lastCommand + ",\"method\":\"" + method + "\",\"params\":" + parameters + "}";
+        socket.sendText(message, true).join();
         try {
-            JsonObject message = answer.get(PATIENCE_SECONDS, TimeUnit.SECONDS);
-            assertTrue(message.has("result"), message::toString);
-            return message.getAsJsonObject("result");
+            JsonObject result = answer.get(PATIENCE_SECONDS, TimeUnit.SECONDS);
+            assertTrue(result.has("result"), result::toString);
+            return result.getAsJsonObject("result");
         } catch (InterruptedException | ExecutionException | TimeoutException e) {
             throw new IllegalStateException(method, e);
         }

@@ -52,7 +52,8 @@ final class PageTest extends ToolTest {
         // The plot moves.
         Server.await("the plots move", () -> {
             tool.run("lun list 0 1").expect(0);
-            return browser.evaluate(rate(0) + "+" + rate(1) + "+" + rate(2)).matches("([\\d.]*[1-9][\\d.]*( k?B?)?/s ?){6}");
+            return browser.evaluate(rate(0) + "+" + rate(1) + "+" + rate(2))
+                .matches("([\\d.]*[1-9][\\d.]*( k?B?)?/s ?){6}");
         });
 
         // A target opens by mouse and by keyboard, and shows its units.

@@ -2,6 +2,7 @@ package com.varden.tavo.iscsi.hba.serve;
 
 import com.varden.tavo.iscsi.hba.Adapter;
 import com.varden.tavo.iscsi.hba.Failure;
+import com.varden.tavo.iscsi.hba.Terminal;
 import java.time.Duration;
 
 /**
@@ -52,7 +53,7 @@ final class AdapterReader {
         }
     }
 
-    /** Reads once. An adapter that failed is opened anew the next time. */
+    /** Reads once, and says when that begins to fail. An adapter that failed is opened anew the next time. */
     void read() {
         try {
             if (adapter == null && !closed) {
@@ -65,13 +66,20 @@ final class AdapterReader {
                 history.add(before, now, added);
             }
             latest = now;
-            failure = null;
+            if (failure != null) {
+                failure = null;
+                Terminal.message("adapter " + dev + " is read again");
+            }
             if (questions != null) {
                 questions.ask(dev, now);
             }
         } catch (RuntimeException e) {
             failures++;
-            failure = Failure.of(e).message();
+            String message = Failure.of(e).message();
+            if (failure == null && !closed) {
+                Terminal.message(message);
+            }
+            failure = message;
             history.addGap(System.currentTimeMillis());
             if (adapter != null) {
                 adapter.close();

@@ -17,7 +17,7 @@ import java.util.concurrent.TimeoutException;
 final class Answers {
     private static final int MOST_KEPT = 64;
     /** Below what a request may take as a whole. */
-    private static final long PATIENCE_SECONDS = 8;
+    private static final long PATIENCE_SECONDS = 6;
 
     private final AdapterQueues queues = new AdapterQueues();
     private final Duration interval;

@@ -40,7 +40,7 @@ record ListenAddress(InetAddress address, int port) {
 
     /** As it stands in a URL. */
     static String show(InetSocketAddress listening) {
-        String address = listening.getAddress().getHostAddress();
+        String address = IPAddr.parse(listening.getAddress().getHostAddress()).toString();
         return (address.contains(":") ? "[" + address + "]" : address) + ":" + listening.getPort();
     }
 }

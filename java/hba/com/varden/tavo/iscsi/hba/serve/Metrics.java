@@ -38,10 +38,7 @@ public final class Metrics extends Command {
             status = FAILED;
         }
         for (AdapterReader reader : readers.all()) {
-            if (reader.failure() != null) {
-                Terminal.message(reader.failure());
-                status = FAILED;
-            }
+            status = reader.failure() != null ? FAILED : status;
         }
         String text = MetricsText.write(Exposition.Form.PROMETHEUS, readers.all());
         if (outputFile == null) {

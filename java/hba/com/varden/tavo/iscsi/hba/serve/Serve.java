@@ -21,7 +21,7 @@ public final class Serve extends Command {
             + "127.0.0.1 or ::1, needs --token-file. With port 0 a free one is taken.");
     private final OptionSpec interval = option("--interval", new NumberField("interval", 16, "Interval").min(1).max(300)
         .unit("s"), "Read every adapter so often: 1 to 300 s, " + USUAL_INTERVAL + " s without this option.");
-    private final OptionSpec askTargets = flag("--ask-targets", "Ask each target for its logical units at each reading, "
+    private final OptionSpec askTargets = flag("--ask-targets", "Ask each target for its logical units every 30 s, "
         + "so that one that went down is noticed when nobody uses it.");
     private final OptionSpec tokenFile = option("--token-file", "FILE",
         "Serve only clients that send the token in the first line of the file: Authorization: Bearer ...");

@@ -1,7 +1,5 @@
 package com.varden.tavo.iscsi.hba.serve;
 
-import com.varden.tavo.iscsi.hba.Failure;
-import com.varden.tavo.iscsi.hba.OperationFailed;
 import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.time.Duration;
@@ -11,7 +9,10 @@ import java.util.regex.Pattern;
 /** What stands under which path: the page, its data, the documents of the tool, the metrics. */
 final class Site {
     private static final Pattern DATA =
-        Pattern.compile("/data/(?:(adapters)|(history|targets)/(\\d{1,2})|(units|log)/(\\d{1,2})/(\\d{1,3}))");
+        Pattern.compile("/data/(?:adapters|(history|targets|log)/(\\d{1,2})(?:/(\\d{1,3}))?)");
+    private static final int WHAT = 1;
+    private static final int ADAPTER = 2;
+    private static final int TARGET = 3;
     private static final Pattern AFTER = Pattern.compile("after=(\\d{1,15})");
     private static final String API = "/api/";
     /** Metrics that are asked for at the same time are written once. */
@@ -21,7 +22,6 @@ final class Site {
     private final PageFiles files = new PageFiles();
     private final PageData data;
     private final ApiDocuments documents;
-    private final Answers answers;
     private final Metrics[] metrics = new Metrics[Exposition.Form.values().length];
 
     private record Metrics(Reply reply, long written) {}
@@ -29,8 +29,7 @@ final class Site {
     Site(AdapterReaders readers, Duration interval) throws IOException {
         this.readers = readers;
         data = new PageData(readers, interval);
-        answers = new Answers(interval);
-        documents = new ApiDocuments(answers);
+        documents = new ApiDocuments(new Answers(interval));
     }
 
     /** A file of the page, which holds nothing of the adapters, or null. */
@@ -48,7 +47,7 @@ final class Site {
             return documents.get(path.substring(API.length()));
         }
         Matcher parts = DATA.matcher(path);
-        return parts.matches() ? data(parts, query) : Reply.text(Reply.NOT_FOUND, "there is nothing under " + path);
+        return parts.matches() ? data(parts, query) : nothing(path);
     }
 
     private synchronized Reply metrics(Exposition.Form form) {
@@ -62,30 +61,26 @@ final class Site {
     }
 
     private Reply data(Matcher parts, String query) {
-        if (parts.group(1) != null) {
+        if (parts.group(WHAT) == null) {
             return data.adapters();
         }
-        boolean whole = parts.group(2) != null;
-        int dev = Integer.parseInt(parts.group(whole ? 3 : 5));
+        int dev = Integer.parseInt(parts.group(ADAPTER));
         AdapterReader reader = readers.find(dev);
-        if (reader == null) {
-            return Reply.text(Reply.NOT_FOUND, "there is no adapter " + dev);
+        String target = parts.group(TARGET);
+        if (reader == null || (target != null) != parts.group(WHAT).equals("log")) {
+            return nothing(parts.group());
         }
-        if (whole) {
-            Matcher after = AFTER.matcher(query == null ? "" : query);
-            return parts.group(2).equals("targets") ? data.targets(reader)
-                : data.history(reader, after.matches() ? Long.parseLong(after.group(1)) : 0);
-        }
-        int target = Integer.parseInt(parts.group(6));
-        return parts.group(4).equals("log") ? data.log(reader, target)
-            : answers.get(dev, parts.group(), () -> units(dev, target));
+        return switch (parts.group(WHAT)) {
+            case "targets" -> data.targets(reader);
+            case "log" -> data.log(reader, Integer.parseInt(target));
+            default -> {
+                Matcher after = AFTER.matcher(query == null ? "" : query);
+                yield data.history(reader, after.matches() ? Long.parseLong(after.group(1)) : 0);
+            }
+        };
     }
 
-    private static Reply units(int dev, int target) {
-        try {
-            return Units.ask(dev, target);
-        } catch (OperationFailed e) {
-            return Reply.text(Reply.BAD_GATEWAY, Failure.of(e).message());
-        }
+    private static Reply nothing(String path) {
+        return Reply.text(Reply.NOT_FOUND, "there is nothing under " + path);
     }
 }

@@ -19,9 +19,13 @@ import java.util.concurrent.TimeUnit;
 final class TargetQuestions {
     private static final int THREADS = 8;
     private static final int IDLE_SECONDS = 30;
+    /** Each question that gets no answer is an entry in the adapter's log. */
+    private static final long PAUSE_NANOSECONDS = 30_000_000_000L;
 
     private final Set<Integer> underWay = new HashSet<>();
     private final ThreadPoolExecutor threads;
+    private long asked;
+    private boolean begun;
 
     TargetQuestions(int dev) {
         threads = new ThreadPoolExecutor(THREADS, THREADS, IDLE_SECONDS, TimeUnit.SECONDS, new LinkedBlockingQueue<>(),
@@ -33,8 +37,16 @@ final class TargetQuestions {
         threads.allowCoreThreadTimeOut(true);
     }
 
-    /** Asks all targets of a reading that nobody logged out and that have answered the question before. */
+    /**
+     * Asks all targets of a reading that nobody logged out and that have answered the question before; not again for a
+     * while.
+     */
     void ask(int dev, Reading reading) {
+        if (begun && System.nanoTime() - asked < PAUSE_NANOSECONDS) {
+            return;
+        }
+        begun = true;
+        asked = System.nanoTime();
         for (DevDBEntry entry : reading.targets()) {
             int target = entry.getTargetID();
             if (entry.getState() != TargetState.LOGGED_OUT && begin(target)) {
