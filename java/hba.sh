@@ -104,10 +104,19 @@ if [ -f "$jars/hba.jsa" ] && [ "$(cksum <"$jars/hba.jsa")" = "$(cat "$jars/hba.j
   archive=-XX:SharedArchiveFile=$jars/hba.jsa
 fi
 
+# The one command that stays for long keeps to little memory, instead of a share of the machine's.
+memory=
+if [ "${1-}" = serve ]; then
+  memory='-Xms24m -Xmn8m -Xmx192m'
+fi
+
 # Only here the user's standard output is still that of the process. COLUMNS, when it is exported, the tool sees itself.
 terminal=
 if [ -t 1 ]; then
-  terminal=$(stty size <&1 2>/dev/null) || terminal='0 0'
+  # Within the parentheses descriptor 1 is another one.
+  exec 5>&1
+  terminal=$(stty size <&5 2>/dev/null) || terminal='0 0'
+  exec 5>&-
 fi
 progress=
 if [ -t 2 ] && [ "${TERM-}" != dumb ]; then
@@ -116,9 +125,9 @@ fi
 
 # What the libraries print goes to the standard error; descriptor 3, for the tool's results alone, is the user's
 # standard output.
-# shellcheck disable=SC2086 # HBA_JAVA_OPTIONS holds several words.
+# shellcheck disable=SC2086 # HBA_JAVA_OPTIONS and memory hold several words.
 exec "$java" -XX:TieredStopAtLevel=1 -XX:CompileThresholdScaling=3 -XX:+UseSerialGC -Xshare:auto \
-  '-Xlog:cds*=off' ${archive:+"$archive"} -Dsun.reflect.inflationThreshold=1000000 ${HBA_JAVA_OPTIONS-} \
+  '-Xlog:cds*=off' ${archive:+"$archive"} -Dsun.reflect.inflationThreshold=1000000 $memory ${HBA_JAVA_OPTIONS-} \
   "-Dtavo.iscsi.library=${HBA_BRIDGE:-$bridge}" "-Dhba.directory=$directory" -Dhba.output=3 \
   ${terminal:+"-Dhba.terminal=$terminal"} ${progress:+"$progress"} \
   --add-opens java.base/java.io=ALL-UNNAMED \

@@ -1,6 +1,7 @@
 // The snapshot of the device database and the write in straight lines: the JNI calls that the bridge makes, in the same
-// order, and nothing else. Both are flattened: the compiled code has no function of ours left between two JNI calls. What is missing ends
-// the process, since nothing is missing in the benchmark. This is the least that the contract can cost.
+// order, and nothing else. Both are flattened: the compiled code has no function of ours left between two JNI calls.
+// What is missing ends the process, since nothing is missing in the benchmark. This is the least that the contract can
+// cost.
 
 #include "com_varden_tavo_iscsi_bench_Straight.h"
 #include "vdsdm.h"

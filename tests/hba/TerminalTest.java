@@ -50,6 +50,13 @@ final class TerminalTest extends ToolTest {
         }
     }
 
+    /** Without COLUMNS the terminal itself says how wide it is. */
+    @Test
+    void wide() throws Exception {
+        launched = "sh -c 'stty columns 130; exec \"$@\"' sh";
+        assertTrue(converse(1, "status").contains("Tavo 2060 iSCSI host adapter, fibre, large table"));
+    }
+
     @Test
     void trouble() throws Exception {
         assertTrue(converse(0, "target list 0").contains(RED + "configured (1)"));

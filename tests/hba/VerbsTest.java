@@ -6,6 +6,8 @@ import com.google.gson.JsonArray;
 import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
 import java.io.IOException;
+import java.util.ArrayList;
+import java.util.List;
 import org.junit.jupiter.api.Test;
 
 /** What an administrator does with targets and documents: one command each, and its effect. */
@@ -39,6 +41,7 @@ final class VerbsTest extends ToolTest {
         tool.refused("target add 0 disk 10.24.1.2", "'disk' is no iSCSI name");
         tool.refused("target add 0 " + SHELF + "0001 ::", "no address of a target");
         tool.refused("target add 0 " + SHELF + "0003", "ADDRESS");
+        tool.refused("target add 0 " + SHELF + "0003 10.24.1.4 --port=0", "1 to 65535");
         tool.refused("target add 0 " + SHELF + "0003 10.24.1.4 --chap-index=9", "CHAP entry 9 has no secret");
         tool.run("target add 0 " + SHELF + "0003 10.24.1.4 --target-id=5").expect(1).says("array2.many", "already");
         tool.run("target add 2 " + SHELF + "0003 10.24.1.4").expect(1).says("ERR_DATABASE_FULL", "hba target remove");
@@ -51,6 +54,25 @@ final class VerbsTest extends ToolTest {
         for (String verb : new String[] {"remove 0 2", "rename 0 2 " + SHELF + "0001", "login 0 2", "logout 0 2"}) {
             tool.run("target " + verb + " --yes").expect(1).says("adapter 0 has no target 2");
         }
+    }
+
+    /** Each of those who add at the same time gets an ID of its own. */
+    @Test
+    void addedAtOnce() throws Exception {
+        List<Process> writers = new ArrayList<>();
+        for (int i = 1; i <= 6; i++) {
+            writers.add(tool.process(List.of(tool.launcher.toString(), "target", "add", "0", SHELF + "000" + i,
+                "10.24.1." + (i + 1))).redirectErrorStream(true).start());
+        }
+        for (Process writer : writers) {
+            String said = new String(writer.getInputStream().readAllBytes());
+            assertEquals(0, writer.waitFor(), said);
+        }
+        String targets = tool.json("target list 0").toString();
+        for (int i = 1; i <= 6; i++) {
+            assertTrue(targets.contains(SHELF + "000" + i), targets);
+        }
+        assertEquals(8 + 6, tool.json("target list 0").getAsJsonArray().size());
     }
 
     @Test

@@ -93,6 +93,7 @@ if [ "$architecture" = i386 ]; then
 fi
 expect 0 "management library" hba version
 expect 0 array1.boot hba target list 0
+expect 1 "adapter 0: no session with target 100" hba status
 expect 0 "0 to 3, 525 targets" hba doctor
 expect 0 "" hba firmware set 0 --alias=renamed
 [ -f "$(find "$root/usr" -name hba.jsa)" ] || fail "there is no class archive"
@@ -102,7 +103,8 @@ for library in "$root"/usr/lib/*/tavoiscsi/vdsdm*; do
   expect 0 "" env HBA_LIBRARY_DIR="${library#"$root"}" hba version
 done
 for file in man/man1/hba.1.gz man/man7/hba-examples.7.gz man/man7/libvdsdm-host.7.gz \
-  bash-completion/completions/hba java/tavoiscsi-javadoc.jar java/tavoiscsi-sources.jar; do
+  bash-completion/completions/hba zsh/vendor-completions/_hba fish/vendor_completions.d/hba.fish \
+  java/tavoiscsi-javadoc.jar java/tavoiscsi-sources.jar; do
   [ -f "$root/usr/share/$file" ] || fail "there is no /usr/share/$file"
 done
 

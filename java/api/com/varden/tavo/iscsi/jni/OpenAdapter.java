@@ -18,8 +18,18 @@ public final class OpenAdapter implements AutoCloseable {
     /** Indices run from 0 to this. */
     public static final int LAST_INDEX = 31;
 
-    // How often each adapter is open; also the lock under which adapters are opened and closed.
-    private static final int[] USERS = new int[LAST_INDEX + 1];
+    // How often an adapter is open; also the lock under which it is opened and closed, each adapter by itself.
+    private static final class Users {
+        private int count;
+    }
+
+    private static final Users[] USERS = new Users[LAST_INDEX + 1];
+
+    static {
+        for (int dev = 0; dev <= LAST_INDEX; dev++) {
+            USERS[dev] = new Users();
+        }
+    }
 
     private final ApiWrapper api;
     private final int dev;
@@ -43,11 +53,12 @@ public final class OpenAdapter implements AutoCloseable {
             throw new IllegalArgumentException("adapter " + dev + ": indices run from 0 to " + LAST_INDEX);
         }
         ApiWrapper api = new ApiWrapper();
-        synchronized (USERS) {
-            if (USERS[dev] == 0 && !api.openDevice(dev)) {
+        Users users = USERS[dev];
+        synchronized (users) {
+            if (users.count == 0 && !api.openDevice(dev)) {
                 throw new AdapterNotOpenedException(dev);
             }
-            USERS[dev]++;
+            users.count++;
         }
         return new OpenAdapter(api, dev);
     }
@@ -70,14 +81,15 @@ public final class OpenAdapter implements AutoCloseable {
      */
     @Override
     public void close() {
-        synchronized (USERS) {
+        Users users = USERS[dev];
+        synchronized (users) {
             if (closed) {
                 return;
             }
-            if (USERS[dev] == 1 && !api.closeDevice(dev)) {
+            if (users.count == 1 && !api.closeDevice(dev)) {
                 throw new IllegalStateException("adapter " + dev + " cannot be closed");
             }
-            USERS[dev]--;
+            users.count--;
             closed = true;
         }
     }

@@ -1,25 +1,29 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.jni.AdapterNotOpenedException;
 import com.varden.tavo.iscsi.jni.ApiWrapper;
+import com.varden.tavo.iscsi.jni.OpenAdapter;
 
-/** An open adapter. */
-final class Adapter implements AutoCloseable {
+/** An open adapter. It may be open several times in one process. */
+public final class Adapter implements AutoCloseable {
     /** Indices run from 0 to this. */
-    static final int LAST_INDEX = 31;
+    public static final int LAST_INDEX = OpenAdapter.LAST_INDEX;
     static final NumberField INDEX = new NumberField("dev", 16, "DEV").max(LAST_INDEX);
 
     private static ApiWrapper shared;
 
-    final ApiWrapper api;
-    final int dev;
+    public final ApiWrapper api;
+    public final int dev;
+    private final OpenAdapter open;
 
-    private Adapter(ApiWrapper api, int dev) {
-        this.api = api;
-        this.dev = dev;
+    private Adapter(OpenAdapter open) {
+        this.open = open;
+        api = open.api();
+        dev = open.dev();
     }
 
     /** The operations; loads the libraries when it is called first. */
-    static ApiWrapper api() {
+    public static synchronized ApiWrapper api() {
         if (shared == null) {
             shared = new ApiWrapper();
             shared.initJNINative();
@@ -28,13 +32,17 @@ final class Adapter implements AutoCloseable {
     }
 
     /** Opens an adapter, or returns null. */
-    static Adapter tryOpen(int dev) {
-        ApiWrapper api = api();
-        return api.openDevice(dev) ? new Adapter(api, dev) : null;
+    public static Adapter tryOpen(int dev) {
+        api();
+        try {
+            return new Adapter(OpenAdapter.open(dev));
+        } catch (AdapterNotOpenedException e) {
+            return null;
+        }
     }
 
     /** Opens an adapter and, with a trace file, has its operations traced. */
-    static Adapter open(int dev, String traceFile) {
+    public static Adapter open(int dev, String traceFile) {
         Adapter adapter = tryOpen(dev);
         if (adapter == null) {
             throw new OperationFailed(
@@ -47,7 +55,7 @@ final class Adapter implements AutoCloseable {
     }
 
     /** Ends the command when the operation failed. */
-    void check(String operation, int status) {
+    public void check(String operation, int status) {
         if (status != 0) {
             throw new OperationFailed("adapter " + dev + ": " + operation + " failed: " + Cure.describe(status),
                 status);
@@ -63,6 +71,10 @@ final class Adapter implements AutoCloseable {
 
     @Override
     public void close() {
-        api.closeDevice(dev);
+        try {
+            open.close();
+        } catch (IllegalStateException e) {
+            Terminal.message(e.getMessage());
+        }
     }
 }

@@ -3,6 +3,7 @@ package com.varden.tavo.iscsi.hba;
 import com.google.gson.stream.JsonWriter;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import java.io.IOException;
+import java.io.PrintStream;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
@@ -16,10 +17,10 @@ import picocli.CommandLine.Model.PositionalParamSpec;
  * A command of the tool: declares its arguments in its constructor and does its work in call. Arguments are declared by
  * method and not by annotation, which the tool would have to look for at every start.
  */
-abstract class Command implements Callable<Integer> {
-    static final int DONE = 0;
-    static final int FAILED = 1;
-    static final int USAGE = 2;
+public abstract class Command implements Callable<Integer> {
+    public static final int DONE = 0;
+    public static final int FAILED = 1;
+    public static final int USAGE = 2;
     static final int NOT_LOADED = 3;
     /** What a shell makes of a program that writes to a pipe whose reader has gone. */
     static final int PIPE_CLOSED = 141;
@@ -29,8 +30,9 @@ abstract class Command implements Callable<Integer> {
     private int parameters;
     private Listing listing;
     private Watch watch;
+    private PrintStream output;
 
-    Command(String... description) {
+    protected Command(String... description) {
         spec.usageMessage().description(description);
         json = flag("--json", "Write the result as a JSON document.");
         common(spec);
@@ -58,7 +60,7 @@ abstract class Command implements Callable<Integer> {
         return statuses;
     }
 
-    final OptionSpec flag(String name, String description) {
+    protected final OptionSpec flag(String name, String description) {
         return add(OptionSpec.builder(name).type(boolean.class).description(description).build());
     }
 
@@ -68,7 +70,7 @@ abstract class Command implements Callable<Integer> {
             + "iSCSI name.");
     }
 
-    final OptionSpec option(String name, String label, String description) {
+    protected final OptionSpec option(String name, String label, String description) {
         return option(name, label, null, description);
     }
 
@@ -111,7 +113,7 @@ abstract class Command implements Callable<Integer> {
         return option(field.option(), field, field.label + ": " + field.range() + ".");
     }
 
-    final OptionSpec option(String name, SettingField<?> field, String description) {
+    protected final OptionSpec option(String name, SettingField<?> field, String description) {
         return add(OptionSpec.builder(name).type(Object.class).converters(field)
             .paramLabel(field.valueLabel()).description(description).build());
     }
@@ -149,15 +151,15 @@ abstract class Command implements Callable<Integer> {
         return parameter;
     }
 
-    static boolean isSet(OptionSpec flag) {
+    protected static boolean isSet(OptionSpec flag) {
         return Boolean.TRUE.equals(flag.getValue());
     }
 
-    static int number(ArgSpec argument) {
+    protected static int number(ArgSpec argument) {
         return ((Long) argument.getValue()).intValue();
     }
 
-    final boolean wantsJson() {
+    protected final boolean wantsJson() {
         return isSet(json);
     }
 
@@ -251,13 +253,28 @@ abstract class Command implements Callable<Integer> {
         return lines.isEmpty() ? DONE : FAILED;
     }
 
-    /** A writer of the result; of those that follow each other each stands on one line. */
-    final JsonWriter jsonWriter() {
-        return Terminal.json(System.out, watch != null && watch.isOn() ? "" : "  ");
+    /**
+     * Runs the command, which was given --json, and writes its document elsewhere than to the standard output.
+     *
+     * @return the exit status
+     */
+    public final int writeDocument(PrintStream out) throws Exception {
+        output = out;
+        check();
+        return call();
     }
 
-    static void finish(JsonWriter writer) throws IOException {
+    private PrintStream output() {
+        return output != null ? output : System.out;
+    }
+
+    /** A writer of the result; of those that follow each other each stands on one line. */
+    final JsonWriter jsonWriter() {
+        return Terminal.json(output(), watch != null && watch.isOn() ? "" : "  ");
+    }
+
+    final void finish(JsonWriter writer) throws IOException {
         writer.flush();
-        System.out.println();
+        output().println();
     }
 }

@@ -1,5 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
+import com.varden.tavo.iscsi.hba.serve.Metrics;
+import com.varden.tavo.iscsi.hba.serve.Serve;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
@@ -7,9 +9,10 @@ import java.util.concurrent.Callable;
 import picocli.CommandLine;
 import picocli.CommandLine.Model.CommandSpec;
 import picocli.CommandLine.Model.OptionSpec;
+import picocli.CommandLine.ParseResult;
 
 /** The tree of commands. Of a command line that names a command only that one is made; for help, all of them. */
-final class Commands {
+public final class Commands {
     /** All commands and groups in the order of the help, with what the list of commands says of each. */
     private enum Name {
         STATUS("status", "Show how the adapters are doing, and whether all is well."),
@@ -59,6 +62,8 @@ final class Commands {
         PING("ping", "Have the adapter ping an address."),
         RESET("reset", "Reset an adapter."),
         CRASH("crash", "Have the adapter's crash record written to a file."),
+        SERVE("serve", "Show the adapters on a web page, and their metrics to Prometheus."),
+        METRICS("metrics", "Print the metrics of all adapters once, for Prometheus."),
         EXPORT("export", "Write all settings of an adapter as one JSON document."),
         IMPORT("import", "Write an adapter's settings back and say what differs."),
         DOCTOR("doctor", "Check what the tool needs, and say what to do about what is missing."),
@@ -125,6 +130,8 @@ final class Commands {
                 case PING -> new Maintenance.Ping();
                 case RESET -> new Maintenance.Reset();
                 case CRASH -> new Maintenance.Crash();
+                case SERVE -> new Serve();
+                case METRICS -> new Metrics();
                 case EXPORT -> new Backup.Export();
                 case IMPORT -> new BackupImport();
                 case DOCTOR -> new Doctor();
@@ -135,6 +142,22 @@ final class Commands {
     }
 
     private Commands() {}
+
+    /**
+     * The command that a command line names, with its arguments.
+     *
+     * @throws BadInput when it names none
+     */
+    public static Command parse(String... arguments) {
+        ParseResult last = build(arguments).parseArgs(arguments);
+        while (last.hasSubcommand()) {
+            last = last.subcommand();
+        }
+        if (last.commandSpec().userObject() instanceof Command command) {
+            return command;
+        }
+        throw new BadInput("a command is missing");
+    }
 
     /** The command line with the command that the arguments name, or with all when they name none. */
     static CommandLine build(String[] arguments) {

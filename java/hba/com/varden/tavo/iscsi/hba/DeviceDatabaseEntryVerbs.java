@@ -21,8 +21,8 @@ final class DeviceDatabaseEntryVerbs {
         private final PositionalParamSpec name = parameter("NAME", NodeInfo.NAME, "iSCSI name of the target.");
         private final PositionalParamSpec address = parameter("ADDRESS", NodeInfo.ADDRESS,
             "Address of the target, " + NodeInfo.ADDRESS.range() + ".");
-        private final OptionSpec port = option("--port", DeviceParameters.PORT,
-            "TCP port of the target; " + DeviceParameters.ISCSI_PORT + " without this option.");
+        private final OptionSpec port = option("--port", new NumberField("port", 16, "TCP port").min(1),
+            "TCP port of the target, 1 to 65535; " + DeviceParameters.ISCSI_PORT + " without this option.");
         private final OptionSpec alias = option(NodeInfo.ALIAS);
         private final OptionSpec chapIndex = option("--chap-index", DeviceDatabaseEntry.CHAP_INDEX,
             "CHAP entry to log in with; none without this option.");

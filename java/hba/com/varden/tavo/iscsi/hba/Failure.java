@@ -16,8 +16,8 @@ import picocli.CommandLine.UnmatchedArgumentException;
  * @param status the management library's status, or else the exit status
  * @param name the status's name, or else what kind of failure it is
  */
-record Failure(int exit, int status, String name, String message) {
-    static Failure of(Throwable cause) {
+public record Failure(int exit, int status, String name, String message) {
+    public static Failure of(Throwable cause) {
         if (cause instanceof OperationFailed failed && failed.status != 0) {
             String known = Status.find(failed.status).map(Enum::name).orElse("UNKNOWN");
             return new Failure(Command.FAILED, failed.status, known, failed.getMessage());
@@ -68,6 +68,14 @@ record Failure(int exit, int status, String name, String message) {
             + name + " --help' shows how it is used.";
     }
 
+    /** Writes it as a JSON object. */
+    public void write(JsonWriter json) throws IOException {
+        json.beginObject().name("error").beginObject();
+        json.name("status").value(Integer.toUnsignedLong(status)).name("name").value(name);
+        json.name("message").value(message);
+        json.endObject().endObject();
+    }
+
     /** Says it to people, or as a JSON object on one line. */
     void report(boolean asJson) {
         if (!asJson) {
@@ -77,10 +85,7 @@ record Failure(int exit, int status, String name, String message) {
         Progress.end();
         try {
             JsonWriter json = Terminal.json(System.err, "");
-            json.beginObject().name("error").beginObject();
-            json.name("status").value(Integer.toUnsignedLong(status)).name("name").value(name);
-            json.name("message").value(message);
-            json.endObject().endObject();
+            write(json);
             json.flush();
             System.err.println();
         } catch (IOException e) {

@@ -11,12 +11,12 @@ import java.util.List;
  * One property of a model class: its name, which is also its name in JSON, and a label for people. Values are read and
  * written through the class's getter and setter. Each kind of property is a class of its own.
  */
-abstract class Field {
+public abstract class Field {
     final String name;
     final String label;
     private boolean readOnly;
-    private Method getter;
-    private Method setter;
+    private volatile Method getter;
+    private volatile Method setter;
 
     Field(String name, String label) {
         this.name = name;
@@ -68,10 +68,13 @@ abstract class Field {
     abstract void compare(Object wanted, Object found, String place, Differences differences);
 
     final Object getProperty(Object owner) {
-        if (getter == null || getter.getDeclaringClass() != owner.getClass()) {
-            getter = method(owner.getClass(), 0, "get", "is");
+        // One field may serve several classes, and several threads.
+        Method method = getter;
+        if (method == null || method.getDeclaringClass() != owner.getClass()) {
+            method = method(owner.getClass(), 0, "get", "is");
+            getter = method;
         }
-        return invoke(getter, owner);
+        return invoke(method, owner);
     }
 
     final void setProperty(Object owner, Object value) {
@@ -84,10 +87,12 @@ abstract class Field {
     }
 
     private Method setter(Object owner) {
-        if (setter == null || setter.getDeclaringClass() != owner.getClass()) {
-            setter = method(owner.getClass(), 1, "set");
+        Method method = setter;
+        if (method == null || method.getDeclaringClass() != owner.getClass()) {
+            method = method(owner.getClass(), 1, "set");
+            setter = method;
         }
-        return setter;
+        return method;
     }
 
     private Method method(Class<?> owner, int parameters, String... prefixes) {

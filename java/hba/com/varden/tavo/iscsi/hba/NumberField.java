@@ -3,30 +3,30 @@ package com.varden.tavo.iscsi.hba;
 import com.google.gson.JsonPrimitive;
 
 /** An unsigned number of 1 to 32 bits, whatever its Java type: a short of -32768 in a 16-bit field is 32768. */
-class NumberField extends SettingField<Long> {
+public class NumberField extends SettingField<Long> {
     /** Width in bits. */
     final int width;
     private long minimum;
     private long maximum;
     private String unit = "";
 
-    NumberField(String name, int width, String label) {
+    public NumberField(String name, int width, String label) {
         super(name, label);
         this.width = width;
         this.maximum = (1L << width) - 1;
     }
 
-    final NumberField min(long value) {
+    public final NumberField min(long value) {
         minimum = value;
         return this;
     }
 
-    final NumberField max(long value) {
+    public final NumberField max(long value) {
         maximum = value;
         return this;
     }
 
-    final NumberField unit(String text) {
+    public final NumberField unit(String text) {
         unit = " " + text;
         return this;
     }

@@ -1,13 +1,13 @@
 package com.varden.tavo.iscsi.hba;
 
 /** An operation failed. Ends the tool with status 1. */
-final class OperationFailed extends RuntimeException {
+public final class OperationFailed extends RuntimeException {
     private static final long serialVersionUID = 1;
 
     /** The management library's status, 0 when the failure is not one of its own. */
-    final int status;
+    public final int status;
 
-    OperationFailed(String message) {
+    public OperationFailed(String message) {
         this(message, 0);
     }
 

@@ -19,11 +19,11 @@ import java.util.Set;
  * A file that the user names and that is written as a whole or not at all: into a draft beside it, which takes its
  * place when everything is on the disk. A draft does not outlast the command, also when a signal ends it.
  */
-final class OutputFile {
+public final class OutputFile {
     private static final Set<PosixFilePermission> OWNER_ONLY = PosixFilePermissions.fromString("rw-------");
 
     /** What is written. */
-    interface Contents {
+    public interface Contents {
         void writeTo(OutputStream out) throws IOException;
     }
 
@@ -33,7 +33,7 @@ final class OutputFile {
     private boolean over;
 
     /** @throws BadInput when no file can stand under this name */
-    OutputFile(String name) {
+    public OutputFile(String name) {
         path = UserInput.file(name).toPath();
         folder = path.getParent();
         if (Files.exists(path, LinkOption.NOFOLLOW_LINKS) && !Files.isRegularFile(path, LinkOption.NOFOLLOW_LINKS)) {
@@ -54,7 +54,7 @@ final class OutputFile {
     }
 
     /** Writes the file, for its owner alone when it holds secrets. Returns when it would outlast a power cut. */
-    void replace(boolean secret, Contents contents) {
+    public void replace(boolean secret, Contents contents) {
         Runtime.getRuntime().addShutdownHook(new Thread(this::giveUp));
         try {
             try (FileChannel channel = createDraft(); OutputStream out = Channels.newOutputStream(channel)) {

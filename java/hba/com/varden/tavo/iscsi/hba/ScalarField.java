@@ -6,7 +6,7 @@ import java.io.IOException;
 import java.util.Objects;
 
 /** A field with one value, which can be shown. */
-abstract class ScalarField<T> extends Field {
+public abstract class ScalarField<T> extends Field {
     /** What the name of a member with words ends in, beside a number. */
     static final String TEXT = "Text";
 

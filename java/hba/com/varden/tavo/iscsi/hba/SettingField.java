@@ -9,7 +9,7 @@ import picocli.CommandLine.ITypeConverter;
 import picocli.CommandLine.TypeConversionException;
 
 /** A field that can be set, by an option or from a document. */
-abstract class SettingField<T> extends ScalarField<T> implements ITypeConverter<T> {
+public abstract class SettingField<T> extends ScalarField<T> implements ITypeConverter<T> {
     SettingField(String name, String label) {
         super(name, label);
     }

@@ -19,7 +19,7 @@ import java.nio.charset.StandardCharsets;
  * therefore gives the VM the user's standard error for both of its standard streams, where the libraries' lines join
  * the tool's messages, and the user's standard output as one more descriptor, whose number it tells with a property.
  */
-final class Terminal {
+public final class Terminal {
     private static final int BUFFER = 8192;
 
     /** The launcher's word for rows and columns of the terminal that is the user's standard output. */
@@ -144,7 +144,7 @@ final class Terminal {
     }
 
     /** Says something that is not part of the result. */
-    static void message(String text) {
+    public static void message(String text) {
         Progress.end();
         System.err.println("hba: " + TerminalText.lines(text));
     }

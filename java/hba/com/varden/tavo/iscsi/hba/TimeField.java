@@ -11,7 +11,7 @@ import java.time.temporal.ChronoUnit;
  * the entry's seconds and milliseconds; an adapter that does not count from 1970 has no times, and people then see what
  * it counts.
  */
-final class TimeField extends ScalarField<Instant> {
+public final class TimeField extends ScalarField<Instant> {
     /** In September 2001. Nothing was logged before; a count of seconds below this began somewhere else. */
     private static final long EARLIEST = 1_000_000_000;
 
@@ -21,7 +21,7 @@ final class TimeField extends ScalarField<Instant> {
     }
 
     /** The time of an entry, or null. */
-    static Instant of(ConnectionError error) {
+    public static Instant of(ConnectionError error) {
         return error.getSeconds() < EARLIEST ? null
             : Instant.ofEpochSecond(error.getSeconds()).plusMillis(error.getMilliseconds());
     }

@@ -19,7 +19,7 @@ import java.util.Arrays;
 import java.util.List;
 
 /** What the user answers, types and keeps in files. */
-final class UserInput {
+public final class UserInput {
     /** Room for the line with a secret; longer ones are longer than any secret. */
     private static final int LINE = 4096;
     private static final char REPLACEMENT = '\uFFFD';
@@ -29,7 +29,7 @@ final class UserInput {
     private UserInput() {}
 
     /** The file that a name means where the user stands, which is not the VM's current directory. */
-    static File file(String name) {
+    public static File file(String name) {
         File file = new File(name);
         String directory = System.getProperty("hba.directory");
         return (file.isAbsolute() || directory == null ? file : new File(directory, name)).getAbsoluteFile();
@@ -99,7 +99,7 @@ final class UserInput {
     }
 
     /** The first line of a file, or of the standard input for "-". The caller clears it. */
-    static byte[] firstLine(String name) {
+    public static byte[] firstLine(String name) {
         byte[] bytes = new byte[LINE];
         // Read without a buffer that would keep a copy.
         try (InputStream in = name.equals("-") ? new FileInputStream(FileDescriptor.in)

@@ -1,0 +1,142 @@
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.io.IOException;
+import java.net.Socket;
+import java.net.SocketTimeoutException;
+import java.nio.charset.StandardCharsets;
+import java.util.ArrayList;
+import java.util.List;
+import java.util.concurrent.ConcurrentLinkedQueue;
+import java.util.concurrent.TimeUnit;
+import org.junit.jupiter.api.Test;
+
+/** Many clients, and bad ones. With -Dtavo.long=true for a minute, and 10,000 bad requests. */
+final class LoadTest extends ToolTest {
+    private static final boolean LONG = Boolean.getBoolean("tavo.long");
+    private static final int SCRAPERS = 50;
+    private static final int SECONDS = LONG ? 60 : 5;
+    private static final int WARM_UP = 3; // seconds
+    private static final int BAD_REQUESTS = LONG ? 10_000 : 1_000;
+    private static final String REQUEST = "GET /metrics HTTP/1.1\r\nHost: localhost\r\n"
+        + "Accept: application/openmetrics-text\r\nConnection: close\r\n\r\n";
+    private static final long LARGEST_GROWTH = 8 * 1024; // KiB
+
+    @Test
+    void manyScrapers() throws IOException, InterruptedException {
+        try (Server server = new Server(tool)) {
+            Server.await("525 targets", () -> server.text("/metrics").split("\ntavoiscsi_target_info").length == 526);
+            ConcurrentLinkedQueue<Long> times = new ConcurrentLinkedQueue<>();
+            List<Thread> scrapers = new ArrayList<>();
+            // Not before both virtual machines have warmed up.
+            long from = System.nanoTime() + TimeUnit.SECONDS.toNanos(WARM_UP);
+            long end = from + TimeUnit.SECONDS.toNanos(SECONDS);
+            for (int i = 0; i < SCRAPERS; i++) {
+                long offset = i * 1000L / SCRAPERS;
+                Thread scraper = new Thread(() -> scrape(server, offset, from, end, times));
+                scrapers.add(scraper);
+                scraper.start();
+            }
+            Thread.sleep((WARM_UP * 4 + SECONDS) * 250L);
+            long memory = server.memory();
+            for (Thread scraper : scrapers) {
+                scraper.join();
+            }
+            assertFlat(memory, server.memory());
+            List<Long> sorted = times.stream().sorted().toList();
+            assertTrue(sorted.size() > SCRAPERS * (SECONDS - 2), () -> sorted.size() + " answers");
+            long slowest = sorted.get(sorted.size() * 99 / 100);
+            assertTrue(slowest < 100_000_000L, () -> "99 of 100 answers within " + slowest / 1_000_000 + " ms");
+        }
+    }
+
+    // Once a second; a failure shows in the number of answers.
+    private static void scrape(Server server, long offset, long from, long end, ConcurrentLinkedQueue<Long> times) {
+        try {
+            Thread.sleep(offset);
+            while (System.nanoTime() < end) {
+                long begin = System.nanoTime();
+                assertTrue(server.send(REQUEST).endsWith("# EOF\n"));
+                if (begin >= from) {
+                    times.add(System.nanoTime() - begin);
+                }
+                Thread.sleep(1000);
+            }
+        } catch (IOException e) {
+            throw new IllegalStateException(e);
+        } catch (InterruptedException e) {
+            Thread.currentThread().interrupt();
+        }
+    }
+
+    private static void assertFlat(long before, long after) {
+        assertTrue(after - before < LARGEST_GROWTH, () -> "memory went from " + before + " to " + after + " KiB");
+    }
+
+    /** Slow, oversized and broken requests cost those who send them, and nobody else. */
+    @Test
+    void hostileClients() throws IOException, InterruptedException {
+        try (Server server = new Server(tool)) {
+            Server.await("adapters", () -> server.text("/data/adapters").contains("\"dev\":3"));
+            List<Socket> slow = new ArrayList<>();
+            for (int i = 0; i < 48; i++) {
+                slow.add(server.connect());
+                slow.get(i).getOutputStream().write("GET /metrics HTTP/1.1\r\nHost: loc".getBytes());
+            }
+            long begin = System.nanoTime();
+            server.text("/metrics");
+            assertTrue(System.nanoTime() - begin < TimeUnit.SECONDS.toNanos(2), "slow clients keep nobody waiting");
+            // More than there are connections for: the rest is closed at once.
+            for (int i = 48; i < 80; i++) {
+                slow.add(server.connect());
+            }
+            Thread.sleep(500);
+            long refused = slow.stream().skip(48).filter(socket -> isClosed(socket, 10)).count();
+            assertTrue(refused >= 80 - 64, () -> refused + " of 80 connections were refused");
+
+            slow.forEach(socket -> assertTrue(isClosed(socket, 15_000), "a request ends after 10 s"));
+            assertTrue(System.nanoTime() - begin > TimeUnit.SECONDS.toNanos(8), "a request has 10 s");
+            server.text("/metrics");
+
+            for (String request : List.of("GET /" + "x".repeat(20_000) + " HTTP/1.1\r\n\r\n",
+                "GET / HTTP/1.1\r\nHost: localhost\r\nX: " + "x".repeat(20_000) + "\r\n\r\n",
+                "GET / HTTP/1.1\r\nHost: localhost\r\n" + "X: y\r\n".repeat(3000) + "\r\n")) {
+                String answer = server.send(request);
+                assertFalse(answer.startsWith("HTTP/1.1 2"), answer);
+            }
+            long memory = 0;
+            for (int i = 0; i < BAD_REQUESTS; i++) {
+                String request = switch (i % 5) {
+                    case 0 -> "\0\1\2\3\r\n\r\n";
+                    case 1 -> "GET\r\n\r\n";
+                    case 2 -> "GET / HTTP/9.9\r\n:\r\n\r\n";
+                    case 3 -> "GET //%zz HTTP/1.1\r\nHost: localhost\r\n\r\n";
+                    default -> "POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: -5\r\n\r\n";
+                };
+                try (Socket socket = server.connect()) {
+                    socket.getOutputStream().write(request.getBytes(StandardCharsets.ISO_8859_1));
+                }
+                if (i == BAD_REQUESTS / 4) {
+                    memory = server.memory();
+                }
+            }
+            assertFlat(memory, server.memory());
+            assertTrue(server.text("/metrics").contains("tavoiscsi_adapter_link_up"));
+            server.process.destroy();
+            assertTrue(server.process.waitFor(1, TimeUnit.SECONDS), "SIGTERM ends it within a second");
+            assertEquals(143, server.process.exitValue());
+        }
+    }
+
+    private static boolean isClosed(Socket socket, int milliseconds) {
+        try {
+            socket.setSoTimeout(milliseconds);
+            return socket.getInputStream().read() < 0;
+        } catch (SocketTimeoutException e) {
+            return false;
+        } catch (IOException e) {
+            return true;
+        }
+    }
+}
