@@ -16,7 +16,7 @@ final class ListingTest extends ToolTest {
             tool.run("target list 0 --columns=target-id,retryCount --sort=-targetID --no-headers").expect(0).out()
                 .replaceFirst("(?s)\\n17 .*", "\n"));
         tool.run("target list 0 --columns=+alias --sort=state,-alias").expect(0).shows(
-            "TCP port  Alias\n100        configured (1)", "IP address  TCP port  Alias");
+            "IP address  Port  Alias\n100     configured (1)");
         assertEquals("targetID,state,maxBurstSize,alias\n0,logged in,262144,\"a \"\"b\"\", c\"\n",
             named("a \"b\", c").run("target list 0 --csv --columns=targetID,state,maxBurstSize,alias").expect(0).out()
                 .replaceFirst("(?s)\\n1,.*", "\n"));
