@@ -128,7 +128,7 @@ final class TextOutput {
             private void measure(boolean withHeading, boolean brief) {
                 width = withHeading ? heading.length() : 0;
                 for (int row = 0; row < cells.size(); row++) {
-                    width = Math.max(width, text(row, brief).length());
+                    width = Math.max(width, TerminalText.width(text(row, brief)));
                 }
             }
         }
@@ -193,16 +193,16 @@ final class TextOutput {
 
         // iSCSI names differ at their ends.
         private static String cut(String value, int width) {
-            if (value.length() <= width) {
+            if (TerminalText.width(value) <= width) {
                 return value;
             }
             int tail = (width - CUT.length()) / 2;
-            return value.substring(0, width - CUT.length() - tail) + CUT + value.substring(value.length() - tail);
+            return TerminalText.head(value, width - CUT.length() - tail) + CUT + TerminalText.tail(value, tail);
         }
 
         private static void append(StringBuilder line, Column column, String value, boolean trouble) {
             String text = cut(value, column.width);
-            String blanks = " ".repeat(column.width - text.length());
+            String blanks = " ".repeat(column.width - TerminalText.width(text));
             line.append(column.right ? blanks : "").append(trouble ? Terminal.highlighted(text) : text)
                 .append(column.right ? "" : blanks).append(GAP);
         }
