@@ -190,10 +190,13 @@ final class HostAdapterTest extends ToolTest {
         tool.run("isns set 0 --enable-isns-discovery-flag=yes --server-ip-address=" + address).expect(0);
         tool.run("isns targets 0").expect(1).says("ERR_UNREACHABLE");
         daemons.add(shell("exec setpriv --pdeathsig KILL isnsd -4 -f -c server"));
-        administer("n=0; until isnsadm -c client --register entity=shelf target=" + PREFIX
-            + "shelf,alias=top portal=10.9.0.1:3261; do n=$((n + 1)); [ $n -lt 100 ] || exit 1; sleep 0.1; done");
-        String found = tool.json("isns targets 0").toString();
-        assertTrue(Stream.of(PREFIX + "shelf", "\"top\"", "10.9.0.1", "3261").allMatch(found::contains), found);
+        administer("disks=$(for n in $(seq 40); do echo target=" + PREFIX + "shelf$n,alias=unit$n; done); "
+            + "n=0; until isnsadm -c client --register entity=shelf $disks portal=10.9.0.1:3261 portal=[fd09::1]:3262; "
+            + "do n=$((n + 1)); [ $n -lt 100 ] || exit 1; sleep 0.1; done");
+        JsonElement found = tool.json("isns targets 0");
+        assertEquals(40, found.getAsJsonArray().size());
+        assertTrue(Stream.of(PREFIX + "shelf40\"", "\"unit1\"", "10.9.0.1", "3261")
+            .allMatch(found.toString()::contains), found::toString);
     }
 
     @Test

@@ -16,13 +16,17 @@ final class ListingTest extends ToolTest {
             tool.run("target list 0 --columns=target-id,retryCount --sort=-targetID --no-headers").expect(0).out()
                 .replaceFirst("(?s)\\n17 .*", "\n"));
         tool.run("target list 0 --columns=+alias --sort=state,-alias").expect(0).shows(
-            "TCP port  Alias\n100        configured (1)", "IP address  TCP port  Alias");
+            "IP address  Port  Alias\n100     configured (1)");
         assertEquals("targetID,state,maxBurstSize,alias\n0,logged in,262144,\"a \"\"b\"\", c\"\n",
             named("a \"b\", c").run("target list 0 --csv --columns=targetID,state,maxBurstSize,alias").expect(0).out()
                 .replaceFirst("(?s)\\n1,.*", "\n"));
         assertEquals("IPAddress\n10.20.0.9\n10.20.0.11\n", named("x").run(
             "target list 0 --csv --columns=IPAddress --sort=IPAddress").expect(0).out()
                 .replaceFirst("(?s)11\\n.*", "11\n"));
+        // Wide characters take two columns, marks on others none.
+        named("\u65e5\u672ce\u0301").run("target list 0 --columns=alias,IPAddress").expect(0).shows(
+            "\n\u65e5\u672ce\u0301" + " ".repeat(29) + "10.20.0.11\n",
+            "\nan alias of thirty-two character  10.20.0.13\n");
         tool.refused("target list 0 --columns=targetId,stat", "no column 'stat'", "Did you mean 'state'?");
         tool.refused("discover 0 10.24.1.1 --sort=", "no column ''");
         tool.refused("discover 0 10.24.1.1 --csv --json", "do not go with --json");

@@ -74,7 +74,7 @@ final class TerminalTest extends ToolTest {
         assertEquals(4, looks.length);
         for (int i = 1; i < looks.length; i++) {
             assertEquals(23, looks[i].lines().filter(line -> line.contains("\033[K")).count(), looks[i]);
-            assertTrue(looks[i].startsWith("Target ID"), looks[i]);
+            assertTrue(looks[i].startsWith("Target  State"), looks[i]);
         }
     }
 

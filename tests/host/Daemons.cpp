@@ -1,7 +1,6 @@
 // Servers for the tests, see Daemons.h.
 #include "Daemons.h"
 
-#include "Fields.h"
 #include "ScriptedTarget.h"
 
 #include <spawn.h>
@@ -13,7 +12,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <thread>
 
@@ -153,33 +151,4 @@ void TargetDaemon::administer(const std::string &options)
 bool TargetDaemon::tell(const std::string &options) const
 {
     return run("TGT_IPC_SOCKET=" + folder_.path + "/control tgtadm --lld iscsi " + options);
-}
-
-IsnsDaemon::IsnsDaemon()
-    : address_("127.99." + std::to_string(getpid() / 250 % 250) + "." + std::to_string(1 + getpid() % 250))
-{
-    std::filesystem::create_directory(folder_.path + "/database");
-    std::ofstream(folder_.path + "/server") << "SourceName = iqn.2024-01.example:isns\n"
-                                            << "Database = " << folder_.path << "/database\n"
-                                            << "PIDFile = " << folder_.path << "/pid\n"
-                                            << "BindAddress = " << address_ << "\n"
-                                            << "DefaultDiscoveryDomain = 1\nSecurity = 0\nESIMinInterval = 0\n";
-    std::ofstream(folder_.path + "/client")
-        << "SourceName = iqn.2024-01.example:admin\nSecurity = 0\nServerAddress = " << address_ << "\n";
-    process_ = std::make_unique<ChildProcess>("isnsd -4 -f -c " + folder_.path + "/server >" + folder_.path + "/log");
-}
-
-ISCSIIPADDR IsnsDaemon::address() const
-{
-    return makeAddress(address_);
-}
-
-void IsnsDaemon::addTargets(const std::string &prefix, int count)
-{
-    std::string command = "isnsadm -c " + folder_.path + "/client --register entity=" + prefix;
-    for (int number = 0; number < count; ++number) {
-        command += " target=" + prefix + std::to_string(number) + ",alias=unit" + std::to_string(number);
-    }
-    command += " portal=10.9.0.1:3260 portal=[fd09::1]:3261";
-    await("isnsadm", [&] { return run(command); });
 }

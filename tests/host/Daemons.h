@@ -75,19 +75,3 @@ private:
     std::vector<std::string> history_;
     std::unique_ptr<ChildProcess> process_;
 };
-
-// isnsd on a loopback address of its own, since its port is fixed.
-class IsnsDaemon
-{
-public:
-    IsnsDaemon();
-
-    ISCSIIPADDR address() const;
-    // Registers targets named PREFIX0, PREFIX1, ... with two portals each.
-    void addTargets(const std::string &prefix, int count);
-
-private:
-    TemporaryFolder folder_;
-    std::string address_;
-    std::unique_ptr<ChildProcess> process_;
-};

@@ -1,4 +1,4 @@
-// What the host adapter finds out of the network around it: interfaces, counters, neighbours, ping, iSNS.
+// What the host adapter finds out of the network around it: interfaces, neighbours, ping, silence.
 #include "Fields.h"
 #include "PortTest.h"
 
@@ -6,23 +6,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <set>
 #include <string>
 
 namespace
 {
 
 using namespace std::chrono_literals;
-
-SD_UINT64 kernelCounter(const std::string &name)
-{
-    SD_UINT64 value = 0;
-    std::ifstream("/sys/class/net/lo/statistics/" + name) >> value;
-    return value;
-}
 
 PingRequest pingOf(const std::string &address)
 {
@@ -49,27 +39,6 @@ TEST(Network, AdaptersAreTheInterfacesThatAreNamed)
     EXPECT_TRUE(getText(factorySettings(*loopback).block.iSCSIName).starts_with("iqn."));
 }
 
-TEST(Network, CountersAreTheKernels)
-{
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
-    port->ping(pingOf("127.0.0.1"));
-    for (int attempt = 0; attempt < 100; ++attempt) { // others may use the interface in between
-        const SD_UINT64 before = kernelCounter("rx_bytes");
-        const HBAPORTSTATISCSI counted = port->counted();
-        if (before == kernelCounter("rx_bytes")) {
-            EXPECT_EQ(counted.MACRxBytesCount, before);
-            EXPECT_EQ(counted.MACTxBytesCount, kernelCounter("tx_bytes"));
-            EXPECT_EQ(counted.MACRxFramesCount, kernelCounter("rx_packets"));
-            EXPECT_GT(counted.IPTxPacketsCount, 0U);
-            EXPECT_GT(counted.IPRxBytesCount, 0U);
-            EXPECT_EQ(counted.iSCSITxPDUCount, 0U);
-            return;
-        }
-    }
-    GTEST_SKIP() << "the loopback interface is never idle";
-}
-
 TEST(Network, PingIsAnsweredOrNot)
 {
     Counters counters;
@@ -83,35 +52,6 @@ TEST(Network, PingIsAnsweredOrNot)
     EXPECT_TRUE(port->linkUp());
     EXPECT_EQ(toText(port->addresses()->address), "127.0.0.1");
     EXPECT_EQ(toText(port->addresses()->subnetMask), "255.0.0.0");
-}
-
-TEST(Network, IsnsTellsOfTargetsAndTheirPortals)
-{
-    if (!isInstalled("isnsd")) {
-        GTEST_SKIP() << "isnsd is not installed";
-    }
-    constexpr int count = 40;
-    IsnsDaemon server;
-    server.addTargets("iqn.2024-01.example:shelf", count);
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
-    const IsnsResult found = port->queryIsns(server.address(), "iqn.2024-01.example:initiator", 5s);
-    EXPECT_EQ(found.reach, Reach::session);
-    ASSERT_EQ(found.targets.size(), static_cast<std::size_t>(count));
-    std::set<std::string> names;
-    for (const SDM_ISNS_DISCOVERED_TARGET &target : found.targets) {
-        names.insert(getText(target.targetName));
-        EXPECT_TRUE(getText(target.targetAlias).starts_with("unit"));
-        std::set<std::string> portals;
-        for (SD_UINT32 portal = 0; portal < target.numPortals; ++portal) {
-            portals.insert(toText(target.targetPortal[portal].ipAddr) + " "
-                           + std::to_string(target.targetPortal[portal].port));
-        }
-        EXPECT_EQ(portals, (std::set<std::string>{"10.9.0.1 3260", "fd09::1 3261"}));
-    }
-    EXPECT_EQ(names.size(), static_cast<std::size_t>(count));
-    EXPECT_EQ(port->queryIsns(makeAddress("127.98.0.1"), "iqn.2024-01.example:initiator", 5s).reach,
-              Reach::unreachable);
 }
 
 // What only a network of its own shows: runs in a process that has one, with a neighbour at the other end of a cable

@@ -27,7 +27,8 @@ final class AdapterInformation {
     private static final Field DHCP_STATE =
         new CodeField("dhcpState", 16, "DHCP state", DhcpState.MEANINGS).readOnly();
     static final Field LINK_STATUS =
-        new CodeField("linkStatus", 16, "Link status", LinkState.MEANINGS).trouble(LinkState.DOWN).readOnly();
+        new CodeField("linkStatus", 16, "Link status", LinkState.MEANINGS).trouble(LinkState.DOWN).heading("Link")
+            .readOnly();
 
     private AdapterInformation() {}
 

@@ -26,13 +26,13 @@ final class AdapterStatusCommand extends Command {
                 return !((AdapterStatus) owner).targets(TargetState.CONFIGURED).isEmpty();
             }
         },
-        new QuantityField<Integer>("errorCount", "Errors (24 h)") {
+        new QuantityField<Integer>("errorCount", "Errors 24 h") {
             @Override
             Integer get(Object owner) {
                 return ((AdapterStatus) owner).errors();
             }
         },
-        new FlagField("resetPending", "Reset pending"));
+        new FlagField("resetPending", "Reset"));
 
     private final PositionalParamSpec dev =
         parameter("DEV", "0..1", Adapter.INDEX, "Adapter, 0 to 31; all of them without it.");

@@ -36,6 +36,11 @@ class CodeField extends NumberField {
     }
 
     @Override
+    final String brief(Object owner) {
+        return plain(owner);
+    }
+
+    @Override
     final String asideName() {
         return name + TEXT;
     }

@@ -147,7 +147,7 @@ final class DeviceDatabaseChanges {
         int state = entry.getState();
         if (!StateField.isKnown(state) && state != there.getState()) {
             throw new BadInput(place + ": state " + Integer.toUnsignedString(state) + " is not known: 0 frees the "
-                + "entry, 1 configured, 2 session, 3 logged out. --force writes it all the same.");
+                + "entry, 1 configured, 2 logged in, 3 logged out. --force writes it all the same.");
         }
         String name = NodeInfo.NAME.get(entry.getNodeInfo());
         boolean kept = there.getState() != TargetState.FREE && NodeInfo.NAME.isSame(name,

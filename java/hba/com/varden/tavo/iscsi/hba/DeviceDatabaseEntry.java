@@ -14,7 +14,7 @@ import java.util.StringJoiner;
 final class DeviceDatabaseEntry {
     /** Slots run from 0 to this. */
     static final int LAST_SLOT = 511;
-    static final NumberField TARGET_ID = new NumberField("targetID", 32, "Target ID").max(LAST_SLOT);
+    static final NumberField TARGET_ID = new NumberField("targetID", 32, "Target ID").max(LAST_SLOT).heading("Target");
     /** The session's own once there is one: whatever was written, a login sets it anew. */
     private static final NumberField SESSION_HANDLE = new NumberField("targetSessionID", 16, "Target session ID") {
         @Override

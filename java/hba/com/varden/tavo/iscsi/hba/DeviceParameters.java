@@ -7,7 +7,7 @@ final class DeviceParameters {
     static final TextField TARGET_ADDRESS = new TextField("targetAddress", 32, "Target address");
     /** The port of a portal where nothing else is said. */
     static final int ISCSI_PORT = 3260;
-    static final NumberField PORT = new NumberField("portNumber", 16, "TCP port");
+    static final NumberField PORT = new NumberField("portNumber", 16, "TCP port").heading("Port");
 
     static final RecordTable TABLE = new RecordTable(
         TARGET_ADDRESS,

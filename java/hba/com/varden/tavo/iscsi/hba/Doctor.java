@@ -215,12 +215,13 @@ final class Doctor extends Command {
         }
         for (Finding finding : findings) {
             String result = switch (finding.result) {
-                case OK -> "ok";
-                case WARNING -> "warning";
-                case FAILED -> "FAILED";
-                case SKIPPED -> "-";
+                case OK -> "ok      ";
+                case WARNING -> "warning ";
+                case FAILED -> Terminal.highlighted("FAILED") + "  ";
+                case SKIPPED -> "-       ";
             };
-            System.out.println(String.format("%-8s %-20s", result, finding.check) + TerminalText.of(finding.detail));
+            System.out.println(
+                result + String.format(" %-20s", finding.check) + TerminalText.of(finding.detail));
             if (!finding.advice.isEmpty()) {
                 System.out.println("         " + TerminalText.of(finding.advice));
             }

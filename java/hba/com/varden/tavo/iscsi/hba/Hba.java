@@ -11,11 +11,14 @@ import picocli.CommandLine.UnmatchedArgumentException;
 
 /** The tool's entry. */
 public final class Hba {
+    /** The hidden command with which the class archive is made. */
+    private static final String EACH = "__each";
+
     private Hba() {}
 
     public static void main(String[] arguments) throws ReflectiveOperationException {
         Terminal.start();
-        int status = run(arguments);
+        int status = arguments.length > 0 && arguments[0].equals(EACH) ? runEach(arguments) : run(arguments);
         if (!Terminal.finish()) {
             if (Terminal.readerHasGone()) {
                 status = Command.PIPE_CLOSED;
@@ -27,6 +30,15 @@ public final class Hba {
         System.err.flush();
         Interruption.over();
         System.exit(status);
+    }
+
+    /** Runs several command lines, one in each argument; returns the largest exit status. */
+    private static int runEach(String[] arguments) {
+        int status = Command.DONE;
+        for (String line : Arrays.asList(arguments).subList(1, arguments.length)) {
+            status = Math.max(status, run(line.split(" ")));
+        }
+        return status;
     }
 
     private static int run(String[] arguments) {

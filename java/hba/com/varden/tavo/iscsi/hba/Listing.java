@@ -39,6 +39,11 @@ final class Listing {
             return owner == null ? "" : field.show(owner);
         }
 
+        String brief(Object row) {
+            Object owner = owner(row);
+            return owner == null ? "" : field.brief(owner);
+        }
+
         String plain(Object row) {
             Object owner = owner(row);
             return owner == null ? "" : field.plain(owner);
@@ -176,25 +181,14 @@ final class Listing {
     }
 
     private void printColumns(PrintStream out, List<Object> rows) {
-        List<Column> shown = shown();
-        String[] headings = new String[shown.size()];
-        for (int i = 0; i < headings.length; i++) {
-            headings[i] = shown.get(i).field.label;
-        }
-        TextOutput.Columns text = new TextOutput.Columns(headings);
-        for (Object row : rows) {
-            Object[] cells = new Object[headings.length];
-            boolean[] trouble = new boolean[headings.length];
-            for (int i = 0; i < headings.length; i++) {
-                cells[i] = shown.get(i).show(row);
-                trouble[i] = shown.get(i).isTrouble(row);
+        TextOutput.Columns text = new TextOutput.Columns();
+        for (Column column : shown()) {
+            List<TextOutput.Cell> cells = new ArrayList<>();
+            for (Object row : rows) {
+                cells.add(new TextOutput.Cell(TerminalText.of(column.show(row)), TerminalText.of(column.brief(row)),
+                    column.isTrouble(row)));
             }
-            text.row(trouble, cells);
-        }
-        for (int i = 0; i < headings.length; i++) {
-            if (shown.get(i).field instanceof QuantityField) {
-                text.alignRight(i);
-            }
+            text.add(column.field.heading(), cells, column.field.canBeCut(), column.field instanceof QuantityField);
         }
         text.print(out, !Command.isSet(noHeaders));
     }

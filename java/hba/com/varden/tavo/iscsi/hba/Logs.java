@@ -54,6 +54,11 @@ final class Logs {
         }
 
         @Override
+        boolean canBeCut() {
+            return true;
+        }
+
+        @Override
         String plain(Object owner) {
             int detail = get(owner).intValue();
             if (detail == 0) {
@@ -88,8 +93,7 @@ final class Logs {
         Errors() {
             super("Shows the log of connection errors, oldest first, in local time. An adapter that does not count "
                 + "from 1970 has its seconds shown instead.");
-            listing(ERROR, "time", "deviceIndex", "connState", "entryType", "errorType", "errorDetail",
-                "dupErrorCnt");
+            listing(ERROR, "time", "deviceIndex", "entryType", "errorType", "errorDetail", "dupErrorCnt");
         }
 
         @Override

@@ -9,6 +9,7 @@ public class NumberField extends SettingField<Long> {
     private long minimum;
     private long maximum;
     private String unit = "";
+    private String heading;
 
     public NumberField(String name, int width, String label) {
         super(name, label);
@@ -29,6 +30,17 @@ public class NumberField extends SettingField<Long> {
     public final NumberField unit(String text) {
         unit = " " + text;
         return this;
+    }
+
+    /** A word for the label that is short enough for the heading of a column. */
+    final NumberField heading(String text) {
+        heading = text;
+        return this;
+    }
+
+    @Override
+    final String heading() {
+        return heading == null ? label : heading;
     }
 
     @Override

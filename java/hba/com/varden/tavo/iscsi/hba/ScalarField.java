@@ -33,6 +33,21 @@ public abstract class ScalarField<T> extends Field {
         return value == null ? "" : value.toString();
     }
 
+    /** What stands above the values in a list. */
+    String heading() {
+        return label;
+    }
+
+    /** What a list may show when a terminal is too narrow for all of the value. */
+    String brief(Object owner) {
+        return show(owner);
+    }
+
+    /** Whether a list may cut the value before it cuts others: a part of the text says something, too. */
+    boolean canBeCut() {
+        return false;
+    }
+
     /** What lists are sorted by; null, for nothing, comes first. */
     Comparable<?> sortKey(Object owner) {
         T value = get(owner);

@@ -13,6 +13,8 @@ import java.nio.charset.StandardCharsets;
  */
 final class TerminalText {
     private static final String NOTHING = "-";
+    /** Below this every character takes one column. */
+    private static final char FIRST_MARK = '\u0300';
 
     private TerminalText() {}
 
@@ -28,6 +30,50 @@ final class TerminalText {
     /** Text of the tool's own that may have lines and tabs and hold texts of others. */
     static String lines(String text) {
         return replaced(text, true);
+    }
+
+    /** How many columns of a terminal the text takes: two for each wide character, none for a mark on another. */
+    static int width(String text) {
+        int width = 0;
+        for (int i = 0; i < text.length(); i++) {
+            width += width(text.charAt(i));
+        }
+        return width;
+    }
+
+    // The wide blocks of Unicode up to U+FFFF: Korean letters, Chinese and Japanese ones, their full-width Latin.
+    private static int width(char c) {
+        int type = c < FIRST_MARK ? Character.OTHER_LETTER : Character.getType(c);
+        if (type == Character.NON_SPACING_MARK || type == Character.ENCLOSING_MARK) {
+            return 0;
+        }
+        boolean wide = c >= '\u1100' && c <= '\u115F' || c >= '\u2E80' && c <= '\uA4CF' || c >= '\uAC00' && c <= '\uD7A3'
+            || c >= '\uF900' && c <= '\uFAFF' || c >= '\uFE30' && c <= '\uFE6F' || c >= '\uFF00' && c <= '\uFF60';
+        return wide ? 2 : 1;
+    }
+
+    /** As much of the text's beginning as this many columns hold. */
+    static String head(String text, int columns) {
+        int end = 0;
+        for (int width = 0; end < text.length(); end++) {
+            width += width(text.charAt(end));
+            if (width > columns) {
+                break;
+            }
+        }
+        return text.substring(0, end);
+    }
+
+    /** As much of the text's end as this many columns hold. */
+    static String tail(String text, int columns) {
+        int start = text.length();
+        for (int width = 0; start > 0; start--) {
+            width += width(text.charAt(start - 1));
+            if (width > columns) {
+                break;
+            }
+        }
+        return text.substring(start);
     }
 
     private static String replaced(String text, boolean keepLines) {

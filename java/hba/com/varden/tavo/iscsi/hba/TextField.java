@@ -13,6 +13,11 @@ final class TextField extends SettingField<String> {
     }
 
     @Override
+    boolean canBeCut() {
+        return true;
+    }
+
+    @Override
     String range() {
         return "text of at most " + limit + " bytes";
     }

@@ -86,106 +86,125 @@ final class TextOutput {
         }
     }
 
-    /** Rows under headings. The widest columns give way when a row would be wider than the terminal. */
+    /**
+     * A value in a list.
+     *
+     * @param brief what may stand for it when the terminal is too narrow
+     * @param trouble whether it is to catch the eye
+     */
+    record Cell(String text, String brief, boolean trouble) {}
+
+    /**
+     * Columns of equally many cells. When they are wider than the terminal, first those that can be cut give way, then
+     * all cells become brief, and at last every column gives way, the widest before others.
+     */
     static final class Columns {
         private static final String GAP = "  ";
         private static final String CUT = "...";
-        /** No column is cut below this, so that something of each value is left. */
+        /** Of a value that can be cut this much is left, and of each in the end. */
+        private static final int TELLING = 16;
         private static final int NARROWEST = 5;
 
-        private final String[] headings;
-        private final boolean[] right;
-        private final List<String[]> rows = new ArrayList<>();
-        private final List<boolean[]> troubles = new ArrayList<>();
+        private final List<Column> columns = new ArrayList<>();
 
-        Columns(String... headings) {
-            this.headings = headings;
-            right = new boolean[headings.length];
-        }
+        private static final class Column {
+            private final String heading;
+            private final List<Cell> cells;
+            private final boolean canBeCut;
+            private final boolean right;
+            private int width;
 
-        Columns row(Object... values) {
-            return row(new boolean[headings.length], values);
-        }
-
-        /** A row, and which of its values are to catch the eye. */
-        Columns row(boolean[] trouble, Object[] values) {
-            String[] row = new String[headings.length];
-            for (int i = 0; i < row.length; i++) {
-                row[i] = TerminalText.of(values[i]);
+            private Column(String heading, List<Cell> cells, boolean canBeCut, boolean right) {
+                this.heading = heading;
+                this.cells = cells;
+                this.canBeCut = canBeCut;
+                this.right = right;
             }
-            rows.add(row);
-            troubles.add(trouble);
-            return this;
+
+            private String text(int row, boolean brief) {
+                return brief ? cells.get(row).brief : cells.get(row).text;
+            }
+
+            private void measure(boolean withHeading, boolean brief) {
+                width = withHeading ? heading.length() : 0;
+                for (int row = 0; row < cells.size(); row++) {
+                    width = Math.max(width, TerminalText.width(text(row, brief)));
+                }
+            }
         }
 
-        void alignRight(int column) {
-            right[column] = true;
-        }
-
-        void print(PrintStream out) {
-            print(out, true);
+        void add(String heading, List<Cell> cells, boolean canBeCut, boolean right) {
+            columns.add(new Column(heading, cells, canBeCut, right));
         }
 
         void print(PrintStream out, boolean withHeadings) {
-            int[] widths = new int[headings.length];
+            boolean brief = fit(withHeadings, Terminal.columns(Integer.MAX_VALUE / 2));
             if (withHeadings) {
-                measure(widths, headings);
+                StringBuilder line = new StringBuilder();
+                for (Column column : columns) {
+                    append(line, column, column.heading, false);
+                }
+                out.println(line.toString().stripTrailing());
             }
-            for (String[] row : rows) {
-                measure(widths, row);
-            }
-            int excess = GAP.length() * (widths.length - 1) - Terminal.columns(Integer.MAX_VALUE / 2);
-            for (int width : widths) {
-                excess += width;
-            }
-            for (int widest = widest(widths); excess > 0 && widths[widest] > NARROWEST; widest = widest(widths)) {
-                widths[widest]--;
-                excess--;
-            }
-            if (withHeadings) {
-                line(out, widths, headings, new boolean[headings.length]);
-            }
-            for (int i = 0; i < rows.size(); i++) {
-                line(out, widths, rows.get(i), troubles.get(i));
+            int rows = columns.get(0).cells.size();
+            for (int row = 0; row < rows; row++) {
+                StringBuilder line = new StringBuilder();
+                for (Column column : columns) {
+                    append(line, column, column.text(row, brief), column.cells.get(row).trouble);
+                }
+                out.println(line.toString().stripTrailing());
             }
         }
 
-        private static void measure(int[] widths, String[] row) {
-            for (int i = 0; i < widths.length; i++) {
-                widths[i] = Math.max(widths[i], row[i].length());
-            }
-        }
-
-        private static int widest(int[] widths) {
-            int widest = 0;
-            for (int i = 1; i < widths.length; i++) {
-                if (widths[i] > widths[widest]) {
-                    widest = i;
+        /** Finds the widths; whether the cells have to be brief. */
+        private boolean fit(boolean withHeadings, int room) {
+            for (boolean brief : new boolean[] {false, true}) {
+                for (Column column : columns) {
+                    column.measure(withHeadings, brief);
+                }
+                if (narrow(room, TELLING, true)) {
+                    return brief;
                 }
             }
-            return widest;
+            narrow(room, NARROWEST, false);
+            return true;
+        }
+
+        /** Takes from the widest columns, down to the least width; whether that is enough. */
+        private boolean narrow(int room, int least, boolean onlyTexts) {
+            int excess = GAP.length() * (columns.size() - 1) - room;
+            for (Column column : columns) {
+                excess += column.width;
+            }
+            for (; excess > 0; excess--) {
+                Column widest = null;
+                for (Column column : columns) {
+                    if ((column.canBeCut || !onlyTexts) && column.width > (widest == null ? least : widest.width)) {
+                        widest = column;
+                    }
+                }
+                if (widest == null) {
+                    return false;
+                }
+                widest.width--;
+            }
+            return true;
         }
 
         // iSCSI names differ at their ends.
         private static String cut(String value, int width) {
-            if (value.length() <= width) {
+            if (TerminalText.width(value) <= width) {
                 return value;
             }
             int tail = (width - CUT.length()) / 2;
-            return value.substring(0, width - CUT.length() - tail) + CUT + value.substring(value.length() - tail);
+            return TerminalText.head(value, width - CUT.length() - tail) + CUT + TerminalText.tail(value, tail);
         }
 
-        private void line(PrintStream out, int[] widths, String[] row, boolean[] trouble) {
-            StringBuilder line = new StringBuilder();
-            int blanks = 0;
-            for (int i = 0; i < widths.length; i++) {
-                String text = cut(row[i], widths[i]);
-                int rest = widths[i] - text.length();
-                pad(line, line.length() + blanks + (right[i] ? rest : 0));
-                line.append(trouble[i] ? Terminal.highlighted(text) : text);
-                blanks = GAP.length() + (right[i] ? 0 : rest);
-            }
-            out.println(line);
+        private static void append(StringBuilder line, Column column, String value, boolean trouble) {
+            String text = cut(value, column.width);
+            String blanks = " ".repeat(column.width - TerminalText.width(text));
+            line.append(column.right ? blanks : "").append(trouble ? Terminal.highlighted(text) : text)
+                .append(column.right ? "" : blanks).append(GAP);
         }
     }
 }

@@ -1,6 +1,7 @@
 package com.varden.tavo.iscsi.hba;
 
 import com.varden.tavo.iscsi.model.ConnectionError;
+import java.math.BigDecimal;
 import java.time.Instant;
 import java.time.LocalDateTime;
 import java.time.ZoneId;
@@ -36,7 +37,7 @@ public final class TimeField extends ScalarField<Instant> {
         Instant time = get(owner);
         if (time == null) {
             ConnectionError error = (ConnectionError) owner;
-            return error.getSeconds() + " s + " + error.getMilliseconds() + " ms";
+            return BigDecimal.valueOf(error.getSeconds() * 1000 + error.getMilliseconds(), 3) + " s";
         }
         String local =
             LocalDateTime.ofInstant(time, ZoneId.systemDefault()).truncatedTo(ChronoUnit.SECONDS).toString();

@@ -74,6 +74,8 @@ final class Watch {
         for (boolean first = true;; first = false) {
             int status;
             if (inPlace) {
+                // What stands on the terminal is kept, above.
+                System.out.print(first ? "\n".repeat(Terminal.rows()) : "");
                 status = showInPlace(frame);
             } else {
                 if (!first && command.wantsWords()) {
