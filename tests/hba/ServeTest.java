@@ -7,6 +7,7 @@ import java.io.IOException;
 import java.net.http.HttpResponse;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.nio.file.StandardCopyOption;
 import java.util.List;
 import java.util.concurrent.TimeUnit;
 import org.junit.jupiter.api.Test;
@@ -17,7 +18,9 @@ final class ServeTest extends ToolTest {
 
     @Test
     void metrics() throws IOException, InterruptedException {
+        tool.run("target set 0 7 --force --yes --iscsi-name=a\"b\\c").expect(0);
         String printed = tool.run("metrics").expect(0).shows(
+            "target_info{adapter=\"0\",serial=\"TV2040A000117\",target=\"7\",name=\"a\\\"b\\\\c\",",
             "tavoiscsi_adapter_state{adapter=\"0\",serial=\"TV2040A000117\",state=\"ready\"} 1\n",
             "tavoiscsi_adapter_link_up{adapter=\"3\",serial=\"TV2010C000009\"} 0\n",
             "tavoiscsi_targets{adapter=\"2\",serial=\"TV2060B000343-XL\",state=\"logged in\"} 512\n",
@@ -93,6 +96,26 @@ final class ServeTest extends ToolTest {
             }
             String head = server.send("HEAD / HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
             assertTrue(head.matches("(?s)HTTP/1.1 200.*Content-length: [1-9]\\d+.*\r\n\r\n"), head);
+        }
+    }
+
+    /** Stored settings that cannot be read are no end: they are told of, and read again when they can be. */
+    @Test
+    void failedReadings() throws IOException, InterruptedException {
+        tool.run("target logout 0 1 --yes").expect(0);
+        Path settings = tool.settingsFile();
+        Path aside = tool.folder.resolve("aside");
+        try (Server server = new Server(tool)) {
+            String readable = "tavoiscsi_reading_stale{adapter=\"0\",serial=\"TV2040A000117\"} 0\n";
+            Server.await("the adapters are read", () -> server.text("/metrics").contains(readable));
+            Files.move(settings, aside);
+            Files.writeString(settings, "no settings at all");
+            Server.await("readings fail", () -> server.text("/metrics").contains(readable.replace(" 0", " 1")));
+            assertTrue(server.text("/data/adapters").contains("ERR_FLASH_DAMAGED"));
+            assertEquals(502, server.get("/api/show/0").statusCode());
+            assertFalse(server.text("/metrics").matches("(?s).*reading_failures_total\\{adapter=\"0\"[^}]*} 0\n.*"));
+            Files.move(aside, settings, StandardCopyOption.REPLACE_EXISTING);
+            Server.await("they are read again", () -> server.text("/metrics").contains(readable));
         }
     }
 

@@ -48,6 +48,8 @@ public final class Serve extends Command {
         String names = hostNames.getValue();
         Duration pause = Duration.ofSeconds(interval.getValue() == null ? USUAL_INTERVAL : number(interval));
         Adapter.api();
+        // Documents come from commands that would draw how far they are.
+        System.clearProperty("hba.progress");
         AdapterReaders readers = new AdapterReaders(pause, isSet(askTargets));
         WebServer server = open(address, new Site(readers, pause),
             new HostNames(names == null ? List.of() : List.of(names.split(","))), token);
