@@ -23,7 +23,6 @@ final class CompletionTest extends ToolTest {
             name + " is not installed");
         tool.environment.put("PATH", Tool.PREFIX.resolve("bin") + ":" + System.getenv("PATH"));
         tool.environment.put("HOME", tool.folder.toString());
-        tool.environment.put("TERM", "xterm");
         tool.writeSampleFiles();
         tool.converse(0, "exec " + shell, "", load, "", "hba firmware update 0 ima\t--yes",
             "image of adapter 0 was written.", "hba targ\tsh\t0 51\t", "ghijklm\r\n", "hba isns set 1 --auto\tye\t",

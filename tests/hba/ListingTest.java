@@ -3,6 +3,8 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.google.gson.JsonObject;
 import com.google.gson.JsonParser;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import java.util.List;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -82,8 +84,13 @@ final class ListingTest extends ToolTest {
             .split("MAC frames sent", -1).length - 1);
         // It ends at an interrupt, with whole documents, and when its reader has gone.
         String watching = "'" + tool.launcher + "' status --watch=0.1 --json";
-        tool.execute(null, List.of("timeout", "--preserve-status", "-s", "INT", "2", "bash", "-c",
-            "exec " + watching + " >looks")).expect(130);
+        Path file = tool.directory.resolve("looks");
+        Process process = tool.process(List.of("sh", "-c", "exec " + watching)).redirectOutput(file.toFile()).start();
+        while (process.isAlive() && Files.readString(file).lines().count() < 2) {
+            Thread.sleep(20);
+        }
+        tool.execute(null, List.of("kill", "-INT", String.valueOf(process.pid()))).expect(0);
+        assertEquals(130, process.waitFor());
         tool.readFile("looks").lines().forEach(JsonParser::parseString);
         assertTrue(tool.readFile("looks").endsWith("}\n"));
         tool.execute(null, List.of("bash", "-c", watching + " | head -n 2; exit ${PIPESTATUS[0]}")).expect(141);

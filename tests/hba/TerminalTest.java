@@ -57,6 +57,14 @@ final class TerminalTest extends ToolTest {
         assertTrue(converse(1, "status").contains("Tavo 2060 iSCSI host adapter, fibre, large table"));
     }
 
+    /** A list takes all of the width that the terminal itself tells. */
+    @Test
+    void allOfTheWidth() throws Exception {
+        tool.environment.put("NO_COLOR", "1");
+        String shown = tool.converse(0, "stty columns 101; exec '" + tool.launcher + "' target list 0");
+        assertEquals(101, shown.lines().mapToInt(String::length).max().orElse(0), shown);
+    }
+
     @Test
     void trouble() throws Exception {
         assertTrue(converse(0, "target list 0").contains(RED + "configured (1)"));

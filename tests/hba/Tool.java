@@ -40,6 +40,7 @@ final class Tool {
         flash = Files.createDirectory(folder.resolve("flash"));
         directory = Files.createDirectory(folder.resolve("where the user stands"));
         environment.put("TAVO_ADAPTER_FLASH", flash.toString());
+        environment.put("TERM", "xterm");
     }
 
     /** What one run printed, and its exit status. */
@@ -110,7 +111,7 @@ final class Tool {
      * gives what the terminal showed.
      */
     String converse(int expected, String command, String... promptsAndAnswers) throws Exception {
-        Process process = process(List.of("timeout", "--foreground", "60", "script", "-qec",
+        Process process = process(List.of("timeout", "--foreground", "120", "script", "-qec",
             "stty rows 24 columns 80; " + command, "/dev/null")).redirectErrorStream(true).start();
         StringBuilder shown = new StringBuilder();
         try (InputStream out = process.getInputStream(); OutputStream in = process.getOutputStream()) {
@@ -134,7 +135,7 @@ final class Tool {
     /** A process where the user stands, with the environment of a bare machine. */
     ProcessBuilder process(List<String> command) {
         ProcessBuilder builder = new ProcessBuilder(command).directory(directory.toFile());
-        builder.environment().keySet().removeIf(name -> name.matches("(HBA|LC)_.*|LANG|LANGUAGE"));
+        builder.environment().keySet().removeIf(name -> name.matches("(HBA|LC)_.*|LANG|LANGUAGE|COLUMNS|NO_COLOR"));
         builder.environment().putAll(environment);
         return builder;
     }
