@@ -5,7 +5,7 @@ import {Plots} from './plot.js';
 import {get, setToken} from './server.js';
 import {Targets} from './targets.js';
 
-const USUAL_PAUSE = 5000; // milliseconds
+const USUAL_INTERVAL = 5000; // milliseconds
 const cards = document.querySelector('#cards');
 const connection = document.querySelector('#connection');
 const login = document.querySelector('#login');
@@ -14,7 +14,7 @@ const adapters = document.querySelector('#adapters');
 let plots = null;
 let targets = null;
 let chosen = null;
-let pause = USUAL_PAUSE;
+let interval = USUAL_INTERVAL; // at which the server reads the adapters
 let timer = null;
 let answered = 0;
 
@@ -76,7 +76,7 @@ async function refresh() {
   clearTimeout(timer);
   try {
     const overview = await get('data/adapters');
-    pause = overview.intervalMillis;
+    interval = overview.intervalMillis;
     login.hidden = true;
     adapters.hidden = false;
     plots ??= new Plots(document.querySelector('#plots'), document.querySelector('#moment'));
@@ -96,12 +96,13 @@ async function refresh() {
     if (error.needsToken) {
       return;
     }
-    timer = setTimeout(refresh, pause);
+    timer = setTimeout(refresh, interval);
     return;
   }
-  connection.textContent = `read every ${span(pause)}`;
+  connection.textContent = `read every ${span(interval)}`;
   connection.dataset.level = 'good';
-  timer = setTimeout(refresh, pause);
+  // Twice as often as the server, so that what it read is never old for long.
+  timer = setTimeout(refresh, interval / 2);
 }
 
 async function showChosen(dev) {

@@ -11,8 +11,11 @@ import java.nio.file.StandardCopyOption;
 import java.util.List;
 import java.util.concurrent.TimeUnit;
 import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.parallel.Execution;
+import org.junit.jupiter.api.parallel.ExecutionMode;
 
-/** hba serve and hba metrics: what they answer, and what they do not let anybody do. */
+/** hba serve and hba metrics: what they answer, and what they do not let anybody do. Most of the time they wait. */
+@Execution(ExecutionMode.CONCURRENT)
 final class ServeTest extends ToolTest {
     private static final String TOKEN = "0123456789abcdef-token";
 
