@@ -18,6 +18,8 @@ final class LoadTest extends ToolTest {
     private static final int SECONDS = LONG ? 60 : 4;
     private static final int WARM_UP = 2; // seconds
     private static final int BAD_REQUESTS = LONG ? 10_000 : 1_000;
+    // For 99 of 100 answers; the quick tests run on machines that have other things to do.
+    private static final int MOST_MILLISECONDS = LONG ? 100 : 500;
     private static final String REQUEST = "GET /metrics HTTP/1.1\r\nHost: localhost\r\n"
         + "Accept: application/openmetrics-text\r\nConnection: close\r\n\r\n";
     private static final long LARGEST_GROWTH = 8 * 1024; // KiB
@@ -49,7 +51,7 @@ final class LoadTest extends ToolTest {
             String figures = sorted.size() + " answers, 99 of 100 within " + slowest / 1_000_000 + " ms; memory from "
                 + memory + " to " + after + " KiB";
             System.out.println(figures);
-            assertTrue(slowest < 100_000_000L, figures);
+            assertTrue(slowest < MOST_MILLISECONDS * 1_000_000L, figures);
             assertFlat(memory, after);
         }
     }
