@@ -78,8 +78,8 @@ final class TerminalPicture {
         }
         int width = (int) Math.ceil(columns * CELL_WIDTH) + 2 * MARGIN;
         int height = y + MARGIN;
-        return String.format("<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 %d %d\" width=\"%d\" height=\"%d\" "
-            + "role=\"img\">%n<title>%s</title>%n%s", width, height, width, height, escaped(title), STYLE)
+        return String.format("<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 %d %d\" width=\"%d\" "
+            + "height=\"%d\" role=\"img\">%n<title>%s</title>%n%s", width, height, width, height, escaped(title), STYLE)
             + String.format("  <rect class=\"paper\" x=\"0.5\" y=\"0.5\" width=\"%d\" height=\"%d\" rx=\"6\"/>%n",
                 width - 1, height - 1)
             + text + "</svg>\n";
@@ -121,7 +121,8 @@ final class TerminalPicture {
     }
 
     private String style() {
-        return String.join(" ", List.of(colour, bold ? "bold" : "", faint ? "faint" : "")).strip().replaceAll(" +", " ");
+        return String.join(" ", List.of(colour, bold ? "bold" : "", faint ? "faint" : "")).strip()
+            .replaceAll(" +", " ");
     }
 
     private static int length(String text) {

@@ -12,7 +12,7 @@ import com.varden.tavo.iscsi.model.NodeInfo;
 import java.nio.file.Path;
 import java.util.function.ToIntFunction;
 
-/** The snapshot of the device database by way of JNA: direct mapping, and a new Structure for each record, as its manual teaches. */
+/** The device database by way of JNA: direct mapping, and a new Structure for each record, as its manual teaches. */
 final class JnaStructure implements ToIntFunction<HBA> {
     private static final int SLOTS = 512;
 

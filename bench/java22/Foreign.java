@@ -21,7 +21,7 @@ import java.nio.charset.StandardCharsets;
 import java.nio.file.Path;
 import java.util.function.ToIntFunction;
 
-/** The snapshot of the device database by way of the foreign-function interface of Java 22 and later: records decoded where they lie. */
+/** The device database by way of the foreign-function interface of Java 22: records are decoded where they lie. */
 final class Foreign implements ToIntFunction<HBA> {
     private static final SymbolLookup LIBRARY =
         SymbolLookup.libraryLookup(Path.of("libvdsdm.so").toAbsolutePath(), Arena.global());

@@ -47,8 +47,9 @@ final class TerminalText {
         if (type == Character.NON_SPACING_MARK || type == Character.ENCLOSING_MARK) {
             return 0;
         }
-        boolean wide = c >= '\u1100' && c <= '\u115F' || c >= '\u2E80' && c <= '\uA4CF' || c >= '\uAC00' && c <= '\uD7A3'
-            || c >= '\uF900' && c <= '\uFAFF' || c >= '\uFE30' && c <= '\uFE6F' || c >= '\uFF00' && c <= '\uFF60';
+        boolean wide = c >= '\u1100' && c <= '\u115F' || c >= '\u2E80' && c <= '\uA4CF'
+            || c >= '\uAC00' && c <= '\uD7A3' || c >= '\uF900' && c <= '\uFAFF'
+            || c >= '\uFE30' && c <= '\uFE6F' || c >= '\uFF00' && c <= '\uFF60';
         return wide ? 2 : 1;
     }
 
