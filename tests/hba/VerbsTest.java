@@ -111,7 +111,8 @@ final class VerbsTest extends ToolTest {
         JsonArray units = tool.json("lun list 0 6").getAsJsonObject().getAsJsonArray("units");
         JsonObject last = units.get(160).getAsJsonObject();
         assertEquals("161 16383 \"VARDEN  \" 21474836480 null", units.size() + " "
-            + last.getAsJsonObject("targetInfo").get("LUN") + " " + last.getAsJsonObject("SCSIInqInfo").get("vendorID") + " " + last.get("capacity") + " "
+            + last.getAsJsonObject("targetInfo").get("LUN") + " "
+            + last.getAsJsonObject("SCSIInqInfo").get("vendorID") + " " + last.get("capacity") + " "
             + last.get("failure"));
         // The unit that a target without units is given refuses to say anything.
         assertTrue(tool.run("lun list 0 42").expect(0).out().matches("(?s).*\n0 +- +- +-\n"));
