@@ -97,8 +97,9 @@ Pdu answerTo(const Pdu &request, SD_UINT8 opcode)
     answer.header[1] = 0x80;
     std::copy_n(request.header.begin() + 16, 4, answer.header.begin() + 16); // task tag
     std::copy_n(request.header.begin() + 24, 4, answer.header.begin() + 28); // expected command number
-    std::copy_n(request.header.begin() + 24, 4, answer.header.begin() + 32); // and the highest one
-    answer.header[34] = static_cast<SD_UINT8>(answer.header[34] + 1);
+    std::copy_n(request.header.begin() + 24, 4, answer.header.begin() + 32); // and the highest one, 256 further
+    for (auto byte = answer.header.begin() + 34; ++*byte == 0 && byte != answer.header.begin() + 32; --byte) {
+    }
     return answer;
 }
 
