@@ -5,7 +5,6 @@ import java.math.BigDecimal;
 import java.time.Instant;
 import java.time.LocalDateTime;
 import java.time.ZoneId;
-import java.time.temporal.ChronoUnit;
 
 /**
  * When something was logged. People see date and time of the place where they are, documents RFC 3339. It is made of
@@ -39,8 +38,6 @@ public final class TimeField extends ScalarField<Instant> {
             ConnectionError error = (ConnectionError) owner;
             return BigDecimal.valueOf(error.getSeconds() * 1000 + error.getMilliseconds(), 3) + " s";
         }
-        String local =
-            LocalDateTime.ofInstant(time, ZoneId.systemDefault()).truncatedTo(ChronoUnit.SECONDS).toString();
-        return local.replace('T', ' ') + (local.length() == "2026-11-23T07:30".length() ? ":00" : "");
+        return String.format("%1$tF %1$tT", LocalDateTime.ofInstant(time, ZoneId.systemDefault()));
     }
 }

@@ -85,7 +85,7 @@ final class ConnectionErrors {
             .mapToLong(Instant::toEpochMilli).max();
     }
 
-    /** "no answer", "authentication failure". */
+    /** "no answer", "authentication failed". */
     static String describe(ConnectionError error) {
         return error.getErrorType() == ErrorType.REFUSED && error.getErrorDetail() != 0
             ? LoginStatus.text(error.getErrorDetail()) : ErrorType.MEANINGS.text(error.getErrorType());
