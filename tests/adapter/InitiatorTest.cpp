@@ -178,6 +178,7 @@ TEST_F(Initiator, LogoutEndsTheSessionAndResetMakesItAnew)
     EXPECT_EQ(inquire(adapter, 0), 0U);
     ASSERT_EQ(adapter.errors().size(), 1U);
     EXPECT_EQ(adapter.errors()[0].entryType, 2);
+    EXPECT_EQ(adapter.errors()[0].dupErrorCnt, 0);
 
     ASSERT_EQ(adapter.logOut(100), 0U); // does not answer
     ASSERT_EQ(adapter.reset(), 0U);
@@ -293,7 +294,6 @@ TEST_F(Initiator, TheStateOfAnEntryIsWhatBecameOfItsLogin)
         ASSERT_EQ(adapter.write(7, entry), 0U);
         EXPECT_EQ(adapter.entry(7).DeviceState, 1U) << written;
     }
-    entry.EntryInfo.IPAddr = poolAddress(7);
     entry.DeviceState = 3;
     ASSERT_EQ(adapter.write(7, entry), 0U);
     EXPECT_EQ(adapter.entry(7).DeviceState, 3U) << "logged out, as was asked";

@@ -75,7 +75,8 @@ TEST_F(Settings, ChapTableIsReplacedAsAWhole)
         }
     }
     EXPECT_EQ(adapter.write(table), ERR_INVALID_PARAMETER) << "129 records";
-    EXPECT_EQ(adapter.write(ChapTable()), ERR_INVALID_PARAMETER);
+    count = 0;
+    EXPECT_EQ(SDSetCHAPTable(adapter, table.data(), &count), ERR_INVALID_PARAMETER);
     EXPECT_EQ(adapter.chapTable().size(), 127U);
 }
 

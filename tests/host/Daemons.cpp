@@ -1,4 +1,4 @@
-// Servers for the tests, see Daemons.h.
+// A target daemon for the tests, see Daemons.h.
 #include "Daemons.h"
 
 #include "ScriptedTarget.h"
@@ -8,147 +8,76 @@
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
-#include <thread>
+#include <utility>
 
 namespace
 {
 
-const std::string PATH = "PATH=" TAVO_SERVERS "/usr/sbin:/usr/sbin:/usr/bin:/bin ";
-
-bool run(const std::string &command)
+// A shell that knows the commands of tools/target-daemon.
+pid_t startShell(const std::string &commands)
 {
-    return std::system((PATH + command + " >/dev/null 2>&1").c_str()) == 0;
+    std::string line = "source '" TAVO_TARGET_DAEMON "'; exec >/dev/null 2>&1; " + commands;
+    std::array<char *, 4> words{const_cast<char *>("bash"), const_cast<char *>("-ec"), line.data(), nullptr};
+    pid_t process = 0;
+    if (posix_spawnp(&process, "bash", nullptr, nullptr, words.data(), environ) != 0) {
+        throw std::runtime_error("no shell");
+    }
+    return process;
 }
 
-std::string makeFolder()
+bool run(const std::string &commands)
 {
-    std::string path = "/tmp/tavo-host-XXXXXX";
-    if (mkdtemp(path.data()) == nullptr) {
-        throw std::runtime_error("no temporary folder");
-    }
-    return path;
-}
-
-// Tries until it works.
-template <typename Attempt>
-void await(const std::string &what, Attempt &&attempt)
-{
-    for (int tries = 0; !attempt(); ++tries) {
-        if (tries == 1000) {
-            throw std::runtime_error(what + " does not work");
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    int status = -1;
+    waitpid(startShell(commands), &status, 0);
+    return status == 0;
 }
 
 } // namespace
 
-TemporaryFolder::TemporaryFolder() : path(makeFolder()) {}
-
-TemporaryFolder::~TemporaryFolder()
+bool TargetDaemon::isInstalled()
 {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
+    return run("command -v tgtd");
 }
 
-ChildProcess::ChildProcess(const std::string &command)
-{
-    std::string line = PATH + "exec setpriv --pdeathsig KILL " + command + " 2>&1";
-    std::array<char *, 4> words{const_cast<char *>("sh"), const_cast<char *>("-c"), line.data(), nullptr};
-    if (posix_spawn(&process_, "/bin/sh", nullptr, nullptr, words.data(), environ) != 0) {
-        throw std::runtime_error(command + " cannot be started");
-    }
-}
-
-ChildProcess::~ChildProcess()
-{
-    signal(SIGKILL);
-    waitpid(process_, nullptr, 0);
-}
-
-void ChildProcess::signal(int number) const
-{
-    ::kill(process_, number);
-}
-
-bool isInstalled(const std::string &program)
-{
-    return run("command -v " + program);
-}
-
-TargetDaemon::TargetDaemon() : port_(freePort())
+TargetDaemon::TargetDaemon(std::string targets) : targets_(std::move(targets)), port_(freePort())
 {
     start();
 }
 
-int TargetDaemon::addTarget(const std::string &name)
+TargetDaemon::~TargetDaemon()
 {
-    const std::string number = std::to_string(++lastTarget_);
-    administer("--mode target --op new --tid " + number + " --targetname " + name);
-    administer("--mode target --op bind --tid " + number + " --initiator-address ALL");
-    return lastTarget_;
+    kill();
 }
 
-void TargetDaemon::removeTarget(int target)
+void TargetDaemon::administer(const std::string &commands) const
 {
-    administer("--mode target --op delete --force --tid " + std::to_string(target));
-}
-
-void TargetDaemon::addUnit(int target, int lun)
-{
-    administer("--mode logicalunit --op new --tid " + std::to_string(target) + " --lun " + std::to_string(lun)
-               + " --bstype null --backing-store /dev/null");
-}
-
-void TargetDaemon::addAccount(int target, const std::string &name, const std::string &secret, bool outgoing)
-{
-    administer("--mode account --op new --user " + name + " --password '" + secret + "'");
-    administer("--mode account --op bind --tid " + std::to_string(target) + " --user " + name
-               + (outgoing ? " --outgoing" : ""));
+    if (!run("export TGT_IPC_SOCKET='" + (folder_.path / "control").string() + "'; " + commands)) {
+        throw std::runtime_error("the target daemon does not take: " + commands);
+    }
 }
 
 void TargetDaemon::freeze() const
 {
-    process_->signal(SIGSTOP);
+    ::kill(process_, SIGSTOP);
 }
 
 void TargetDaemon::resume() const
 {
-    process_->signal(SIGCONT);
+    ::kill(process_, SIGCONT);
 }
 
 void TargetDaemon::kill()
 {
-    process_.reset();
+    if (process_ != 0) {
+        ::kill(process_, SIGKILL);
+        waitpid(std::exchange(process_, 0), nullptr, 0);
+    }
 }
 
 void TargetDaemon::start()
 {
-    process_ = std::make_unique<ChildProcess>("env TGT_IPC_SOCKET=" + folder_.path
-                                              + "/control tgtd -f --iscsi portal=127.0.0.1:" + std::to_string(port_)
-                                              + " >" + folder_.path + "/log");
-    await("tgtd", [&] { return tell("--mode system --op show"); });
-    for (const std::string &options : history_) {
-        if (!tell(options)) {
-            throw std::runtime_error("tgtd does not take what it took before");
-        }
-    }
-}
-
-void TargetDaemon::administer(const std::string &options)
-{
-    if (!tell(options)) {
-        throw std::runtime_error("tgtadm fails: " + options);
-    }
-    history_.push_back(options);
-}
-
-bool TargetDaemon::tell(const std::string &options) const
-{
-    return run("TGT_IPC_SOCKET=" + folder_.path + "/control tgtadm --lld iscsi " + options);
+    process_ = startShell("become_daemon '" + folder_.path.string() + "' " + std::to_string(port_));
+    administer("await_daemon; " + targets_);
 }

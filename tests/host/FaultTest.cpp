@@ -15,133 +15,107 @@ using namespace std::chrono_literals;
 
 constexpr auto SHORT_DEADLINE = 700ms;
 constexpr auto MARGIN = 400ms; // for a busy machine
-constexpr const char *NAME = "iqn.2024-01.example:faulty";
+const std::string NAME = "iqn.2024-01.example:faulty";
 
-template <typename Work>
-std::chrono::steady_clock::duration timeOf(Work &&work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::steady_clock::now() - start;
-}
+// What a target does at a certain point: it sends something, and then stays silent, closes, or sends it again and
+// again.
+enum class At { login, command };
+enum class Then { stays, closes, repeats };
 
-// What a target does with a connection, one after the other; then it closes.
-enum Step {
-    receive,
-    login,
-    garbage,
-    halfLoginAnswer,
-    longLoginAnswer,
-    endlessText,
-    halfAnswer,
-    data,
-    dataWithoutEnd,
-    pingsWithoutEnd,
-    stay
+using Bytes = std::vector<SD_UINT8>;
+
+struct Fault {
+    const char *what;
+    At at;
+    Bytes (*answer)(const Pdu &request);
+    Then then;
+    Reach reach;
 };
 
-Pdu dataFor(const Pdu &request, std::size_t bytes)
+Bytes nothing(const Pdu & /*request*/)
+{
+    return {};
+}
+
+Bytes garbage(const Pdu & /*request*/)
+{
+    return Bytes(100000, 0xA5);
+}
+
+Bytes beginningOf(const Pdu &pdu, std::size_t bytes)
+{
+    Bytes all = bytesOf(pdu);
+    all.resize(bytes);
+    return all;
+}
+
+template <std::size_t Size>
+Bytes loginText(const Pdu &request)
+{
+    Pdu answer = loginAnswer(request, 0);
+    answer.data.assign(Size, 'x');
+    return bytesOf(answer);
+}
+
+template <std::size_t Size>
+Bytes data(const Pdu &request)
 {
     Pdu answer = answerTo(request, 0x25);
     answer.header[1] = 0; // more to come
-    answer.data.assign(bytes, 0xDD);
-    return answer;
+    answer.data.assign(Size, 0xDD);
+    return bytesOf(answer);
 }
 
 // With data, and asking for an answer.
-Pdu pingFor(const Pdu &request)
+Bytes ping(const Pdu &request)
 {
     Pdu ping = answerTo(request, 0x20);
     std::fill_n(ping.header.begin() + 16, 4, SD_UINT8{0xFF});
     ping.header[23] = 1;
     ping.data.assign(100000, 0x55);
-    return ping;
+    return bytesOf(ping);
 }
 
-std::vector<SD_UINT8> beginningOf(const Pdu &pdu, std::size_t bytes)
+Bytes halfLogin(const Pdu &request)
 {
-    std::vector<SD_UINT8> all = bytesOf(pdu);
-    all.resize(bytes);
-    return all;
+    return beginningOf(loginAnswer(request, 0), 20);
 }
 
-Pdu loginAnswer(const Pdu &request, std::size_t bytes)
+Bytes halfAnswer(const Pdu &request)
 {
-    Pdu answer = answerTo(request, 0x23);
-    answer.header[1] = 0x87;
-    answer.data.assign(bytes, 'x');
-    return answer;
+    return beginningOf(answerTo(request, 0x21), 30);
 }
 
-void play(const std::vector<Step> &steps, ScriptedConnection &to)
+constexpr Fault FAULTS[]{
+    {"silent after connecting", At::login, nothing, Then::stays, Reach::timeout},
+    {"closes instead of an answer", At::login, nothing, Then::closes, Reach::refused},
+    {"answers the login with garbage", At::login, garbage, Then::stays, Reach::refused},
+    {"half a login answer", At::login, halfLogin, Then::stays, Reach::timeout},
+    {"half a login answer and an end", At::login, halfLogin, Then::closes, Reach::refused},
+    {"login answer that promises too much", At::login, loginText<100000>, Then::stays, Reach::refused},
+    {"login text without an end", At::login, loginText<64>, Then::stays, Reach::refused},
+    {"closes instead of a command's answer", At::command, nothing, Then::closes, Reach::unreachable},
+    {"silent to a command", At::command, nothing, Then::stays, Reach::timeout},
+    {"answers a command with garbage", At::command, garbage, Then::stays, Reach::unreachable},
+    {"half an answer to a command", At::command, halfAnswer, Then::stays, Reach::timeout},
+    {"more data than asked for", At::command, data<5000>, Then::stays, Reach::unreachable},
+    {"data without end", At::command, data<8>, Then::repeats, Reach::timeout},
+    {"pings without end", At::command, ping, Then::repeats, Reach::timeout},
+};
+
+void play(const Fault &fault, ScriptedConnection &to)
 {
-    Pdu request;
-    const auto sendWithoutEnd = [&](const Pdu &pdu) {
-        for (;;) {
-            to.send(pdu);
-        }
-    };
-    for (const Step step : steps) {
-        switch (step) {
-        case receive:
-            request = to.receive();
-            break;
-        case login:
-            to.acceptLogin();
-            break;
-        case garbage:
-            to.send(std::vector<SD_UINT8>(100000, 0xA5));
-            break;
-        case halfLoginAnswer:
-            to.send(beginningOf(loginAnswer(request, 0), 20));
-            break;
-        case longLoginAnswer:
-            to.send(loginAnswer(request, 100000));
-            break;
-        case endlessText:
-            to.send(loginAnswer(request, 64));
-            break;
-        case halfAnswer:
-            to.send(beginningOf(answerTo(request, 0x21), 30));
-            break;
-        case data:
-            to.send(dataFor(request, 5000));
-            break;
-        case dataWithoutEnd:
-            sendWithoutEnd(dataFor(request, 8));
-            break;
-        case pingsWithoutEnd:
-            sendWithoutEnd(pingFor(request));
-            break;
-        case stay:
-            to.stayUntilClosed();
-            break;
-        }
+    if (fault.at == At::command) {
+        to.acceptLogin();
+    }
+    const Pdu request = to.receive();
+    do {
+        to.send(fault.answer(request));
+    } while (fault.then == Then::repeats);
+    if (fault.then == Then::stays) {
+        to.stayUntilClosed();
     }
 }
-
-struct Fault {
-    const char *what;
-    std::vector<Step> steps;
-    Reach reach;
-};
-
-const std::vector<Fault> FAULTS{
-    {"silent after connecting", {stay}, Reach::timeout},
-    {"closes instead of an answer", {receive}, Reach::refused},
-    {"answers the login with garbage", {garbage, stay}, Reach::refused},
-    {"half a login answer", {receive, halfLoginAnswer, stay}, Reach::timeout},
-    {"half a login answer and an end", {receive, halfLoginAnswer}, Reach::refused},
-    {"login answer that promises too much", {receive, longLoginAnswer, stay}, Reach::refused},
-    {"login text without an end", {receive, endlessText, stay}, Reach::refused},
-    {"closes instead of a command's answer", {login, receive}, Reach::unreachable},
-    {"silent to a command", {login, stay}, Reach::timeout},
-    {"answers a command with garbage", {login, receive, garbage, stay}, Reach::unreachable},
-    {"half an answer to a command", {login, receive, halfAnswer, stay}, Reach::timeout},
-    {"more data than asked for", {login, receive, data, stay}, Reach::unreachable},
-    {"data without end", {login, receive, dataWithoutEnd}, Reach::timeout},
-    {"pings without end", {login, receive, pingsWithoutEnd}, Reach::timeout},
-};
 
 TEST(Fault, EachIsAStatusWithinTheDeadline)
 {
@@ -150,7 +124,7 @@ TEST(Fault, EachIsAStatusWithinTheDeadline)
     for (const Fault &fault : FAULTS) {
         const std::size_t descriptors = countOwn("fd");
         {
-            const ScriptedTarget target([&](ScriptedConnection &to) { play(fault.steps, to); });
+            const ScriptedTarget target([&](ScriptedConnection &to) { play(fault, to); });
             const SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
             // The second command finds no session any more and meets the same.
             for (int attempt = 0; attempt < 2; ++attempt) {
@@ -194,10 +168,7 @@ TEST(Fault, LoginStatusReachesTheCaller)
 {
     std::atomic<int> status{0};
     const ScriptedTarget target([&](ScriptedConnection &to) {
-        Pdu answer = answerTo(to.receive(), 0x23);
-        answer.header[36] = static_cast<SD_UINT8>(status >> 8);
-        answer.header[37] = static_cast<SD_UINT8>(status);
-        to.send(answer);
+        to.send(loginAnswer(to.receive(), status));
         to.stayUntilClosed();
     });
     Counters counters;
@@ -210,6 +181,27 @@ TEST(Fault, LoginStatusReachesTheCaller)
         const LoginResult login = logIn(*port, requestFor(target.port(), NAME, SHORT_DEADLINE));
         EXPECT_EQ(login.reach, reach) << sent;
         EXPECT_EQ(login.status, sent);
+    }
+}
+
+// As when the units are listed: one of them never answers, which does not concern the others.
+TEST(Fault, OneUnitOfManyIsSilent)
+{
+    const ScriptedTarget target([](ScriptedConnection &to) {
+        to.acceptLogin();
+        for (Pdu request = to.receive(); request.header[9] != 2; request = to.receive()) {
+            to.send(answerTo(request, 0x21));
+        }
+        to.stayUntilClosed();
+    });
+    Counters counters;
+    const auto port = openPortOf("lo", counters);
+    const SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
+    EXPECT_TRUE(succeeded(reportLuns(*port, request)));
+    for (SD_UINT16 lun = 0; lun < 5; ++lun) {
+        CommandResult result;
+        EXPECT_LT(timeOf([&] { result = readCapacity(*port, request, lun); }), SHORT_DEADLINE + MARGIN);
+        EXPECT_EQ(result.login.reach, lun == 2 ? Reach::timeout : Reach::session) << lun;
     }
 }
 
@@ -231,12 +223,7 @@ TEST(Fault, FiveHundredLoginsToATargetThatIsFrozen)
         }
     };
     EXPECT_LT(timeOf(logInToAll), SHORT_DEADLINE) << "a login is waited for";
-    EXPECT_LT(timeOf([&] {
-                  while (ended < entries) {
-                      std::this_thread::sleep_for(5ms);
-                  }
-              }),
-              3 * SHORT_DEADLINE);
+    EXPECT_LT(timeOf([&] { awaitUntil([&] { return ended == entries; }); }), 3 * SHORT_DEADLINE);
 
     // Who closes the port waits for a second at most, and every login has been told of.
     ended = 0;
@@ -250,19 +237,16 @@ class Victim : public testing::Test
 protected:
     void SetUp() override
     {
-        if (!isInstalled("tgtd")) {
+        if (!TargetDaemon::isInstalled()) {
             GTEST_SKIP() << "tgtd is not installed";
         }
-        daemon_ = std::make_unique<TargetDaemon>();
-        target_ = daemon_->addTarget(NAME);
-        daemon_->addUnit(target_, 1);
-        daemon_->addTarget("iqn.2024-01.example:bystander"); // tgtd without any target answers nobody
+        daemon_ = std::make_unique<TargetDaemon>("add_target 1 " + NAME + "; add_unit 1 1 --bstype null -b /dev/null"
+                                                 + "; add_target 2 bystander"); // without any, tgtd answers nobody
         port_ = openPortOf("lo", counters_);
         request_ = requestFor(daemon_->port(), NAME, SHORT_DEADLINE);
     }
 
     std::unique_ptr<TargetDaemon> daemon_;
-    int target_ = 0;
     Counters counters_;
     std::unique_ptr<TargetPort> port_;
     SessionRequest request_;
@@ -282,7 +266,7 @@ TEST_F(Victim, KilledFrozenDeletedAndBackAgain)
     daemon_->start();
     EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
 
-    daemon_->removeTarget(target_);
+    daemon_->administer("administer --mode target --op delete --force --tid 1");
     EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::unknownTarget);
 
     // A frozen target does not keep its port from going.

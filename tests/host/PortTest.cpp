@@ -6,7 +6,9 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <future>
 #include <span>
+#include <thread>
 
 void Counters::count(const HBAPORTSTATISCSI &more)
 {
@@ -71,6 +73,20 @@ CommandResult readCapacity(TargetPort &port, const SessionRequest &request, SD_U
 bool succeeded(const CommandResult &result)
 {
     return result.login.reach == Reach::session && result.status == SCSI_GOOD;
+}
+
+std::chrono::steady_clock::duration timeOf(const std::function<void()> &work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::steady_clock::now() - start;
+}
+
+void awaitUntil(const std::function<bool()> &condition)
+{
+    for (int tries = 0; tries < 1000 && !condition(); ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
 }
 
 std::size_t countOwn(const std::string &folder)

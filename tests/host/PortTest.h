@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <future>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -41,6 +41,11 @@ CommandResult readCapacity(TargetPort &port, const SessionRequest &request, SD_U
 
 // Whether a command reached its unit and ended well.
 bool succeeded(const CommandResult &result);
+
+// How long work takes.
+std::chrono::steady_clock::duration timeOf(const std::function<void()> &work);
+// Waits until something is so, ten seconds at most.
+void awaitUntil(const std::function<bool()> &condition);
 
 // How many entries a folder of /proc/self has: descriptors ("fd") or threads ("task").
 std::size_t countOwn(const std::string &folder);

@@ -75,12 +75,7 @@ void ScriptedConnection::send(const Pdu &pdu)
 
 void ScriptedConnection::acceptLogin()
 {
-    const Pdu request = receive();
-    Pdu answer = answerTo(request, 0x23);
-    answer.header[1] = 0x87; // on to the full feature phase
-    std::copy_n(request.header.begin() + 8, 6, answer.header.begin() + 8);
-    answer.header[15] = 1; // the session's number
-    send(answer);
+    send(loginAnswer(receive(), 0));
 }
 
 void ScriptedConnection::stayUntilClosed()
@@ -100,6 +95,17 @@ Pdu answerTo(const Pdu &request, SD_UINT8 opcode)
     std::copy_n(request.header.begin() + 24, 4, answer.header.begin() + 32); // and the highest one, 256 further
     for (auto byte = answer.header.begin() + 34; ++*byte == 0 && byte != answer.header.begin() + 32; --byte) {
     }
+    return answer;
+}
+
+Pdu loginAnswer(const Pdu &request, int status)
+{
+    Pdu answer = answerTo(request, 0x23);
+    answer.header[1] = status == 0 ? 0x87 : 0x80;
+    std::copy_n(request.header.begin() + 8, 6, answer.header.begin() + 8);
+    answer.header[15] = 1; // the session's number
+    answer.header[36] = static_cast<SD_UINT8>(status >> 8);
+    answer.header[37] = static_cast<SD_UINT8>(status);
     return answer;
 }
 

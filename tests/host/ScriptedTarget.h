@@ -39,6 +39,8 @@ private:
 
 // The answer to a request: its kind, with the numbers that an answer repeats.
 Pdu answerTo(const Pdu &request, SD_UINT8 opcode);
+// The answer to a login. Status 0 goes on to the full feature phase.
+Pdu loginAnswer(const Pdu &request, int status);
 std::vector<SD_UINT8> bytesOf(const Pdu &pdu);
 
 // Listens on 127.0.0.1 and plays the script for each connection.

@@ -2,31 +2,28 @@
 #include "PortTest.h"
 #include "ScsiStandard.h"
 
-#include <chrono>
-#include <thread>
+#include <memory>
+#include <optional>
 
 namespace
 {
 
-constexpr const char *OPEN = "iqn.2024-01.example:open";
-constexpr const char *GUARDED = "iqn.2024-01.example:guarded"; // asks initiators for a proof
-constexpr const char *MUTUAL = "iqn.2024-01.example:mutual";   // and gives one itself
+const std::string OPEN = "iqn.2024-01.example:open";
+const std::string GUARDED = "iqn.2024-01.example:guarded"; // asks initiators for a proof
+const std::string MUTUAL = "iqn.2024-01.example:mutual";   // and gives one itself
 
 class Target : public testing::Test
 {
 protected:
     static void SetUpTestSuite()
     {
-        if (!isInstalled("tgtd")) {
-            return;
+        if (TargetDaemon::isInstalled()) {
+            daemon_ = std::make_unique<TargetDaemon>(
+                "add_target 1 " + OPEN + "; add_unit 1 1 --bstype null -b /dev/null; add_target 2 " + GUARDED
+                + "; add_target 3 " + MUTUAL
+                + "; add_account 2 initiator 'initiators secret'; add_account 3 another 'another initiators secret'"
+                + "; add_account 3 target 'secret of the target' --outgoing");
         }
-        daemon_ = std::make_unique<TargetDaemon>();
-        daemon_->addUnit(daemon_->addTarget(OPEN), 1);
-        const int guarded = daemon_->addTarget(GUARDED);
-        daemon_->addAccount(guarded, "initiator", "initiators secret", false);
-        const int mutual = daemon_->addTarget(MUTUAL);
-        daemon_->addAccount(mutual, "another", "another initiators secret", false);
-        daemon_->addAccount(mutual, "target", "secret of the target", true);
     }
     static void TearDownTestSuite()
     {
@@ -81,34 +78,27 @@ TEST_F(Target, ChapProvesBothSides)
     const Credentials initiator = credentials("initiator", "initiators secret");
     const Credentials another = credentials("another", "another initiators secret");
     const Credentials target = credentials("target", "secret of the target");
-    struct Case {
+    const Credentials unusable = credentials("initiator", std::string("with\0zero byte", 14)); // libiscsi takes texts
+    struct {
         const char *what;
-        const char *name;
-        std::optional<Credentials> own;
-        std::optional<Credentials> targets;
+        const std::string &name;
+        std::optional<Credentials> own, targets;
         Reach reach;
         SD_UINT16 status;
-    };
-    const Case cases[] = {
+    } const cases[] = {
         {"right secret", GUARDED, initiator, {}, Reach::session, 0},
         {"given though not asked for", OPEN, initiator, {}, Reach::session, 0},
         {"no credentials", GUARDED, {}, {}, Reach::authentication, 0x0201},
         {"wrong name", GUARDED, credentials("nobody", "initiators secret"), {}, Reach::authentication, 0x0201},
         {"both prove themselves", MUTUAL, another, target, Reach::session, 0},
-        {"the target has another secret", MUTUAL, another, credentials("target", "not that of the target"),
+        {"target has another secret", MUTUAL, another, credentials("target", "none"), Reach::authentication, 0},
+        {"target has another name", MUTUAL, another, credentials("stranger", "secret of the target"),
          Reach::authentication, 0},
-        {"the target has another name", MUTUAL, another, credentials("stranger", "secret of the target"),
-         Reach::authentication, 0},
-        {"the target has no secret", GUARDED, initiator, target, Reach::authentication, 0x0201},
-        {"the target wants no CHAP", OPEN, initiator, target, Reach::authentication, 0},
-        {"libiscsi cannot take the secret",
-         GUARDED,
-         credentials("initiator", std::string("with\0zero byte", 14)),
-         {},
-         Reach::authentication,
-         0},
+        {"target has no secret", GUARDED, initiator, target, Reach::authentication, 0x0201},
+        {"target wants no CHAP", OPEN, initiator, target, Reach::authentication, 0},
+        {"secret with a zero byte", GUARDED, unusable, {}, Reach::authentication, 0},
     };
-    for (const Case &tried : cases) {
+    for (const auto &tried : cases) {
         SessionRequest request = to(tried.name);
         request.own = tried.own;
         request.targets = tried.targets;
@@ -144,10 +134,7 @@ TEST_F(Target, LogoutEndsTheSession)
     logIn(*port_, request);
     EXPECT_EQ(logIn(*port_, to("iqn.2024-01.example:nobody")).reach, Reach::unknownTarget);
     port_.reset();
-    // A thread that has ended is in /proc a moment longer.
-    for (int tries = 0; countOwn("task") > threads && tries < 100; ++tries) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    awaitUntil([&] { return countOwn("task") <= threads; }); // one that has ended is there a moment longer
     EXPECT_EQ(countOwn("task"), threads) << "a thread outlives the port";
 }
 
