@@ -63,7 +63,7 @@ TEST_F(Library, NullPointersAndBadNumbersAreRefused)
     EXPECT_EQ(statuses(0), std::vector<SD_UINT32>(30, ERR_INVALID_HANDLE));
 
     SDMGT_HANDLE handle = adapter;
-    SD_UINT32 count = 0;
+    SD_UINT32 count = 1;
     HBAISCSIPORTAL portal{};
     TARGETINFORMATION target{};
     DISCISCSIPORTAL discovered{};

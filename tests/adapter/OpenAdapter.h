@@ -76,17 +76,33 @@ public:
         return SDDiagPing(handle_, &request);
     }
 
+    // What an operation delivers.
+    template <typename Record>
+    Record read(SD_UINT32 (*operation)(SDMGT_HANDLE, Record *)) const
+    {
+        Record record{};
+        EXPECT_EQ(operation(handle_, &record), 0U);
+        return record;
+    }
+    SD_UINT32 count() const
+    {
+        return read(SDGetDDBEntryNum);
+    }
+    HBAPORTSTATISCSI counters() const
+    {
+        return read(SDGetStatisticsiSCSI);
+    }
+    HBAISCSIPORTAL portal() const
+    {
+        HBAISCSIPORTAL portal{};
+        EXPECT_EQ(SDGetHbaDevicePortalPropertyiSCSI(handle_, 0, &portal), 0U);
+        return portal;
+    }
     DEVICEENTRYISCSI entry(SD_UINT32 index) const
     {
         DEVICEENTRYISCSI entry{};
         EXPECT_EQ(SDGetDDBEntry(handle_, &entry, index), 0U);
         return entry;
-    }
-    SD_UINT32 count() const
-    {
-        SD_UINT32 entries = 0;
-        EXPECT_EQ(SDGetDDBEntryNum(handle_, &entries), 0U);
-        return entries;
     }
     // The indices that a walk along NextValid meets.
     std::vector<SD_UINT32> walk() const
@@ -95,15 +111,12 @@ public:
         SD_UINT32 index = 0;
         do {
             const DEVICEENTRYISCSI met = entry(index);
+            EXPECT_EQ(met.TargetID, index);
             if (met.DeviceState != 0) {
                 indices.push_back(index);
             }
-            EXPECT_EQ(met.TargetID, index);
-            if (met.NextValid != 0 && met.NextValid <= index) {
-                ADD_FAILURE() << index << " leads back to " << met.NextValid;
-                break;
-            }
-            index = met.NextValid;
+            EXPECT_TRUE(met.NextValid == 0 || met.NextValid > index) << index << " leads to " << met.NextValid;
+            index = met.NextValid > index ? met.NextValid : 0;
         } while (index != 0);
         return indices;
     }
@@ -115,37 +128,21 @@ public:
         table.resize(count);
         return table;
     }
-    HBAPORTSTATISCSI counters() const
+    // The entries of a log.
+    template <typename Entry>
+    std::vector<Entry> log(SD_UINT32 type) const
     {
-        HBAPORTSTATISCSI counters{};
-        EXPECT_EQ(SDGetStatisticsiSCSI(handle_, &counters), 0U);
-        return counters;
-    }
-    HBAISCSIPORTAL portal() const
-    {
-        HBAISCSIPORTAL portal{};
-        EXPECT_EQ(SDGetHbaDevicePortalPropertyiSCSI(handle_, 0, &portal), 0U);
-        return portal;
-    }
-    std::vector<CONNERRTABLE> errors() const
-    {
-        return log<CONNERRTABLE>(LOG_CONNECTION_ERRORS);
-    }
-    std::vector<ARPTABLE> neighbours() const
-    {
-        return log<ARPTABLE>(LOG_ARP);
-    }
-
-private:
-    template <typename Record>
-    std::vector<Record> log(SD_UINT32 type) const
-    {
-        std::vector<Record> entries(LOG_CAPACITY);
+        std::vector<Entry> entries(LOG_CAPACITY);
         SD_UINT32 count = 0;
         EXPECT_EQ(SDGetLogs(handle_, type, &count, entries.data()), 0U);
         entries.resize(count);
         return entries;
     }
+    std::vector<CONNERRTABLE> errors() const
+    {
+        return log<CONNERRTABLE>(LOG_CONNECTION_ERRORS);
+    }
 
+private:
     SDMGT_HANDLE handle_ = 0;
 };

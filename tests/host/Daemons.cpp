@@ -41,7 +41,8 @@ bool TargetDaemon::isInstalled()
     return run("command -v tgtd");
 }
 
-TargetDaemon::TargetDaemon(std::string targets) : targets_(std::move(targets)), port_(freePort())
+// The port is one that another target had a moment ago.
+TargetDaemon::TargetDaemon(std::string targets) : targets_(std::move(targets)), port_(ScriptedTarget(nullptr).port())
 {
     start();
 }

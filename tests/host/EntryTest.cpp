@@ -52,7 +52,7 @@ TEST_F(Entries, DiscoveryOfManyTargetsIsQuick)
             return;
         }
         to.acceptLogin();
-        Pdu answer = answerTo(to.receive(), 0x24);
+        Pdu answer = answerTo(to.receive(), TEXT_RESPONSE);
         std::fill_n(answer.header.begin() + 20, 4, SD_UINT8{0xFF});
         std::string text;
         for (SD_UINT32 number = 0; number < targets; ++number) {

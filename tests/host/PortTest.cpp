@@ -10,18 +10,6 @@
 #include <span>
 #include <thread>
 
-void Counters::count(const HBAPORTSTATISCSI &more)
-{
-    const std::lock_guard guard(mutex_);
-    add(sum_, more);
-}
-
-HBAPORTSTATISCSI Counters::sum() const
-{
-    const std::lock_guard guard(mutex_);
-    return sum_;
-}
-
 std::unique_ptr<TargetPort> openPortOf(const std::string &interfaceName, PortObserver &observer)
 {
     setenv("TAVO_ADAPTER_INTERFACES", interfaceName.c_str(), 1);

@@ -1,6 +1,7 @@
 // A port of the loopback interface, and requests to it.
 #pragma once
 
+#include "Activity.h"
 #include "Daemons.h"
 #include "ScriptedTarget.h"
 #include "TargetPort.h"
@@ -17,9 +18,17 @@
 class Counters : public PortObserver
 {
 public:
-    void count(const HBAPORTSTATISCSI &more) override;
+    void count(const HBAPORTSTATISCSI &more) override
+    {
+        const std::lock_guard guard(mutex_);
+        add(sum_, more);
+    }
     void heardOf(const ISCSIIPADDR & /*address*/, const MacAddress & /*mac*/) override {}
-    HBAPORTSTATISCSI sum() const;
+    HBAPORTSTATISCSI sum() const
+    {
+        const std::lock_guard guard(mutex_);
+        return sum_;
+    }
 
 private:
     mutable std::mutex mutex_;

@@ -8,37 +8,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace
-{
-
-struct Bound {
-    int socket;
-    SD_UINT16 port;
-};
-
-Bound bindSocket()
-{
-    sockaddr_in name{};
-    name.sin_family = AF_INET;
-    name.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof name;
-    const int made = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (made < 0 || bind(made, reinterpret_cast<sockaddr *>(&name), size) != 0
-        || getsockname(made, reinterpret_cast<sockaddr *>(&name), &size) != 0) {
-        throw std::runtime_error("no port");
-    }
-    return {made, ntohs(name.sin_port)};
-}
-
-} // namespace
-
-SD_UINT16 freePort()
-{
-    const Bound bound = bindSocket();
-    close(bound.socket);
-    return bound.port;
-}
-
 Pdu ScriptedConnection::receive()
 {
     Pdu pdu;
@@ -100,7 +69,7 @@ Pdu answerTo(const Pdu &request, SD_UINT8 opcode)
 
 Pdu loginAnswer(const Pdu &request, int status)
 {
-    Pdu answer = answerTo(request, 0x23);
+    Pdu answer = answerTo(request, LOGIN_RESPONSE);
     answer.header[1] = status == 0 ? 0x87 : 0x80;
     std::copy_n(request.header.begin() + 8, 6, answer.header.begin() + 8);
     answer.header[15] = 1; // the session's number
@@ -122,10 +91,16 @@ std::vector<SD_UINT8> bytesOf(const Pdu &pdu)
 
 ScriptedTarget::ScriptedTarget(Script script) : script_(std::move(script))
 {
-    const Bound bound = bindSocket();
-    listener_ = bound.socket;
-    port_ = bound.port;
-    listen(listener_, 1024);
+    sockaddr_in name{};
+    socklen_t size = sizeof name;
+    name.sin_family = AF_INET;
+    name.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (bind(listener_, reinterpret_cast<sockaddr *>(&name), size) != 0 || listen(listener_, 1024) != 0
+        || getsockname(listener_, reinterpret_cast<sockaddr *>(&name), &size) != 0) {
+        throw std::runtime_error("no port");
+    }
+    port_ = ntohs(name.sin_port);
     thread_ = std::thread([this] { serve(); });
 }
 

@@ -8,8 +8,12 @@
 #include <thread>
 #include <vector>
 
-// A TCP port of 127.0.0.1 that nobody has at the moment.
-SD_UINT16 freePort();
+// Kinds of PDUs that a target sends.
+inline constexpr SD_UINT8 NOP_IN = 0x20;
+inline constexpr SD_UINT8 SCSI_RESPONSE = 0x21;
+inline constexpr SD_UINT8 LOGIN_RESPONSE = 0x23;
+inline constexpr SD_UINT8 TEXT_RESPONSE = 0x24;
+inline constexpr SD_UINT8 DATA_IN = 0x25;
 
 // A PDU of iSCSI.
 struct Pdu {
