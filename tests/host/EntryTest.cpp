@@ -1,7 +1,8 @@
 // Many entries of the device database at once, through the operations: discovery, and targets that are gone.
 #include "OpenAdapter.h"
-#include "PortTest.h"
+#include "OpenPort.h"
 #include "Sandbox.h"
+#include "ScriptedTarget.h"
 #include "Settings.h"
 
 #include <algorithm>

@@ -1,6 +1,5 @@
 // Targets that fail in every way: each ends in a status within the deadline, and nothing is left behind.
-#include "PortTest.h"
-#include "ScsiStandard.h"
+#include "DaemonTest.h"
 
 #include <algorithm>
 #include <atomic>
@@ -31,7 +30,8 @@ struct Fault {
     std::size_t data; // bytes in the answer
     std::size_t sent; // bytes of it that are sent
     Then then;
-    Reach reach; // what becomes of the command
+    Reach reach;          // what becomes of the command
+    SD_UINT16 status = 0; // of the login
 };
 
 constexpr Fault FAULTS[]{
@@ -43,6 +43,12 @@ constexpr Fault FAULTS[]{
     {"half a login answer and an end", At::login, LOGIN_RESPONSE, 0, 20, Then::closes, Reach::refused},
     {"login answer that promises too much", At::login, LOGIN_RESPONSE, 100000, ALL, Then::stays, Reach::refused},
     {"login text without an end", At::login, LOGIN_RESPONSE, 64, ALL, Then::stays, Reach::refused},
+    {"not authenticated", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::authentication, 0x0201},
+    {"not authorised", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::authentication, 0x0202},
+    {"not found", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::unknownTarget, 0x0203},
+    {"moved", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::refused, 0x0101},
+    {"of another version", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::refused, 0x0206},
+    {"out of order", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::refused, 0x0301},
     {"closes instead of a command's answer", At::command, SCSI_RESPONSE, 0, 0, Then::closes, Reach::unreachable},
     {"silent to a command", At::command, SCSI_RESPONSE, 0, 0, Then::stays, Reach::timeout},
     {"answers a command with garbage", At::command, GARBAGE, 100000, ALL, Then::stays, Reach::unreachable},
@@ -54,7 +60,7 @@ constexpr Fault FAULTS[]{
 
 std::vector<SD_UINT8> answerOf(const Fault &fault, const Pdu &request)
 {
-    Pdu answer = fault.at == At::login ? loginAnswer(request, 0) : answerTo(request, fault.opcode);
+    Pdu answer = fault.at == At::login ? loginAnswer(request, fault.status) : answerTo(request, fault.opcode);
     answer.header[0] = fault.opcode;
     answer.data.assign(fault.data, GARBAGE);
     if (fault.opcode == GARBAGE) {
@@ -84,22 +90,20 @@ void play(const Fault &fault, ScriptedConnection &to)
 
 TEST(Fault, EachIsAStatusWithinTheDeadline)
 {
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
+    const OpenPort port;
     for (const Fault &fault : FAULTS) {
-        const std::size_t descriptors = countOwn("fd");
         {
             const ScriptedTarget target([&](ScriptedConnection &to) { play(fault, to); });
             const SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
             // The second command finds no session any more and meets the same.
             for (int attempt = 0; attempt < 2; ++attempt) {
                 CommandResult result;
-                EXPECT_LT(timeOf([&] { result = reportLuns(*port, request); }), SHORT_DEADLINE + MARGIN) << fault.what;
+                EXPECT_LT(timeOf([&] { result = port.reportLuns(request); }), SHORT_DEADLINE + MARGIN) << fault.what;
                 EXPECT_EQ(result.login.reach, fault.reach) << fault.what;
+                EXPECT_EQ(result.login.status, fault.status) << fault.what;
             }
             port->logout(request.index);
         }
-        EXPECT_EQ(countOwn("fd"), descriptors) << fault.what;
     }
 }
 
@@ -115,37 +119,15 @@ TEST(Fault, SenseDataOfAnyLength)
             to.send(answer);
         }
     });
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
+    const OpenPort port;
     const SessionRequest request = requestFor(target.port(), NAME);
     for (std::size_t length = 0; length < 300; ++length) {
-        const CommandResult result = reportLuns(*port, request);
+        const CommandResult result = port.reportLuns(request);
         ASSERT_EQ(result.login.reach, Reach::session) << length;
         EXPECT_EQ(result.status, SCSI_CHECK_CONDITION);
         EXPECT_TRUE(result.data.empty());
         const std::size_t padded = (length + 3) / 4 * 4; // libiscsi does not tell what is filled up
         EXPECT_EQ(result.sense.size(), length == 0 ? 0 : padded - 2);
-    }
-}
-
-// 0102h and its like, which no target at hand gives.
-TEST(Fault, LoginStatusReachesTheCaller)
-{
-    std::atomic<int> status{0};
-    const ScriptedTarget target([&](ScriptedConnection &to) {
-        to.send(loginAnswer(to.receive(), status));
-        to.stayUntilClosed();
-    });
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
-    const std::pair<int, Reach> expected[] = {{0x0201, Reach::authentication}, {0x0202, Reach::authentication},
-                                              {0x0203, Reach::unknownTarget},  {0x0101, Reach::refused},
-                                              {0x0206, Reach::refused},        {0x0301, Reach::refused}};
-    for (const auto &[sent, reach] : expected) {
-        status = sent;
-        const LoginResult login = logIn(*port, requestFor(target.port(), NAME, SHORT_DEADLINE));
-        EXPECT_EQ(login.reach, reach) << sent;
-        EXPECT_EQ(login.status, sent);
     }
 }
 
@@ -159,13 +141,12 @@ TEST(Fault, OneUnitOfManyIsSilent)
         }
         to.stayUntilClosed();
     });
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
+    const OpenPort port;
     const SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
-    EXPECT_TRUE(succeeded(reportLuns(*port, request)));
+    EXPECT_EQ(port.reach(request), Reach::session);
     for (SD_UINT16 lun = 0; lun < 5; ++lun) {
         CommandResult result;
-        EXPECT_LT(timeOf([&] { result = readCapacity(*port, request, lun); }), SHORT_DEADLINE + MARGIN);
+        EXPECT_LT(timeOf([&] { result = port.readCapacity(request, lun); }), SHORT_DEADLINE + MARGIN);
         EXPECT_EQ(result.login.reach, lun == 2 ? Reach::timeout : Reach::session) << lun;
     }
 }
@@ -174,8 +155,7 @@ TEST(Fault, APortThatClosesHasToldOfEveryLogin)
 {
     constexpr SD_UINT32 entries = 512;
     const ScriptedTarget target([](ScriptedConnection &to) { to.stayUntilClosed(); });
-    Counters counters;
-    auto port = openPortOf("lo", counters);
+    OpenPort port;
     std::atomic<SD_UINT32> ended{0};
     SessionRequest request = requestFor(target.port(), NAME);
     for (request.index = 0; request.index < entries; ++request.index) {
@@ -185,51 +165,31 @@ TEST(Fault, APortThatClosesHasToldOfEveryLogin)
         });
     }
     EXPECT_EQ(ended, 0U) << "a login is waited for";
-    EXPECT_LT(timeOf([&] { port.reset(); }), 2s);
+    EXPECT_LT(timeOf([&] { port.close(); }), 2s);
     EXPECT_EQ(ended, entries);
 }
 
-class Victim : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        if (!TargetDaemon::isInstalled()) {
-            GTEST_SKIP() << "tgtd is not installed";
-        }
-        daemon_ = std::make_unique<TargetDaemon>("add_target 1 " + NAME + "; add_unit 1 1 --bstype null -b /dev/null"
-                                                 + "; add_target 2 bystander"); // without any, tgtd answers nobody
-        port_ = openPortOf("lo", counters_);
-        request_ = requestFor(daemon_->port(), NAME, SHORT_DEADLINE);
-    }
-
-    std::unique_ptr<TargetDaemon> daemon_;
-    Counters counters_;
-    std::unique_ptr<TargetPort> port_;
-    SessionRequest request_;
-};
+using Victim = DaemonTest;
 
 TEST_F(Victim, KilledFrozenDeletedAndBackAgain)
 {
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
-    daemon_->freeze();
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::timeout);
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::timeout);
-    daemon_->resume();
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
-
-    daemon_->kill();
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::unreachable);
-    daemon_->start();
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
-
-    daemon_->administer("administer --mode target --op delete --force --tid 1");
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::unknownTarget);
-
+    SessionRequest request = requestTo(OPEN);
+    request.deadline = SHORT_DEADLINE;
+    EXPECT_EQ(port.reach(request), Reach::session);
+    signal(SIGSTOP);
+    EXPECT_EQ(port.reach(request), Reach::timeout);
+    EXPECT_EQ(port.reach(request), Reach::timeout);
+    signal(SIGCONT);
+    EXPECT_EQ(port.reach(request), Reach::session);
+    killDaemon();
+    EXPECT_EQ(port.reach(request), Reach::unreachable);
+    startDaemon();
+    EXPECT_EQ(port.reach(request), Reach::session);
+    administer("administer --mode target --op delete --force --tid 1");
+    EXPECT_EQ(port.reach(request), Reach::unknownTarget);
     // A frozen target does not keep its port from going.
-    daemon_->freeze();
-    EXPECT_LT(timeOf([&] { port_.reset(); }), 2s + MARGIN);
-    daemon_->resume();
+    signal(SIGSTOP);
+    EXPECT_LT(timeOf([&] { port.close(); }), 2s + MARGIN);
 }
 
 TEST_F(Victim, EightThreadsReadWhileTheTargetComesAndGoes)
@@ -239,31 +199,32 @@ TEST_F(Victim, EightThreadsReadWhileTheTargetComesAndGoes)
     std::atomic<bool> ending{false};
     std::atomic<int> reads{0};
     std::atomic<int> failures{0};
-    std::vector<std::future<bool>> readers;
+    std::vector<std::future<Reach>> readers;
     for (SD_UINT32 reader = 0; reader < 8; ++reader) {
         readers.push_back(std::async(std::launch::async, [&, reader] {
-            SessionRequest request = request_;
+            SessionRequest request = requestTo(OPEN);
+            request.deadline = SHORT_DEADLINE;
             request.index = reader / 2; // two threads share a session
             while (!ending) {
-                ++(succeeded(reportLuns(*port_, request)) ? reads : failures);
+                ++(port.reach(request) == Reach::session ? reads : failures);
             }
-            return succeeded(reportLuns(*port_, request));
+            return port.reach(request);
         }));
     }
     const auto end = std::chrono::steady_clock::now() + duration;
     while (std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(300ms);
-        daemon_->freeze();
+        signal(SIGSTOP);
         std::this_thread::sleep_for(SHORT_DEADLINE + 100ms);
-        daemon_->resume();
+        signal(SIGCONT);
         std::this_thread::sleep_for(200ms);
-        daemon_->kill();
+        killDaemon();
         std::this_thread::sleep_for(100ms);
-        daemon_->start();
+        startDaemon();
     }
     ending = true;
     for (auto &reader : readers) {
-        EXPECT_TRUE(reader.get()) << "a thread does not succeed at the end";
+        EXPECT_EQ(reader.get(), Reach::session) << "a thread does not succeed at the end";
     }
     EXPECT_GT(reads, 100);
     EXPECT_GT(failures, 0);

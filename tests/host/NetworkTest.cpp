@@ -1,6 +1,6 @@
 // What the host adapter finds out of the network around it: interfaces, neighbours, ping, silence.
 #include "Fields.h"
-#include "PortTest.h"
+#include "OpenPort.h"
 #include "Sandbox.h"
 
 #include <sched.h>
@@ -40,8 +40,7 @@ TEST(Network, AdaptersAreTheInterfacesThatAreNamed)
 
 TEST(Network, PingIsAnsweredOrNot)
 {
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
+    const OpenPort port;
     const PingResult answer = port->ping(pingOf("127.0.0.1"));
     if (answer == PingResult::notSupported) {
         GTEST_SKIP() << "this user may send no ICMP";
@@ -55,7 +54,7 @@ TEST(Network, PingIsAnsweredOrNot)
 
 // What only a network of its own shows: runs in a process that has one, with a neighbour at the other end of a cable
 // who takes everything and says nothing.
-void inOwnNetwork(const std::function<void(TargetPort &)> &check)
+void inOwnNetwork(const std::function<void(const OpenPort &)> &check)
 {
     const auto make = [] {
         return unshare(CLONE_NEWNET) == 0
@@ -68,39 +67,36 @@ void inOwnNetwork(const std::function<void(TargetPort &)> &check)
                               "; } 2>/dev/null")
                       == 0;
     };
-    inChild(make, [&] {
-        Counters counters;
-        check(*openPortOf("near", counters));
-    });
+    inChild(make, [&] { check(OpenPort("near")); });
 }
 
 TEST(Network, NeighboursAreTheKernels)
 {
-    inOwnNetwork([](TargetPort &port) {
-        const auto table = port.neighbours();
+    inOwnNetwork([](const OpenPort &port) {
+        const auto table = port->neighbours();
         ASSERT_TRUE(table && table->size() == 2);
         EXPECT_EQ(toText((*table)[0].ipAddr), "10.9.0.2");
         EXPECT_EQ((*table)[0].macAddr[5], 0x09);
         EXPECT_EQ(toText((*table)[1].ipAddr), "fd09::2");
         EXPECT_EQ((*table)[1].macAddr[5], 0x0A);
-        const auto addresses = port.addresses();
+        const auto addresses = port->addresses();
         EXPECT_EQ(toText(addresses->address), "10.9.0.1");
         EXPECT_EQ(toText(addresses->gateway), "10.9.0.2");
-        EXPECT_TRUE(port.linkUp());
-        EXPECT_EQ(port.ping(pingOf("10.9.0.2")), PingResult::silent);
+        EXPECT_TRUE(port->linkUp());
+        EXPECT_EQ(port->ping(pingOf("10.9.0.2")), PingResult::silent);
     });
 }
 
 TEST(Network, NoAnswerIsUnreachableWithinTheDeadline)
 {
-    inOwnNetwork([](TargetPort &port) {
+    inOwnNetwork([](const OpenPort &port) {
         SessionRequest request = requestFor(3260, "iqn.2024-01.example:nobody", 500ms);
         // Somebody who does not answer, nobody, a host behind a router, one without a route to it.
         for (const char *address : {"10.9.0.2", "10.9.0.7", "10.10.0.1", "fd0a::1"}) {
             request.target.address = makeAddress(address);
             const auto ask = [&] {
-                EXPECT_EQ(reportLuns(port, request).login.reach, Reach::unreachable) << address;
-                EXPECT_EQ(port.discover(request).login.reach, Reach::unreachable) << address;
+                EXPECT_EQ(port.reach(request), Reach::unreachable) << address;
+                EXPECT_EQ(port->discover(request).login.reach, Reach::unreachable) << address;
             };
             EXPECT_LT(timeOf(ask), 2 * request.deadline + 500ms) << address;
         }
