@@ -2,13 +2,14 @@
 // has not changed is not read again.
 #include "ActivityStore.h"
 #include "AdapterTest.h"
+#include "Sqlite.h"
 
 #include <fcntl.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <array>
 #include <chrono>
+#include <memory>
 
 namespace
 {
@@ -44,12 +45,9 @@ protected:
 };
 
 // Runs SQL on a database as somebody else would.
-void alter(const std::filesystem::path &file, const std::string &sql)
+void alter(const std::filesystem::path &file, const char *sql)
 {
-    sqlite3 *database = nullptr;
-    ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
-    sqlite3_close(database);
+    Connection(file, SQLITE_OPEN_READWRITE).run(sql);
 }
 
 TEST_F(Store, DamagedBytesAndTruncationsAreRefusedOrDoNotMatter)
@@ -284,16 +282,15 @@ TEST_F(Store, WritersWaitForWritersAndReadersForNobody)
 {
     writeSettings();
     const OpenAdapter adapter(3);
-    sqlite3 *other = nullptr;
-    ASSERT_EQ(sqlite3_open(settings.c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    auto other = std::make_unique<Connection>(settings, SQLITE_OPEN_READWRITE);
+    other->run("BEGIN IMMEDIATE");
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(adapter.count(), 1U);
     EXPECT_EQ(adapter.ping("10.20.0.1", 1), ERR_UNREACHABLE);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
     EXPECT_EQ(adapter.write(9, sampleEntry(9)), ERR_BUSY);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(4500));
-    sqlite3_close(other);
+    other.reset();
     EXPECT_EQ(adapter.write(9, sampleEntry(9)), 0U);
 }
 

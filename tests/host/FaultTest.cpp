@@ -92,6 +92,7 @@ TEST(Fault, EachIsAStatusWithinTheDeadline)
 {
     const OpenPort port;
     for (const Fault &fault : FAULTS) {
+        const auto descriptors = countOwn("fd");
         {
             const ScriptedTarget target([&](ScriptedConnection &to) { play(fault, to); });
             const SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
@@ -104,6 +105,7 @@ TEST(Fault, EachIsAStatusWithinTheDeadline)
             }
             port->logout(request.index);
         }
+        EXPECT_EQ(countOwn("fd"), descriptors) << fault.what;
     }
 }
 

@@ -10,8 +10,10 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <future>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <ostream>
@@ -84,10 +86,12 @@ public:
         const std::array<SD_UINT8, 10> command{SCSI_READ_CAPACITY_10};
         return port_->execute(request, lun, command, sizeof(READ_CAPACITY_DATA));
     }
-    // How far a command gets.
+    // How far a command gets. Once it has reached its unit it succeeds.
     Reach reach(const SessionRequest &request) const
     {
-        return reportLuns(request).login.reach;
+        const CommandResult result = reportLuns(request);
+        EXPECT_TRUE(result.login.reach != Reach::session || result.status == SCSI_GOOD);
+        return result.login.reach;
     }
 
 private:
@@ -117,4 +121,11 @@ inline void awaitUntil(const std::function<bool()> &condition)
     for (int tries = 0; tries < 1000 && !condition(); ++tries) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
+}
+
+// How many entries a folder of /proc/self has: descriptors ("fd") or threads ("task").
+inline std::ptrdiff_t countOwn(const std::string &folder)
+{
+    const std::filesystem::directory_iterator entries("/proc/self/" + folder);
+    return std::distance(begin(entries), end(entries));
 }

@@ -1,8 +1,6 @@
 // Sessions with tgtd: what goes over the wire, CHAP, and the life of a session.
 #include "DaemonTest.h"
 
-#include <filesystem>
-#include <iterator>
 #include <optional>
 
 namespace
@@ -86,13 +84,6 @@ TEST_F(Target, TwoInitiatorsOfOneNameDoNotThrowEachOtherOut)
     const SD_UINT64 before = port.counters().iSCSITxPDUCount;
     EXPECT_EQ(port.reach(request), Reach::session);
     EXPECT_EQ(port.counters().iSCSITxPDUCount - before, 1U) << "logged in anew";
-}
-
-// How many entries a folder of /proc/self has: descriptors ("fd") or threads ("task").
-std::ptrdiff_t countOwn(const std::string &folder)
-{
-    const std::filesystem::directory_iterator entries("/proc/self/" + folder);
-    return std::distance(begin(entries), end(entries));
 }
 
 TEST_F(Target, LogoutEndsTheSession)
