@@ -57,12 +57,11 @@ void withLimit(rlim_t bytes, const std::function<void()> &work)
 {
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{bytes, before.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     work();
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-    EXPECT_NE(std::signal(SIGXFSZ, handler), SIG_ERR);
 }
 
 TEST_F(Disk, FullDiskLeavesTheOldSettings)
@@ -116,40 +115,38 @@ TEST_F(Disk, FullAndReadOnlyFileSystems)
                && mount("none", folder.c_str(), "tmpfs", 0, "size=256k") == 0;
     };
     inChild(ownDisk, [&] {
-        (void)saidDuring([&] {
-            OpenAdapter adapter(0);
-            EXPECT_EQ(adapter.write(100, sampleEntry(1)), 0U);
-            OpenAdapter large(2);
-            EXPECT_EQ(large.write(200, sampleEntry(1)), ERR_FLASH_WRITE) << "512 entries have no room";
-            EXPECT_EQ(large.entry(200).ReservedFlags, 0U);
-            EXPECT_EQ(adapter.entry(100).ReservedFlags, 1U);
-            adapter.close();
-            large.close();
-            EXPECT_EQ(mount("none", folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
-            const OpenAdapter again(0);
-            EXPECT_EQ(again.entry(100).ReservedFlags, 1U) << "reading goes on";
-            EXPECT_EQ(again.write(300, sampleEntry(1)), ERR_FLASH_WRITE);
-            EXPECT_EQ(again.entry(300).DeviceState, 0U);
-        });
+        OpenAdapter adapter(0);
+        EXPECT_EQ(adapter.write(100, sampleEntry(1)), 0U);
+        OpenAdapter large(2);
+        EXPECT_EQ(large.write(200, sampleEntry(1)), ERR_FLASH_WRITE) << "512 entries have no room";
+        EXPECT_EQ(large.entry(200).ReservedFlags, 0U);
+        EXPECT_EQ(adapter.entry(100).ReservedFlags, 1U);
+        adapter.close();
+        large.close();
+        EXPECT_EQ(mount("none", folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+        const OpenAdapter again(0);
+        EXPECT_EQ(again.entry(100).ReservedFlags, 1U) << "reading goes on";
+        EXPECT_EQ(again.write(300, sampleEntry(1)), ERR_FLASH_WRITE);
+        EXPECT_EQ(again.entry(300).DeviceState, 0U);
     });
 }
 
 TEST_F(Disk, ReadOnlyFolderLeavesTheOldSettings)
 {
     using std::filesystem::perms;
-    const auto work = [&] {
-        writeSettings();
-        std::filesystem::permissions(folder, perms::owner_read | perms::owner_exec);
-        const OpenAdapter adapter(3);
-        EXPECT_EQ(adapter.entry(17).ReservedFlags, 17U);
-        EXPECT_EQ(adapter.write(33, sampleEntry(33)), ERR_FLASH_WRITE);
-        EXPECT_EQ(OpenAdapter(1).write(33, sampleEntry(33)), ERR_FLASH_WRITE);
-        EXPECT_EQ(adapter.entry(33).DeviceState, 0U);
-        std::filesystem::permissions(folder, perms::owner_all);
-        EXPECT_EQ(adapter.write(33, sampleEntry(33)), 0U);
-        EXPECT_EQ(adapter.entry(33).ReservedFlags, 33U);
-    };
-    inChild([&] { return becomeNobody(folder); }, [&] { (void)saidDuring(work); });
+    inChild([&] { return becomeNobody(folder); },
+            [&] {
+                writeSettings();
+                std::filesystem::permissions(folder, perms::owner_read | perms::owner_exec);
+                const OpenAdapter adapter(3);
+                EXPECT_EQ(adapter.entry(17).ReservedFlags, 17U);
+                EXPECT_EQ(adapter.write(33, sampleEntry(33)), ERR_FLASH_WRITE);
+                EXPECT_EQ(OpenAdapter(1).write(33, sampleEntry(33)), ERR_FLASH_WRITE);
+                EXPECT_EQ(adapter.entry(33).DeviceState, 0U);
+                std::filesystem::permissions(folder, perms::owner_all);
+                EXPECT_EQ(adapter.write(33, sampleEntry(33)), 0U);
+                EXPECT_EQ(adapter.entry(33).ReservedFlags, 33U);
+            });
 }
 
 TEST_F(Disk, SettingsOfSomebodyElseAreNotRead)

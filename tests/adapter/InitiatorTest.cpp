@@ -386,6 +386,9 @@ TEST_F(Initiator, CrashRecordIsWholeOrNotThere)
     std::filesystem::permissions(folder, std::filesystem::perms::all);
     EXPECT_EQ(record(link), ERR_OUTPUT_FILE) << "anybody may have made it";
     EXPECT_TRUE(std::filesystem::is_symlink(link));
+    if (chown(file.c_str(), 1, 1) == 0) {
+        EXPECT_EQ(record(file), ERR_OUTPUT_FILE) << "it is somebody else's";
+    }
     SDMGT_HANDLE traced = adapter;
     EXPECT_EQ(SDEnableDebugTraceiSCSI(&traced, link.c_str(), 1), ERR_OUTPUT_FILE);
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0); // a pipe or device stays one

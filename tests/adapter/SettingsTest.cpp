@@ -127,21 +127,19 @@ TEST_F(Settings, IsnsTargetsFollowTheSettings)
 TEST_F(Settings, ImagesComeIntoForceWithTheReset)
 {
     const OpenAdapter adapter(0);
-    const auto image = [&](const char *name, const std::string &bytes) {
-        return writeFile(folder / name, bytes);
-    };
     const std::string before = getText(adapter.portal().FWVersion);
     for (const std::string &bad :
-         {(folder / "missing").string(), folder.string(), image("empty", ""), image("unnamed", "TAVOFW \nx"),
-          image("binary", "TAVOFW 1\x01\n"), image("long", "TAVOFW " + std::string(128, '9') + "\n")}) {
+         {(folder / "missing").string(), folder.string(), writeFile(folder / "empty", ""),
+          writeFile(folder / "unnamed", "TAVOFW \nx"), writeFile(folder / "binary", "TAVOFW 1\x01\n"),
+          writeFile(folder / "long", "TAVOFW " + std::string(128, '9') + "\n")}) {
         EXPECT_EQ(SDUpdateiSCSIFW(adapter, bad.c_str(), 0), ERR_IMAGE_FILE) << bad;
     }
-    const std::string good = image("good", "TAVOFW 9.8.7-beta\nrest");
+    const std::string good = writeFile(folder / "good", "TAVOFW 9.8.7-beta\nrest");
     EXPECT_EQ(SDUpdateiSCSIFW(adapter, good.c_str(), 2), ERR_INVALID_PARAMETER);
     EXPECT_EQ(adapter.reset(), 0U);
     EXPECT_EQ(getText(adapter.portal().FWVersion), before);
     ASSERT_EQ(SDUpdateiSCSIFW(adapter, good.c_str(), 0), 0U);
-    ASSERT_EQ(SDUpdateiSCSIFW(adapter, image("rom", std::string("\x7F\0ROM", 5)).c_str(), 1), 0U);
+    ASSERT_EQ(SDUpdateiSCSIFW(adapter, writeFile(folder / "rom", std::string("\x7F\0ROM", 5)).c_str(), 1), 0U);
     EXPECT_EQ(getText(adapter.portal().FWVersion), before);
     EXPECT_EQ(adapter.portal().State, 3);
     EXPECT_EQ(adapter.reset(), 0U);

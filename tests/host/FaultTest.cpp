@@ -48,7 +48,6 @@ constexpr Fault FAULTS[]{
     {"not found", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::unknownTarget, 0x0203},
     {"moved", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::refused, 0x0101},
     {"of another version", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::refused, 0x0206},
-    {"out of order", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::refused, 0x0301},
     {"closes instead of a command's answer", At::command, SCSI_RESPONSE, 0, 0, Then::closes, Reach::unreachable},
     {"silent to a command", At::command, SCSI_RESPONSE, 0, 0, Then::stays, Reach::timeout},
     {"answers a command with garbage", At::command, GARBAGE, 100000, ALL, Then::stays, Reach::unreachable},

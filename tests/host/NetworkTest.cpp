@@ -15,11 +15,7 @@ using namespace std::chrono_literals;
 
 PingRequest pingOf(const std::string &address)
 {
-    PingRequest request;
-    request.address = makeAddress(address);
-    request.packets = 2;
-    request.deadline = 3s;
-    return request;
+    return {makeAddress(address), 2, {}, 3s};
 }
 
 TEST(Network, AdaptersAreTheInterfacesThatAreNamed)

@@ -10,20 +10,18 @@
 
 Pdu ScriptedConnection::receive()
 {
+    const auto fill = [this](std::vector<SD_UINT8> &bytes) {
+        const auto size = static_cast<ssize_t>(bytes.size());
+        if (size != 0 && recv(socket_, bytes.data(), bytes.size(), MSG_WAITALL) != size) {
+            throw std::runtime_error("closed");
+        }
+    };
     Pdu pdu;
-    receive(pdu.header);
+    fill(pdu.header);
     const std::size_t length = static_cast<std::size_t>(pdu.header[5] << 16 | pdu.header[6] << 8 | pdu.header[7]);
     pdu.data.resize((length + 3) / 4 * 4);
-    receive(pdu.data);
+    fill(pdu.data);
     return pdu;
-}
-
-void ScriptedConnection::receive(std::vector<SD_UINT8> &bytes)
-{
-    if (!bytes.empty()
-        && recv(socket_, bytes.data(), bytes.size(), MSG_WAITALL) != static_cast<ssize_t>(bytes.size())) {
-        throw std::runtime_error("closed");
-    }
 }
 
 void ScriptedConnection::send(const std::vector<SD_UINT8> &bytes)

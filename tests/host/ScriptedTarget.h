@@ -36,8 +36,6 @@ public:
     void stayUntilClosed();
 
 private:
-    void receive(std::vector<SD_UINT8> &bytes);
-
     int socket_;
 };
 

@@ -36,8 +36,7 @@ TEST_F(Target, AnswersComeAsTheTargetSentThemAndAreCounted)
     EXPECT_EQ(after.iSCSICompleteIOsCount - before.iSCSICompleteIOsCount, 1U);
 
     // A list that is cut off names its full length all the same.
-    const CommandResult part = port.reportLuns(request, 16);
-    EXPECT_EQ(part.data, std::vector(list.data.begin(), list.data.begin() + 16));
+    EXPECT_EQ(port.reportLuns(request, 16).data, std::vector(list.data.begin(), list.data.begin() + 16));
 }
 
 TEST_F(Target, ChapProvesBothSides)
