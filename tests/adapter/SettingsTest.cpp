@@ -42,11 +42,10 @@ TEST_F(Settings, EntriesAreReadBackAndLinkedAnew)
 
     DEVICEENTRYISCSI initial{};
     ASSERT_EQ(SDGetInitialDDBEntry(adapter, &initial, 0x123), 0U);
-    ASSERT_EQ(SDGetDefaultDDBEntry(adapter, &entry), 0U);
     EXPECT_EQ(initial.TargetID, 0x123U);
     EXPECT_EQ(initial.InitiatorSessID[4], 0x01);
     EXPECT_EQ(initial.InitiatorSessID[5], 0x23);
-    EXPECT_TRUE(same(initial.DeviceInfo, entry.DeviceInfo));
+    EXPECT_TRUE(same(initial.DeviceInfo, adapter.read(SDGetDefaultDDBEntry).DeviceInfo));
 }
 
 TEST_F(Settings, ChapTableIsReplacedAsAWhole)
@@ -63,8 +62,7 @@ TEST_F(Settings, ChapTableIsReplacedAsAWhole)
     for (const std::ptrdiff_t records : {128, 2, 1, 127}) {
         const ChapTable written(table.begin(), table.begin() + records);
         ASSERT_EQ(adapter.write(written), 0U);
-        ASSERT_EQ(SDGetCHAPEntryNum(adapter, &count), 0U);
-        EXPECT_EQ(count, written.size());
+        EXPECT_EQ(adapter.read(SDGetCHAPEntryNum), written.size());
         for (const SD_UINT32 room : {3U, 128U, 1000U}) { // the last is more than there can be
             ChapTable back(CHAP_CAPACITY + 1);
             count = room;
@@ -113,9 +111,7 @@ TEST_F(Settings, IsnsTargetsFollowTheSettings)
     for (const auto &each : cases) {
         config.ipAddr = makeAddress(each.server);
         ASSERT_EQ(SDSet_iSNSDiscoveryConfig(adapter, config), 0U);
-        SDM_ISNS_CONFIG back{};
-        ASSERT_EQ(SDGet_iSNSDiscoveryConfig(adapter, &back), 0U);
-        EXPECT_TRUE(same(back, config));
+        EXPECT_TRUE(same(adapter.read(SDGet_iSNSDiscoveryConfig), config));
         EXPECT_EQ(ask(adapter, each.room), each.status) << each.server << " " << each.room;
         EXPECT_EQ(count, each.count) << each.server;
         for (SD_UINT32 number = 0; number < std::min(count, each.room); ++number) {
