@@ -143,7 +143,7 @@ TEST(HostileLibrary, arraysAtTheirBorders)
             jint calls = 0;
             Outcome outcome = hostile(world, [&](const Operation &operation) {
                 ++calls;
-                records = operation.index;
+                records = operation.number;
                 return Answer{};
             });
             EXPECT_EQ(outcome.result, "0");

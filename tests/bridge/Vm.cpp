@@ -33,7 +33,7 @@ void openAdapters(JNIEnv *env)
 {
     auto responder = library().responder;
     library().responder = [](const Operation &operation) {
-        return Answer{0, "", handleOf(jint(operation.index))};
+        return Answer{0, "", handleOf(jint(operation.handle))};
     };
     for (jint dev = 0; dev < 32; ++dev) {
         Java_com_varden_tavo_iscsi_jni_ApiWrapper_openDevice(env, nullptr, dev);
