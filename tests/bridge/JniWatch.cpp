@@ -404,17 +404,13 @@ JniWatch *JniWatch::current()
 
 bool JniWatch::step(bool canFail, const std::function<std::string()> &text)
 {
-    std::string line;
-    if (recording) {
-        line = text();
+    if (!recording) {
+        return false;
     }
-    bool fail = canFail && (++fallible == failNth || (recording && long(events.size()) == failEvent));
+    const bool fail = canFail && long(events.size()) == failEvent;
+    events.push_back(text());
     if (fail) {
-        failed = true;
-        failedAt = recording ? line : text();
-    }
-    if (recording) {
-        events.push_back(line);
+        failedAt = events.back();
     }
     return fail;
 }

@@ -143,6 +143,24 @@ TEST_P(TableCase, failsAsSaid)
     }
 }
 
+// Whatever the application's own methods throw reaches the caller, and nothing is left behind.
+TEST_P(TableCase, letsThrowingMethodsThrow)
+{
+    Expansion expansion(GetParam(), false);
+    const std::vector<ExpectedEvent> events = expansion.expect(DEV, 0).events;
+    for (std::size_t at = 0; at < events.size() && !HasFailure(); ++at) {
+        if (events[at].text.starts_with("call ")) {
+            SCOPED_TRACE(events[at].text + " throws");
+            const Outcome outcome = callAs(expansion, DEV, 0, [&](JniWatch &watch) {
+                watch.failEvent = long(at);
+                watch.leavePending = true;
+            });
+            EXPECT_EQ(outcome.left, "");
+            EXPECT_TRUE(outcome.pending) << "the caller's exception is lost";
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(all, TableCase, ::testing::ValuesIn(methodTable().cases), [](const auto &info) {
     std::string name = info.param.word(2) + "_" + info.param.word(1);
     std::ranges::replace(name, '-', '_');

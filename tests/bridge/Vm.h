@@ -65,9 +65,7 @@ struct Outcome {
     std::string printed;
     std::string left; // what no call may do or leave behind, empty when there is nothing
     bool pending = false;
-    bool failed = false; // the fault was met
     Counts counts;
-    std::string failedAt;
 };
 
 // Calls the world's method under a watch that `arrange` may set up. The stack below is full of rubbish.

@@ -1,5 +1,5 @@
 // No CHAP secret stays in memory that the bridge gives back: the table read from the adapter and the text made of each
-// secret. The table that is written lies on the heap, where the fault sweep looks.
+// secret. The table that is written lies on the heap, where every call looks.
 #include "JavaAccess.h"
 #include "ScriptedLibrary.h"
 #include "Vm.h"
