@@ -47,7 +47,8 @@ std::string escaped(const std::string &raw)
 }
 } // namespace
 
-// The table's functions. Each finds its watch by the environment it is called with.
+// The table's functions. Each finds its watch by the environment it is called with. The VM itself ends the program when
+// it is called with null for a class, an object or a method.
 struct WatchedTable {
     static JniWatch &watch(JNIEnv *env)
     {
@@ -72,10 +73,6 @@ struct WatchedTable {
     {
         JniWatch &w = watch(env);
         w.fails(nullptr, [&] { return "class " + w.nameOf(object); });
-        if (object == nullptr) {
-            w.breach("GetObjectClass of null");
-            return nullptr;
-        }
         return w.made(w.vm_->GetObjectClass(object));
     }
 
@@ -83,10 +80,6 @@ struct WatchedTable {
     {
         JniWatch &w = watch(env);
         ++w.counts.lookups;
-        if (cls == nullptr) {
-            w.breach(std::string("lookup of ") + name + " on a null class");
-            return nullptr;
-        }
         if (w.fails("java/lang/NoSuchMethodError",
                     [&] { return "lookup " + w.className(cls) + " " + name + " " + signature; })) {
             return nullptr;
@@ -106,67 +99,48 @@ struct WatchedTable {
     static jobject JNICALL newObjectV(JNIEnv *env, jclass cls, jmethodID id, va_list values)
     {
         JniWatch &w = watch(env);
-        if (id == nullptr || cls == nullptr) {
-            w.breach("NewObject with a null constructor or class");
-            return nullptr;
-        }
         if (w.fails(OUT_OF_MEMORY, [&] { return "create " + w.className(cls); })) {
             return nullptr;
         }
         return w.made(w.vm_->NewObjectV(cls, id, values));
     }
 
-    // What all calls have in common: written down, counted, and refused when the method or the object is null.
-    static bool refused(JniWatch &w, jobject object, jmethodID id, char result, va_list values, bool canFail)
+    // What all calls have in common: written down, counted, and carried out by the VM unless they fail.
+    template <typename Work>
+    static void call(JNIEnv *env, jobject object, jmethodID id, char result, va_list values, const Work &carryOut)
     {
+        JniWatch &w = watch(env);
         ++w.counts.calls;
-        if (id == nullptr || object == nullptr) {
-            w.breach("call with a null method or object");
-            return true;
-        }
         const JniWatch::Method &method = w.method(object, id, result);
-        return w.fails(canFail || w.leavePending ? "java/lang/IllegalStateException" : nullptr,
-                       [&] { return "call " + w.nameOf(object) + " " + method.name + w.arguments(method, values); });
+        const bool canFail = result == 'L' || w.leavePending;
+        va_list copy;
+        va_copy(copy, values);
+        if (!w.fails(canFail ? "java/lang/IllegalStateException" : nullptr,
+                     [&] { return "call " + w.nameOf(object) + " " + method.name + w.arguments(method, copy); })) {
+            carryOut(w);
+            w.mustNotThrow();
+        }
+        va_end(copy);
     }
 
     static void JNICALL callVoid(JNIEnv *env, jobject object, jmethodID id, va_list values)
     {
-        JniWatch &w = watch(env);
-        va_list copy;
-        va_copy(copy, values);
-        if (!refused(w, object, id, 'V', copy, false)) {
-            w.vm_->CallVoidMethodV(object, id, values);
-            w.mustNotThrow();
-        }
-        va_end(copy);
+        call(env, object, id, 'V', values, [&](JniWatch &w) { w.vm_->CallVoidMethodV(object, id, values); });
     }
 
     static jobject JNICALL callObject(JNIEnv *env, jobject object, jmethodID id, va_list values)
     {
-        JniWatch &w = watch(env);
-        va_list copy;
-        va_copy(copy, values);
         jobject result = nullptr;
-        if (!refused(w, object, id, 'L', copy, true)) {
-            result = w.made(w.vm_->CallObjectMethodV(object, id, values));
-            w.mustNotThrow();
-        }
-        va_end(copy);
+        call(env, object, id, 'L', values,
+             [&](JniWatch &w) { result = w.made(w.vm_->CallObjectMethodV(object, id, values)); });
         return result;
     }
 
     template <typename T, char Letter, T (JNIEnv::*Call)(jobject, jmethodID, va_list)>
     static T JNICALL callNumber(JNIEnv *env, jobject object, jmethodID id, va_list values)
     {
-        JniWatch &w = watch(env);
-        va_list copy;
-        va_copy(copy, values);
         T result = 0;
-        if (!refused(w, object, id, Letter, copy, false)) {
-            result = (w.vm_->*Call)(object, id, values);
-            w.mustNotThrow();
-        }
-        va_end(copy);
+        call(env, object, id, Letter, values, [&](JniWatch &w) { result = (w.vm_->*Call)(object, id, values); });
         return result;
     }
 
@@ -182,10 +156,6 @@ struct WatchedTable {
     static const char *JNICALL getStringUTFChars(JNIEnv *env, jstring string, jboolean *isCopy)
     {
         JniWatch &w = watch(env);
-        if (string == nullptr) {
-            w.breach("GetStringUTFChars of null");
-            return nullptr;
-        }
         if (w.fails(OUT_OF_MEMORY, [&] { return "chars " + w.nameOf(string); })) {
             return nullptr;
         }
@@ -237,10 +207,6 @@ struct WatchedTable {
     static T *JNICALL getElements(JNIEnv *env, Array array, jboolean *isCopy)
     {
         JniWatch &w = watch(env);
-        if (array == nullptr) {
-            w.breach("elements of a null array");
-            return nullptr;
-        }
         jsize length = w.vm_->GetArrayLength(array);
         if (w.fails(OUT_OF_MEMORY, [&] { return "borrow " + std::to_string(length); })) {
             return nullptr;
@@ -274,10 +240,6 @@ struct WatchedTable {
     static jsize JNICALL getArrayLength(JNIEnv *env, jarray array)
     {
         JniWatch &w = watch(env);
-        if (array == nullptr) {
-            w.breach("length of a null array");
-            return 0;
-        }
         w.fails(nullptr, [&] { return std::string("length"); });
         return w.vm_->GetArrayLength(array);
     }
