@@ -67,7 +67,6 @@ private:
     SD_UINT32 valueOf(const std::string &word);
     void storeValue(const std::string &path, SD_UINT32 value);
     std::vector<long long> flattened(const RecordView &view);
-    std::vector<std::vector<std::string>> saidOf(const std::string &operation) const;
     Answer answerOf(const std::string &operation, const std::string &record);
     // Calls the operation: its answer, whose bytes go to the record (`room` of them at most), or the fault's status.
     Answer operate(const std::string &operation, const std::string &arguments, const std::string &record,

@@ -23,46 +23,23 @@ SD_UINT32 bigEndian(const std::string &bytes)
 }
 } // namespace
 
-// What the case says of the operation's calls, call by call.
-std::vector<std::vector<std::string>> ExpansionRun::saidOf(const std::string &operation) const
-{
-    std::vector<std::vector<std::string>> calls;
-    for (const Statement &s : values_.oneCase.body) {
-        if (s.verb() == "answer" && s.word(1) == operation) {
-            calls.emplace_back();
-            for (std::size_t i = 2; i < s.words.size(); ++i) {
-                if (s.words[i] == "/") {
-                    calls.emplace_back();
-                } else {
-                    calls.back().push_back(s.words[i]);
-                }
-            }
-        }
-    }
-    return calls;
-}
-
 // The answer to the operation's next call: what the case says, the rest from the seed.
 Answer ExpansionRun::answerOf(const std::string &operation, const std::string &record)
 {
-    const auto said = saidOf(operation);
+    std::vector<Statement> said;
+    std::ranges::copy_if(values_.oneCase.body, std::back_inserter(said),
+                         [&](const Statement &s) { return s.verb() == "answer" && s.word(1) == operation; });
     const std::size_t call = asked_[operation]++;
     std::vector<Answer> &answers = values_.answers[operation];
     const bool last = !answers.empty() && (fault_.event >= 0 || answers.size() == said.size());
     if (call < answers.size() || last) {
         return answers[std::min(call, answers.size() - 1)];
     }
-    std::map<std::string, std::string> values;
-    for (const std::string &word : said.empty() ? std::vector<std::string>{} : said[call]) {
+    std::map<std::string, std::string> values{{"count", "2"}, {"status", "0"}};
+    for (const std::string &word : said.empty() ? std::vector<std::string>{} : said[call].words) {
         values[word.substr(0, word.find('='))] = word.substr(word.find('=') + 1);
     }
-    Answer answer{0, "", 2};
-    if (values.contains("count")) {
-        answer.count = unhexNumber(values["count"]);
-    }
-    if (values.contains("status")) {
-        answer.status = unhexNumber(values["status"]);
-    }
+    Answer answer{unhexNumber(values["status"]), "", unhexNumber(values["count"])};
     if (!record.empty()) {
         const Layout &layout = methodTable().record(record);
         SeededValues seeded(values_.seed + operation + std::to_string(call));

@@ -3,10 +3,11 @@
 #include "ScriptedLibrary.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 extern "C" void *__real_malloc(size_t size);
 extern "C" void __real_free(void *block);
@@ -17,33 +18,10 @@ thread_local JniWatch *currentWatch = nullptr;
 
 constexpr const char *OUT_OF_MEMORY = "java/lang/OutOfMemoryError";
 
-// The functions that the bridge has no business with.
-template <std::size_t Slot>
+// In the place of the functions that the bridge has no business with.
 void forbidden()
 {
-    giveUp("a JNI function outside the bridge's list was called: entry " + std::to_string(Slot) + " of the table");
-}
-
-template <std::size_t... Slots>
-JNINativeInterface_ forbiddenTable(std::index_sequence<Slots...> /*slots*/)
-{
-    void *entries[] = {reinterpret_cast<void *>(&forbidden<Slots>)...};
-    JNINativeInterface_ table;
-    std::memcpy(&table, entries, sizeof table);
-    return table;
-}
-
-std::string escaped(const std::string &raw)
-{
-    std::string out;
-    for (char c : raw) {
-        if (c == '\n') {
-            out += "\\n";
-        } else {
-            out += c;
-        }
-    }
-    return out;
+    giveUp("a JNI function outside the bridge's list was called");
 }
 } // namespace
 
@@ -147,7 +125,7 @@ struct WatchedTable {
     static jstring JNICALL newStringUTF(JNIEnv *env, const char *text)
     {
         JniWatch &w = watch(env);
-        if (w.fails(OUT_OF_MEMORY, [&] { return "string \"" + escaped(text) + "\""; })) {
+        if (w.fails(OUT_OF_MEMORY, [&] { return "string \"" + std::string(text) + "\""; })) {
             return nullptr;
         }
         return w.made(w.vm_->NewStringUTF(text));
@@ -296,8 +274,9 @@ struct WatchedTable {
     static const JNINativeInterface_ *table()
     {
         static const JNINativeInterface_ functions = [] {
-            constexpr std::size_t entries = sizeof(JNINativeInterface_) / sizeof(void *);
-            JNINativeInterface_ t = forbiddenTable(std::make_index_sequence<entries>());
+            std::array<void *, sizeof(JNINativeInterface_) / sizeof(void *)> entries;
+            entries.fill(reinterpret_cast<void *>(&forbidden));
+            auto t = std::bit_cast<JNINativeInterface_>(entries);
             t.FindClass = findClass;
             t.GetObjectClass = getObjectClass;
             t.GetMethodID = getMethodID;

@@ -49,19 +49,17 @@ const char *lastText = nullptr;
 
 TEST(Wipe, theTextOfASecret)
 {
-    JNIEnv *env = vmEnv();
-    const JNINativeInterface_ *real = env->functions;
-    JNINativeInterface_ functions = *real;
-    functions.NewStringUTF = [](JNIEnv *, const char *text) -> jstring {
+    const auto noText = [](JNIEnv *, const char *text) -> jstring {
         lastText = text;
         return nullptr;
     };
     std::array<SD_UINT8, 100> secret{};
     secret.fill(SECRET);
-    env->functions = &functions;
-    const Local<jstring> made = newText(env, secret);
-    const std::size_t left = secretsIn(lastText, secret.size());
-    env->functions = real;
+    std::size_t left = secret.size();
+    withStub(&JNINativeInterface_::NewStringUTF, noText, [&](JNIEnv *env) {
+        newText(env, secret);
+        left = secretsIn(lastText, secret.size());
+    });
     EXPECT_EQ(left, 0U);
 }
 } // namespace
