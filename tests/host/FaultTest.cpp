@@ -38,7 +38,6 @@ constexpr Fault FAULTS[]{
     {"silent after connecting", At::login, LOGIN_RESPONSE, 0, 0, Then::stays, Reach::timeout},
     {"closes instead of an answer", At::login, LOGIN_RESPONSE, 0, 0, Then::closes, Reach::refused},
     {"answers the login with garbage", At::login, GARBAGE, 100000, ALL, Then::stays, Reach::refused},
-    {"answers something else than a login", At::login, SCSI_RESPONSE, 0, ALL, Then::stays, Reach::refused},
     {"half a login answer", At::login, LOGIN_RESPONSE, 0, 20, Then::stays, Reach::timeout},
     {"half a login answer and an end", At::login, LOGIN_RESPONSE, 0, 20, Then::closes, Reach::refused},
     {"login answer that promises too much", At::login, LOGIN_RESPONSE, 100000, ALL, Then::stays, Reach::refused},
