@@ -100,7 +100,7 @@ TEST_F(Initiator, ReportLunsDeliversTheStandardsList)
         const Answer answer = reportLuns(adapter, each.target, each.room);
         EXPECT_EQ(answer.status, 0U) << each.target;
         EXPECT_EQ(answer.data.size(), each.delivered) << each.target;
-        EXPECT_EQ(wordAt(answer.data, 0), SD_UINT64{8 * each.units} << 32) << each.target;
+        EXPECT_EQ(wordAt(answer.data, 0), 8 * SD_UINT64{each.units} << 32) << each.target;
     }
     EXPECT_EQ(lunsOf(reportLuns(adapter, 1, 264)), (std::vector<SD_UINT64>{0, 1, 5, 9}));
     const auto sparse = lunsOf(reportLuns(adapter, 6, 2048));

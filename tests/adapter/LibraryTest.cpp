@@ -48,16 +48,18 @@ SD_UINT32 withNull(SDMGT_HANDLE handle, SD_UINT32 (*operation)(SDMGT_HANDLE, Arg
 TEST_F(Library, NullPointersAndBadNumbersAreRefused)
 {
     const OpenAdapter adapter(0);
-    const auto statuses = [](SDMGT_HANDLE handle) {
-        return [handle](auto... operations) {
-            return std::vector{withNull(handle, operations)...};
-        }(SDGetHbaDeviceNodePropertyiSCSI, SDGetHbaDevicePortalPropertyiSCSI, SDGetHbaDeviceDriverPropertyiSCSI,
-               SDGetHbaDeviceChipPropertyiSCSI, SDGetDDBEntryNum, SDGetDDBEntry, SDGetDefaultDDBEntry,
-               SDGetInitialDDBEntry, SDSetDDBEntry, SDSendiSCSILogout, SDGetDiscPortalPropertyiSCSI,
-               SDGetDiscNodePropertyiSCSI, SDGetInitFW, SDSetInitFW, SDGetFWDefaults, SDSetFWDefaults, SDUpdateiSCSIFW,
-               SDResetHBA, SDGetCrashRecord, SDDiagPing, SDSendScsiReportLunsCmdiSCSI, SDSendScsiInquiryCmdiSCSI,
-               SDSendScsiReadCapacityCmdiSCSI, SDGetStatisticsiSCSI, SDGetLogs, SDGetCHAPEntryNum, SDGetCHAPTable,
-               SDSetCHAPTable, SDGet_iSNSDiscoveryConfig, SDGetAlliSNSDiscoveredTargets);
+    const auto statusesOf = [](SDMGT_HANDLE handle, auto... operations) {
+        return std::vector{withNull(handle, operations)...};
+    };
+    const auto statuses = [&](SDMGT_HANDLE handle) {
+        return statusesOf(handle, SDGetHbaDeviceNodePropertyiSCSI, SDGetHbaDevicePortalPropertyiSCSI,
+                          SDGetHbaDeviceDriverPropertyiSCSI, SDGetHbaDeviceChipPropertyiSCSI, SDGetDDBEntryNum,
+                          SDGetDDBEntry, SDGetDefaultDDBEntry, SDGetInitialDDBEntry, SDSetDDBEntry, SDSendiSCSILogout,
+                          SDGetDiscPortalPropertyiSCSI, SDGetDiscNodePropertyiSCSI, SDGetInitFW, SDSetInitFW,
+                          SDGetFWDefaults, SDSetFWDefaults, SDUpdateiSCSIFW, SDResetHBA, SDGetCrashRecord, SDDiagPing,
+                          SDSendScsiReportLunsCmdiSCSI, SDSendScsiInquiryCmdiSCSI, SDSendScsiReadCapacityCmdiSCSI,
+                          SDGetStatisticsiSCSI, SDGetLogs, SDGetCHAPEntryNum, SDGetCHAPTable, SDSetCHAPTable,
+                          SDGet_iSNSDiscoveryConfig, SDGetAlliSNSDiscoveredTargets);
     };
     EXPECT_EQ(statuses(adapter), std::vector<SD_UINT32>(30, ERR_INVALID_PARAMETER));
     EXPECT_EQ(statuses(0), std::vector<SD_UINT32>(30, ERR_INVALID_HANDLE));

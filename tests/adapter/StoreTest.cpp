@@ -58,7 +58,8 @@ TEST_F(Store, DamagedBytesAndTruncationsAreRefusedOrDoNotMatter)
     std::vector<std::string> attempts;
     for (std::size_t byte = 0; byte < good.size(); byte += byte < 100 ? 3 : 41) {
         attempts.push_back(good);
-        attempts.back()[byte] ^= static_cast<char>(byte % 2 == 0 ? 0x01 : 0xFF);
+        char &letter = attempts.back()[byte];
+        letter = static_cast<char>(letter ^ (byte % 2 == 0 ? 0x01 : 0xFF));
     }
     for (std::size_t length = 0; length < good.size(); length += 509) {
         attempts.push_back(good.substr(0, length));
