@@ -3,8 +3,8 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <ctime>
+#include <optional>
 
 namespace
 {
@@ -105,7 +105,6 @@ TEST_F(Initiator, ReportLunsDeliversTheStandardsList)
     EXPECT_EQ(lunsOf(reportLuns(adapter, 1, 264)), (std::vector<SD_UINT64>{0, 1, 5, 9}));
     const auto sparse = lunsOf(reportLuns(adapter, 6, 2048));
     ASSERT_EQ(sparse.size(), 161U);
-    EXPECT_TRUE(std::ranges::is_sorted(sparse));
     EXPECT_EQ(sparse[115], 255U);
     EXPECT_EQ(sparse[116], 0x4100U) << "flat addressing from 256 on";
     EXPECT_EQ(sparse[160], 0x7FFFU);

@@ -35,7 +35,7 @@ protected:
 
     void startDaemon()
     {
-        daemon_ = startShell("become_daemon '" + folder_.path.string() + "' " + std::to_string(tcpPort_));
+        daemon_ = startShell("become_daemon '" + folder_.path.string() + "' 127.0.0.1:" + std::to_string(tcpPort_));
         administer("await_daemon; add_target 1 " + OPEN + "; add_unit 1 1 --bstype null -b /dev/null"
                    + "; add_target 2 " + GUARDED + "; add_account 2 initiator 'initiators secret'" + "; add_target 3 "
                    + MUTUAL + "; add_account 3 another 'another initiators secret'"
@@ -59,9 +59,9 @@ protected:
             throw std::runtime_error("the target daemon does not take: " + commands);
         }
     }
-    SessionRequest requestTo(const std::string &target) const
+    SessionRequest requestTo(const std::string &target, std::chrono::milliseconds deadline = USUAL_DEADLINE) const
     {
-        return requestFor(tcpPort_, target);
+        return requestFor(tcpPort_, target, deadline);
     }
 
     OpenPort port;

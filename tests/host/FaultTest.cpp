@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <future>
+#include <set>
 #include <thread>
 
 namespace
@@ -131,6 +132,20 @@ TEST(Fault, SenseDataOfAnyLength)
     }
 }
 
+// Of two sessions with one initiator name and session ID a target ends the older.
+TEST(Fault, NoTwoSessionsHaveOneId)
+{
+    std::set<std::vector<SD_UINT8>> ids;
+    const ScriptedTarget target([&](ScriptedConnection &to) {
+        const Pdu request = to.receive();
+        EXPECT_TRUE(ids.emplace(request.header.begin() + 8, request.header.begin() + 14).second);
+        to.send(loginAnswer(request, 0x0203));
+    });
+    for (int session = 0; session < 5; ++session) {
+        EXPECT_EQ(OpenPort().logIn(requestFor(target.port(), NAME)).reach, Reach::unknownTarget);
+    }
+}
+
 // As when the units are listed: one of them never answers, which does not concern the others.
 TEST(Fault, OneUnitOfManyIsSilent)
 {
@@ -173,11 +188,9 @@ using Victim = DaemonTest;
 
 TEST_F(Victim, KilledFrozenDeletedAndBackAgain)
 {
-    SessionRequest request = requestTo(OPEN);
-    request.deadline = SHORT_DEADLINE;
+    const SessionRequest request = requestTo(OPEN, SHORT_DEADLINE);
     EXPECT_EQ(port.reach(request), Reach::session);
     signal(SIGSTOP);
-    EXPECT_EQ(port.reach(request), Reach::timeout);
     EXPECT_EQ(port.reach(request), Reach::timeout);
     signal(SIGCONT);
     EXPECT_EQ(port.reach(request), Reach::session);
@@ -187,6 +200,9 @@ TEST_F(Victim, KilledFrozenDeletedAndBackAgain)
     EXPECT_EQ(port.reach(request), Reach::session);
     administer("administer --mode target --op delete --force --tid 1");
     EXPECT_EQ(port.reach(request), Reach::unknownTarget);
+    killDaemon();
+    startDaemon();
+    EXPECT_EQ(port.reach(request), Reach::session);
     // A frozen target does not keep its port from going.
     signal(SIGSTOP);
     EXPECT_LT(timeOf([&] { port.close(); }), 2s + MARGIN);
@@ -202,8 +218,7 @@ TEST_F(Victim, EightThreadsReadWhileTheTargetComesAndGoes)
     std::vector<std::future<Reach>> readers;
     for (SD_UINT32 reader = 0; reader < 8; ++reader) {
         readers.push_back(std::async(std::launch::async, [&, reader] {
-            SessionRequest request = requestTo(OPEN);
-            request.deadline = SHORT_DEADLINE;
+            SessionRequest request = requestTo(OPEN, SHORT_DEADLINE);
             request.index = reader / 2; // two threads share a session
             while (!ending) {
                 ++(port.reach(request) == Reach::session ? reads : failures);

@@ -27,9 +27,11 @@ inline std::ostream &operator<<(std::ostream &stream, Reach reach)
     return stream << names.at(static_cast<std::size_t>(reach));
 }
 
+inline constexpr std::chrono::milliseconds USUAL_DEADLINE{5000};
+
 // A session with a target at a port of 127.0.0.1.
 inline SessionRequest requestFor(SD_UINT16 port, const std::string &targetName,
-                                 std::chrono::milliseconds deadline = std::chrono::seconds(5))
+                                 std::chrono::milliseconds deadline = USUAL_DEADLINE)
 {
     SessionRequest request;
     request.target = {{{127, 0, 0, 1}, 1, 0}, port, targetName};

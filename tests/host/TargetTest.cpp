@@ -74,17 +74,6 @@ TEST_F(Target, ChapProvesBothSides)
     }
 }
 
-TEST_F(Target, TwoInitiatorsOfOneNameDoNotThrowEachOtherOut)
-{
-    const OpenPort other;
-    const SessionRequest request = requestTo(OPEN);
-    EXPECT_EQ(port.logIn(request).reach, Reach::session);
-    EXPECT_EQ(other.logIn(request).reach, Reach::session);
-    const SD_UINT64 before = port.counters().iSCSITxPDUCount;
-    EXPECT_EQ(port.reach(request), Reach::session);
-    EXPECT_EQ(port.counters().iSCSITxPDUCount - before, 1U) << "logged in anew";
-}
-
 TEST_F(Target, LogoutEndsTheSession)
 {
     const SessionRequest request = requestTo(OPEN);
