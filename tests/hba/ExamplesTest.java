@@ -1,8 +1,3 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertFalse;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
-import com.google.gson.JsonObject;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -42,12 +37,8 @@ final class ExamplesTest extends ToolTest {
         return result;
     }
 
-    private JsonObject target(String id) {
-        return tool.json("target show 1 " + id).getAsJsonObject();
-    }
-
     private int targets() {
-        return tool.json("target list 1").getAsJsonArray().size();
+        return array("target list 1").size();
     }
 
     @Test
@@ -75,7 +66,7 @@ final class ExamplesTest extends ToolTest {
         tool.run("target add 1 iqn.2004-07.com.varden.tavo:shelf.disk0400 fd00:24::191 --target-id=400").expect(0);
         run(4, 2).expect(0).shows("Nothing differs.", "did not:\n  target 300: ");
         assertEquals(5 + 1 + 36, targets());
-        assertEquals(2, target("0").get("state").getAsInt());
+        assertEquals("2", Tool.values(object("target show 1 0"), "state"));
         tool.run("export 1 second.json --reveal").expect(0);
         assertEquals(settings, tool.readFile("second.json"));
         tool.environment.put("TAVO_ADAPTER_FLASH", tool.flash.toString());

@@ -1,8 +1,3 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertFalse;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
-import com.google.gson.JsonArray;
 import com.google.gson.JsonParser;
 import java.io.IOException;
 import java.nio.file.Files;
@@ -78,12 +73,11 @@ final class FilesTest extends ToolTest {
         int status = 0;
         for (int i = 0; i < 20 && status == 0; i++) {
             Files.writeString(file, "precious");
-            Process process = tool.process(List.of("env", "--default-signal=" + signal, tool.launcher.toString(),
-                "export", "2", "x.json", "--yes")).redirectErrorStream(true).start();
+            Process process = tool.start("export 2 x.json --yes");
             while (process.isAlive() && filesBeside() == 1) {
                 Thread.onSpinWait();
             }
-            new ProcessBuilder("kill", "-" + signal, Long.toString(process.pid())).start().waitFor();
+            tool.signal(process, signal);
             process.getInputStream().readAllBytes();
             status = process.waitFor();
             assertEquals(1, filesBeside());
@@ -106,17 +100,13 @@ final class FilesTest extends ToolTest {
         assertEquals(List.of("sync " + draft, "rename " + draft + " to " + file, "sync " + folder), order);
     }
 
-    private static JsonArray chapTable(String document) {
-        return JsonParser.parseString(document).getAsJsonObject().getAsJsonArray("CHAPTable");
-    }
-
     /** What goes out can come in again: what cannot be written back is named, stays out, and stays as it is. */
     @Test
     void whatIsExportedCanBeImported() throws IOException {
         tool.run("export 0 x.json --reveal").expect(0).says("CHAPTable[3].link: 261", "0 to 255", "left out");
-        assertFalse(chapTable(Files.readString(file)).get(3).getAsJsonObject().has("link"));
+        assertFalse(Tool.values(JsonParser.parseString(Files.readString(file)), "CHAPTable.3").contains("link"));
         tool.run("import 0 x.json --yes").expect(0).shows("Nothing differs.");
-        assertEquals(261, tool.json("chap list 0").getAsJsonArray().get(3).getAsJsonObject().get("link").getAsInt());
+        assertEquals("261", Tool.values(array("chap list 0"), "3.link"));
         // The table is written as a whole: a change of another entry would cut this one's link.
         Files.writeString(file, Files.readString(file).replace("initiator-b", "initiator-c"));
         tool.refused("import 0 x.json --yes", "CHAPTable[3].link", "261", "0 to 255");

@@ -1,7 +1,3 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertFalse;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
 import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
@@ -17,7 +13,6 @@ import org.junit.jupiter.params.provider.ValueSource;
 final class LaunchTest extends ToolTest {
     private static final Path BRIDGE = Tool.PREFIX.resolve("lib/libtavoiscsi.so");
     private static final Path LIBRARY = Tool.PREFIX.resolve("lib/vdsdm/libvdsdm.so");
-    private static final int ELF_CLASS = 4;
 
     @Test
     void fromEverywhere() throws IOException {
@@ -61,8 +56,8 @@ final class LaunchTest extends ToolTest {
         Files.createFile(tree.resolve("CMakeCache.txt"));
         tool.environment.remove("TAVO_ADAPTER_FLASH");
         tool.environment.put("HBA_LIBRARY_DIR", library.getParent().toString());
-        String folder = tool.json("version").getAsJsonObject().get("settingsFolder").getAsString();
-        assertEquals(library.getParent().toRealPath().toString(), folder);
+        assertEquals(library.getParent().toRealPath().toString(),
+            Tool.values(object("version"), "settingsFolder"));
         tool.run("chap set 3 5 --name=five --yes").expect(0);
         assertTrue(Stream.of(library.getParent().toFile().list()).anyMatch(name -> !name.equals("libvdsdm.so")));
     }
@@ -84,14 +79,12 @@ final class LaunchTest extends ToolTest {
         Files.writeString(file, bytes.replace(found, replaced), StandardCharsets.ISO_8859_1);
     }
 
-    private static void flipWidth(Path file) throws IOException {
-        byte[] bytes = Files.readAllBytes(file);
-        bytes[ELF_CLASS] = (byte) (3 - bytes[ELF_CLASS]);
-        Files.write(file, bytes);
-    }
-
     private static String width(boolean own) {
         return System.getProperty("sun.arch.data.model").equals("32") == own ? "32-bit" : "64-bit";
+    }
+
+    private static String elfHeader(boolean own) {
+        return "\177ELF" + (width(own).equals("32-bit") ? '\1' : '\2');
     }
 
     @Test
@@ -125,7 +118,7 @@ final class LaunchTest extends ToolTest {
         flip(bridge, "ApiWrapper_getiSCSIHBAData\0", "ApiWrapper_getiSCSIHBADatX\0");
         notLoaded("another version", "getiSCSIHBAData");
         for (Path file : List.of(bridge, library)) {
-            flipWidth(file);
+            flip(file, elfHeader(true), elfHeader(false));
             notLoaded(file.toString(), width(false) + " library", width(true) + " Java VM");
             Files.copy(file.equals(bridge) ? BRIDGE : LIBRARY, file, StandardCopyOption.REPLACE_EXISTING);
         }
