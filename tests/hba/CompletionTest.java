@@ -12,6 +12,8 @@ import org.junit.jupiter.params.provider.CsvSource;
 
 /** What may follow on a command line, in the shells themselves. */
 final class CompletionTest extends ToolTest {
+    private static final String SHELF = "iqn.2004-07.com.varden.tavo:shelf.disk";
+
     /** Commands, file names and targets are completed where they are typed; what was completed then runs. */
     @ParameterizedTest
     @CsvSource(delimiter = '&', value = {
@@ -27,7 +29,7 @@ final class CompletionTest extends ToolTest {
         tool.writeSampleFiles();
         tool.converse(0, "exec " + shell, "", load, "", "hba firmware update 0 ima\t--yes",
             "image of adapter 0 was written.", "hba targ\tsh\t0 51\t", "ghijklm\r\n", "hba isns set 1 --auto\tye\t",
-            "iSNS settings of adapter 1 were written.", "exit");
+            "iSNS settings of adapter 1 were written.", "hba isns add 1 iqn\t35", "1 target was added", "exit");
     }
 
     private List<String> candidates(String typed) {
@@ -50,6 +52,9 @@ final class CompletionTest extends ToolTest {
         assertEquals(List.of("--json\tWrite the result as a JSON document."),
             candidates("--library host adapters --j"));
         assertEquals(List.of("rename\tGive a target another iSCSI name."), candidates("help target ren"));
+        // What is named already is not offered again.
+        assertEquals(List.of(SHELF + "0035\tshelf disk 35"),
+            candidates("isns add 1 " + SHELF + "0034 " + SHELF + "003").stream().skip(4).toList());
         assertEquals(List.of(), candidates("target show 31 "));
     }
 

@@ -62,7 +62,6 @@ final class DiscoveryTest extends ToolTest {
 
     @Test
     void currentFolderGone() {
-        tool.execute(null, List.of("/bin/sh", "-c", "mkdir gone; cd gone; rmdir ../gone; '" + tool.launcher
-            + "' version")).expect(2).says("no longer exists");
+        tool.script("mkdir gone; cd gone; rmdir ../gone; \"$0\" version").expect(2).says("no longer exists");
     }
 }

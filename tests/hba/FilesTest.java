@@ -30,13 +30,6 @@ final class FilesTest extends ToolTest {
         }
     }
 
-    @Test
-    void standardOutput() throws IOException {
-        tool.run("export 0 x.json").expect(0);
-        assertEquals(Files.readString(file), tool.run("export 0 -").expect(0).out());
-        assertEquals(1, filesBeside());
-    }
-
     /** Nothing but a regular file is written to, and an old one only after a question. */
     @Test
     void whereFilesMayStand() throws Exception {
@@ -55,8 +48,7 @@ final class FilesTest extends ToolTest {
     @ParameterizedTest
     @CsvSource({"027, rw-r-----", "000, rw-rw-rw-"})
     void whoMayRead(String umask, String expected) throws IOException {
-        tool.execute(null, List.of("sh", "-c", "umask " + umask + "; exec " + tool.launcher + " export 0 x.json"))
-            .expect(0);
+        tool.script("umask " + umask + "; exec \"$0\" export 0 x.json").expect(0);
         assertEquals(expected, permissions());
         Files.setPosixFilePermissions(file, PosixFilePermissions.fromString("rw-r--r--"));
         tool.run("export 0 x.json --yes").expect(0);

@@ -7,7 +7,6 @@ import com.varden.tavo.iscsi.jni.ApiWrapper;
 import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.Target;
 import java.io.BufferedReader;
-import java.io.File;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -190,12 +189,12 @@ final class HostAdapterTest extends ToolTest {
     void threadsOfTwoProcessesWhileTheTargetComesAndGoes() throws IOException, InterruptedException {
         int disks = discover("127.0.0.1", "disks");
         tool.run("target set 0 " + disks + " --task-management-timeout 1 --yes").expect(0);
+        tool.directory = Path.of(tool.environment.get("HBA_LIBRARY_DIR"));
         Path log = tool.folder.resolve("readers");
         List<Process> readers = new ArrayList<>();
         for (int process = 0; process < 2; ++process) {
             readers.add(tool.process(Tool.application(Readers.class, Integer.toString(disks)))
-                .directory(new File(tool.environment.get("HBA_LIBRARY_DIR"))).redirectErrorStream(true)
-                .redirectOutput(ProcessBuilder.Redirect.appendTo(log.toFile())).start());
+                .redirectErrorStream(true).redirectOutput(ProcessBuilder.Redirect.appendTo(log.toFile())).start());
         }
         for (int round = 0; round < ROUNDS; ++round) {
             Thread.sleep(500);
@@ -232,9 +231,7 @@ final class HostAdapterTest extends ToolTest {
                 successesAtTheEnd.addAndGet(read(api, target) == 0 ? 1 : 0);
             })).limit(READERS).toList();
             threads.forEach(Thread::start);
-            while (System.in.read() >= 0) {
-                continue;
-            }
+            System.in.readAllBytes();
             ending.set(true);
             for (Thread thread : threads) {
                 thread.join();

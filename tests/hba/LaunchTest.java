@@ -69,8 +69,7 @@ final class LaunchTest extends ToolTest {
         assertEquals("", failed.out());
         failed.says("SDGet_iSNSDiscoveryConfig call failed!", "adapter 3");
         tool.run("isns show 3 --debug").expect(1).says("\tat com.varden.tavo.iscsi.hba");
-        tool.execute(null, List.of("/bin/sh", "-c", tool.launcher + " show 0 > /dev/full")).expect(1)
-            .says("could not be written");
+        tool.script("\"$0\" show 0 >/dev/full").expect(1).says("could not be written");
     }
 
     private static void flip(Path file, String found, String replaced) throws IOException {

@@ -95,9 +95,8 @@ final class Server implements AutoCloseable {
 
     /** The memory of the process that is in use, in KiB. */
     long memory() throws IOException {
-        return Files.readAllLines(Path.of("/proc/" + process.pid() + "/status")).stream()
-            .filter(line -> line.startsWith("VmRSS:")).mapToLong(line -> Long.parseLong(line.replaceAll("\\D", "")))
-            .findFirst().orElseThrow();
+        String status = Files.readString(Path.of("/proc/" + process.pid() + "/status"));
+        return Long.parseLong(status.replaceAll("(?s).*VmRSS:\\s*(\\d+).*", "$1"));
     }
 
     @Override

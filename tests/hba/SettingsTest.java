@@ -96,14 +96,6 @@ final class SettingsTest extends ToolTest {
         assertEquals("0", Tool.values(object("stats show 0"), "iSCSITxPDUCount"));
     }
 
-    @Test
-    void trace() throws IOException {
-        tool.run("show 0 --trace trace.txt").expect(0);
-        tool.run("info 0 --trace=trace.txt").expect(0);
-        String trace = tool.readFile("trace.txt");
-        assertTrue(trace.contains("SDGetInitFW") && trace.contains("SDGetHbaDeviceChipPropertyiSCSI"), trace);
-    }
-
     private JsonArray chapTable() {
         return tool.run("chap list 0 --json --reveal").json().getAsJsonArray();
     }

@@ -15,7 +15,6 @@ import java.util.Arrays;
 import java.util.List;
 import java.util.Map;
 import java.util.TreeMap;
-import java.util.regex.Pattern;
 import java.util.stream.Stream;
 
 /** Runs the tool as a user would: by its launcher, in a folder of its own, without a locale. */
@@ -25,8 +24,6 @@ final class Tool {
     static final Path SOURCES = Path.of(System.getProperty("tavo.sources"));
     /** Secrets of the adapters in the factory and of these tests: no output may hold one, except with --reveal. */
     static final List<String> SECRETS = List.of("sample-secret", "ssssssssss", "swordfish");
-
-    private static final Pattern ASIDE = Pattern.compile("(.+)(Text|Bytes)");
 
     final Path folder;
     final Path flash;
@@ -51,11 +48,7 @@ final class Tool {
 
         /** The document on the standard output; nothing else may stand there. */
         JsonElement json() {
-            return expect(0).document();
-        }
-
-        JsonElement document() {
-            return JsonParser.parseString(out);
+            return JsonParser.parseString(expect(0).out);
         }
 
         Result says(String... parts) {
@@ -66,11 +59,6 @@ final class Tool {
         Result shows(String... parts) {
             Stream.of(parts).forEach(part -> assertTrue(out.contains(part), () -> "no '" + part + "' from " + this));
             return this;
-        }
-
-        @Override
-        public String toString() {
-            return "'" + command + "':\n" + out + err;
         }
     }
 
@@ -89,9 +77,9 @@ final class Tool {
 
     /** Starts a command line that a signal ends; what it says comes in one stream. */
     Process start(String line) throws IOException {
-        List<String> command = new ArrayList<>(List.of("env", "--default-signal"));
-        command.addAll(command(line.split(" +")));
-        return process(command).redirectErrorStream(true).start();
+        Stream<String> command = command(line.split(" +")).stream();
+        return process(Stream.concat(Stream.of("env", "--default-signal"), command).toList())
+            .redirectErrorStream(true).start();
     }
 
     void signal(Process process, String name) {
@@ -116,6 +104,11 @@ final class Tool {
             "-Dtavo.iscsi.library=" + PREFIX.resolve("lib/libtavoiscsi.so"), "-cp",
             System.getProperty("java.class.path"), main.getName());
         return Stream.concat(command.stream(), Stream.of(arguments)).toList();
+    }
+
+    /** Runs lines of a shell, in which "$0" is the tool. */
+    Result script(String lines) {
+        return execute(null, List.of("bash", "-c", lines, launcher.toString()));
     }
 
     /** Runs any command in this tool's surroundings. */
@@ -200,8 +193,8 @@ final class Tool {
             document.getAsJsonArray().forEach(Tool::withoutAsides);
         } else if (document.isJsonObject()) {
             JsonObject object = document.getAsJsonObject();
-            object.entrySet().removeIf(member -> ASIDE.matcher(member.getKey()).matches()
-                && object.has(ASIDE.matcher(member.getKey()).replaceFirst("$1")));
+            object.keySet().removeIf(name -> name.matches(".+(Text|Bytes)")
+                && object.has(name.replaceFirst("(Text|Bytes)$", "")));
             object.entrySet().forEach(member -> withoutAsides(member.getValue()));
         }
         return document;

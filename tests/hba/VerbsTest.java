@@ -1,6 +1,9 @@
 import com.google.gson.JsonArray;
-import com.google.gson.JsonElement;
+import com.google.gson.JsonObject;
 import java.io.IOException;
+import java.util.regex.MatchResult;
+import java.util.regex.Pattern;
+import java.util.stream.Collectors;
 import org.junit.jupiter.api.Test;
 
 /** What an administrator does with targets and documents: one command each, and its effect. */
@@ -83,33 +86,46 @@ final class VerbsTest extends ToolTest {
         assertEquals("2", Tool.values(object("target show 0 1"), "state"));
     }
 
-    /** What an import would do is what it does; with --prune the adapter then equals the document. */
+    /** What an import would do is what it does, and nothing more; with --prune the adapter then equals the document. */
     @Test
-    void dryRunAndPrune() throws IOException {
+    void importWritesWhatDiffers() throws IOException {
         tool.run("export 0 before.json").expect(0);
         tool.run("target add 0 " + SHELF + "0001 10.24.1.2").expect(0);
         tool.run("target remove 0 5 --yes").expect(0);
         tool.run("target set 0 17 --alias=changed").expect(0);
+        tool.run("target set 0 42 --alias=changed").expect(0);
+        tool.run("firmware restore 0 --yes").expect(0);
         int settings = tool.settings();
+        tool.run("import 0 before.json --compare").expect(1).shows("firmware.gateway: 10.20.0.1 in the file, - on",
+            "targets[targetID 42].nodeInfo.alias: nothing behind it in the file, changed on the adapter");
         tool.run("import 0 before.json --dry-run").expect(0).shows("targets[targetID 5]: is added",
             "Only on the adapter, and staying there without --prune: target 2.", "Nothing was written.");
-        JsonElement plan = tool.json("import 0 before.json --dry-run --prune");
-        assertEquals(Tool.document("""
-            {done: 'Nothing was written.', changes: [
-             'targets[targetID 2]: is removed (%s0001)',
-             'targets[targetID 5]: is added (iqn.2004-07.com.varden.tavo:array2.many)',
-             'targets[targetID 17].nodeInfo.alias: changed becomes three hundred disks'],
-             losses: ['overwrites the settings of adapter 0',
-             'frees target 2 (%<s0001): its settings are lost, its session ends',
-             'changes target 17 (iqn.2004-07.com.varden.tavo:array2.farm), which interrupts its session'],
-             refusals: [], onlyOnAdapter: []}""", SHELF), plan);
-        tool.refused("import 0 before.json --prune", "frees target 2 (" + SHELF + "0001)", "changes target 17");
+        JsonObject plan = object("import 0 before.json --dry-run --prune --trace=trace.txt");
+        assertEquals("[\"CHAPTable\",\"iSNS\",\"targets 0 to 1, 6, 100, 511\"] [] []",
+            Tool.values(plan, "unchanged", "refusals", "onlyOnAdapter"));
+        assertTrue(plan.toString().contains(("""
+            "targets[targetID 2]: is removed (%s0001)",\
+            "targets[targetID 5]: is added (iqn.2004-07.com.varden.tavo:array2.many)",\
+            "targets[targetID 17].nodeInfo.alias: changed becomes three hundred disks",""").formatted(SHELF)),
+            plan::toString);
+        tool.refused("import 0 before.json --prune", "overwrites the settings of adapter 0", "frees target 2 (" + SHELF
+            + "0001): its settings are lost, its session ends", "changes target 17", "gateway from - to 10.20.0.1");
         tool.refused("import 0 before.json --prune --compare", "--compare");
         assertEquals(settings, tool.settings());
-        tool.run("import 0 before.json --prune --yes").expect(0).shows("Nothing differs.");
+        assertEquals("[2,5,17,42] [] " + plan.get("unchanged"), Tool.values(
+            object("import 0 before.json --prune --yes --trace=trace.txt"), "targetIDs", "differences", "unchanged"));
+        // The trace has both, and only the second one writes.
+        assertEquals("SDEnableDebugTraceiSCSI SDEnableDebugTraceiSCSI SDSetInitFW" + " SDSetDDBEntry".repeat(4),
+            Pattern.compile("SD(Enable|Set)\\w+").matcher(tool.readFile("trace.txt")).results()
+                .map(MatchResult::group).collect(Collectors.joining(" ")));
         tool.run("export 0 after.json").expect(0);
         assertEquals(tool.readFile("before.json"), tool.readFile("after.json"));
-        tool.run("import 0 before.json --dry-run").expect(0).shows("An import would change nothing.");
+        // Where nothing changes, nobody is asked; what is only on the adapter differs all the same.
+        settings = tool.settings();
+        tool.run("import 0 before.json").expect(0).shows("Nothing was written to adapter 0.", "Nothing differs.");
+        assertEquals(settings, tool.settings());
+        tool.run("target add 0 " + SHELF + "0001 10.24.1.2").expect(0);
+        tool.run("import 0 before.json").expect(1).shows("targets[targetID 2]: only on the adapter");
     }
 
     /** Secrets that are hidden hinder a write to another adapter, and the comparison of nothing else. */

@@ -137,13 +137,9 @@ final class WritesTest extends ToolTest {
         tool.run("tagret list 0").expect(2).says("Did you mean", "target");
         tool.run("target set 0 1 --alais=x").expect(2).says("no option '--alais", "Did you mean", "--alias");
         tool.run("help nosuch").expect(2).says("no command 'hba nosuch'");
-        tool.execute(null, List.of("sh", "-c", tool.launcher + " target show 0 $(printf '\\344')")).expect(2)
-            .says("not text in UTF-8");
+        tool.script("\"$0\" target show 0 $(printf '\\344')").expect(2).says("not text in UTF-8");
         // A reader that has seen enough is no failure to speak of.
-        Tool.Result head = tool.execute(null, List.of("bash", "-c", "'" + tool.launcher
-            + "' show 2 | head -1; echo ${PIPESTATUS[0]}"));
-        assertEquals("141", head.out().lines().skip(1).findFirst().orElseThrow());
-        assertEquals("", head.err());
+        assertEquals("", tool.script("\"$0\" show 2 | head -1; exit ${PIPESTATUS[0]}").expect(141).err());
     }
 
     /** Nothing that an adapter, a target or a document says steers the terminal. */

@@ -19,9 +19,7 @@ import java.util.Map;
 import java.util.concurrent.CompletableFuture;
 import java.util.concurrent.CompletionStage;
 import java.util.concurrent.ConcurrentHashMap;
-import java.util.concurrent.ExecutionException;
 import java.util.concurrent.TimeUnit;
-import java.util.concurrent.TimeoutException;
 import java.util.stream.Stream;
 
 /** One page of a headless Chromium, steered by its debugging protocol. */
@@ -94,13 +92,9 @@ final class Browser implements AutoCloseable {
         waiting.put(++lastCommand, answer);
         String message = "{\"id\":" + lastCommand + ",\"method\":\"" + method + "\",\"params\":" + parameters + "}";
         socket.sendText(message, true).join();
-        try {
-            JsonObject result = answer.get(PATIENCE_SECONDS, TimeUnit.SECONDS);
-            assertTrue(result.has("result"), result::toString);
-            return result.getAsJsonObject("result");
-        } catch (InterruptedException | ExecutionException | TimeoutException e) {
-            throw new IllegalStateException(method, e);
-        }
+        JsonObject result = answer.orTimeout(PATIENCE_SECONDS, TimeUnit.SECONDS).join();
+        assertTrue(result.has("result"), result::toString);
+        return result.getAsJsonObject("result");
     }
 
     /** What a JavaScript expression gives in the page, as text. */

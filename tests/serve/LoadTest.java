@@ -82,9 +82,9 @@ final class LoadTest extends ToolTest {
             Thread.sleep(500);
             long refused = slow.stream().skip(48).filter(socket -> isClosed(socket, 10)).count();
             assertTrue(refused >= 80 - 64, () -> refused + " of 80 connections were refused");
-
-            slow.forEach(socket -> assertTrue(isClosed(socket, 15_000), "a request ends after 10 s"));
-            assertTrue(System.nanoTime() - begin > TimeUnit.SECONDS.toNanos(8), "a request has 10 s");
+            slow.forEach(socket -> assertTrue(isClosed(socket, 10_000), "a request ends"));
+            long seconds = TimeUnit.NANOSECONDS.toSeconds(System.nanoTime() - begin);
+            assertTrue(2 <= seconds && seconds < 6, () -> "slow requests end after " + seconds + " s");
             server.text("/metrics");
 
             assertTrue(server.send("GET / HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\nX: " + "x".repeat(7900)
@@ -95,17 +95,13 @@ final class LoadTest extends ToolTest {
                 String answer = server.send(request);
                 assertTrue(answer.isEmpty() || answer.startsWith("HTTP/1.1 400"), answer);
             }
+            List<String> bad = List.of("\0\1\2\3\r\n\r\n", "GET\r\n\r\n", "GET / HTTP/9.9\r\n:\r\n\r\n",
+                "GET //%zz HTTP/1.1\r\nHost: localhost\r\n\r\n",
+                "POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: -5\r\n\r\n");
             long memory = 0;
             for (int i = 0; i < BAD_REQUESTS; i++) {
-                String request = switch (i % 5) {
-                    case 0 -> "\0\1\2\3\r\n\r\n";
-                    case 1 -> "GET\r\n\r\n";
-                    case 2 -> "GET / HTTP/9.9\r\n:\r\n\r\n";
-                    case 3 -> "GET //%zz HTTP/1.1\r\nHost: localhost\r\n\r\n";
-                    default -> "POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: -5\r\n\r\n";
-                };
                 try (Socket socket = server.connect()) {
-                    socket.getOutputStream().write(request.getBytes(StandardCharsets.ISO_8859_1));
+                    socket.getOutputStream().write(bad.get(i % bad.size()).getBytes(StandardCharsets.ISO_8859_1));
                 }
                 if (i == BAD_REQUESTS / 4) {
                     memory = server.memory();
