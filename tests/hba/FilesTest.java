@@ -5,7 +5,6 @@ import java.nio.file.Path;
 import java.nio.file.attribute.PosixFilePermissions;
 import java.util.List;
 import java.util.stream.Stream;
-import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
@@ -13,15 +12,12 @@ import org.junit.jupiter.params.provider.ValueSource;
 
 /** The files that export writes and import reads: where they may stand, who may read them, and that none gets lost. */
 final class FilesTest extends ToolTest {
-    private Path file;
-
-    @BeforeEach
-    void nameFile() {
-        file = tool.directory.resolve("x.json");
+    private Path file() {
+        return tool.directory.resolve("x.json");
     }
 
     private String permissions() throws IOException {
-        return PosixFilePermissions.toString(Files.getPosixFilePermissions(file));
+        return PosixFilePermissions.toString(Files.getPosixFilePermissions(file()));
     }
 
     private long filesBeside() throws IOException {
@@ -50,7 +46,7 @@ final class FilesTest extends ToolTest {
     void whoMayRead(String umask, String expected) throws IOException {
         tool.script("umask " + umask + "; exec \"$0\" export 0 x.json").expect(0);
         assertEquals(expected, permissions());
-        Files.setPosixFilePermissions(file, PosixFilePermissions.fromString("rw-r--r--"));
+        Files.setPosixFilePermissions(file(), PosixFilePermissions.fromString("rw-r--r--"));
         tool.run("export 0 x.json --yes").expect(0);
         assertEquals("rw-r--r--", permissions());
         tool.run("export 0 x.json --yes --reveal").expect(0);
@@ -61,10 +57,9 @@ final class FilesTest extends ToolTest {
     @ParameterizedTest
     @ValueSource(strings = {"INT", "TERM", "HUP"})
     void interrupted(String signal) throws Exception {
-        Files.writeString(file, "precious");
         int status = 0;
         for (int i = 0; i < 20 && status == 0; i++) {
-            Files.writeString(file, "precious");
+            Files.writeString(file(), "precious");
             Process process = tool.start("export 2 x.json --yes");
             while (process.isAlive() && filesBeside() == 1) {
                 Thread.onSpinWait();
@@ -75,7 +70,7 @@ final class FilesTest extends ToolTest {
             assertEquals(1, filesBeside());
         }
         assertTrue(status > 128, "no signal came in time");
-        assertEquals("precious", Files.readString(file));
+        assertEquals("precious", Files.readString(file()));
     }
 
     /** A power cut leaves the old document or the new one: contents, rename and folder reach the disk in order. */
@@ -89,18 +84,18 @@ final class FilesTest extends ToolTest {
         List<String> order = Files.readAllLines(log).stream().filter(line -> line.contains(folder)).toList();
         assertEquals(3, order.size(), order::toString);
         String draft = order.get(0).substring("sync ".length());
-        assertEquals(List.of("sync " + draft, "rename " + draft + " to " + file, "sync " + folder), order);
+        assertEquals(List.of("sync " + draft, "rename " + draft + " to " + file(), "sync " + folder), order);
     }
 
     /** What goes out can come in again: what cannot be written back is named, stays out, and stays as it is. */
     @Test
     void whatIsExportedCanBeImported() throws IOException {
         tool.run("export 0 x.json --reveal").expect(0).says("CHAPTable[3].link: 261", "0 to 255", "left out");
-        assertFalse(Tool.values(JsonParser.parseString(Files.readString(file)), "CHAPTable.3").contains("link"));
+        assertFalse(Tool.values(JsonParser.parseString(Files.readString(file())), "CHAPTable.3").contains("link"));
         tool.run("import 0 x.json --yes").expect(0).shows("Nothing differs.");
         assertEquals("261", Tool.values(array("chap list 0"), "3.link"));
         // The table is written as a whole: a change of another entry would cut this one's link.
-        Files.writeString(file, Files.readString(file).replace("initiator-b", "initiator-c"));
+        Files.writeString(file(), Files.readString(file()).replace("initiator-b", "initiator-c"));
         tool.refused("import 0 x.json --yes", "CHAPTable[3].link", "261", "0 to 255");
     }
 }

@@ -1,9 +1,12 @@
+import static org.junit.jupiter.api.Assumptions.assumeTrue;
+
 import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.StandardCopyOption;
 import java.util.List;
+import java.util.Map;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -46,20 +49,32 @@ final class LaunchTest extends ToolTest {
         assertTrue(tool.readFile("Gr\u00f6\u00dfe\u4e2d.json").contains("Gr\u00f6\u00dfe"));
     }
 
-    /** The folder that is shown is the one that a write goes to: that of the variable, or the library's own. */
+    private void keepsSettingsIn(Path folder) throws IOException {
+        assertEquals(folder.toString(), Tool.values(object("version"), "settingsFolder"));
+        tool.run("chap set 3 5 --name=five --yes").expect(0);
+        assertTrue(Files.exists(folder.resolve("settings.db")), folder::toString);
+    }
+
+    /** The folder that is shown is the one that a write goes to, by each rule of the libraries. */
     @Test
     void settingsFolder() throws IOException {
-        tool.run("version").expect(0).shows("settings in " + tool.flash.toRealPath() + "\n");
-        Path tree = tool.folder.resolve("a tree");
+        keepsSettingsIn(tool.flash.toRealPath());
+        Path tree = tool.folder.toRealPath();
         Path library = Files.createDirectories(tree.resolve("lib/vdsdm")).resolve("libvdsdm.so");
         Files.copy(LIBRARY, library);
-        Files.createFile(tree.resolve("CMakeCache.txt"));
-        tool.environment.remove("TAVO_ADAPTER_FLASH");
+        Path cache = Files.createFile(tree.resolve("CMakeCache.txt"));
+        tool.environment.put("TAVO_ADAPTER_FLASH", "");
         tool.environment.put("HBA_LIBRARY_DIR", library.getParent().toString());
-        assertEquals(library.getParent().toRealPath().toString(),
-            Tool.values(object("version"), "settingsFolder"));
-        tool.run("chap set 3 5 --name=five --yes").expect(0);
-        assertTrue(Stream.of(library.getParent().toFile().list()).anyMatch(name -> !name.equals("libvdsdm.so")));
+        keepsSettingsIn(library.getParent());
+        // Outside a build tree, for somebody else than root.
+        assumeTrue(tool.execute(null, List.of("unshare", "--map-user=1000", "true")).status() == 0, "no namespaces");
+        Files.delete(cache);
+        tool.launcher = tool.write("hba", "#!/bin/sh\nexec unshare --map-user=1000 " + tool.launcher + " \"$@\"");
+        tool.execute(null, List.of("chmod", "+x", tool.launcher.toString())).expect(0);
+        tool.environment.putAll(Map.of("HOME", tree.toString(), "XDG_STATE_HOME", "relative"));
+        keepsSettingsIn(tree.resolve(".local/state/tavoiscsi"));
+        tool.environment.put("XDG_STATE_HOME", tree.resolve("state").toString());
+        keepsSettingsIn(tree.resolve("state/tavoiscsi"));
     }
 
     /** The lines of the libraries come beside the messages and never into a document. */

@@ -102,12 +102,7 @@ final class Server implements AutoCloseable {
     @Override
     public void close() {
         process.destroy();
-        try {
-            if (!process.waitFor(PATIENCE.toSeconds(), TimeUnit.SECONDS)) {
-                process.destroyForcibly();
-            }
-        } catch (InterruptedException e) {
-            process.destroyForcibly();
-        }
+        process.onExit().completeOnTimeout(process, PATIENCE.toSeconds(), TimeUnit.SECONDS).join();
+        process.destroyForcibly();
     }
 }

@@ -96,20 +96,16 @@ final class SettingsTest extends ToolTest {
         assertEquals("0", Tool.values(object("stats show 0"), "iSCSITxPDUCount"));
     }
 
-    private JsonArray chapTable() {
-        return tool.run("chap list 0 --json --reveal").json().getAsJsonArray();
-    }
-
     @Test
     void chap() throws IOException {
-        JsonArray before = chapTable();
+        JsonArray before = array("chap list 0 --reveal");
         tool.write("secret.txt", "swordfish \u00e9\nnot this line\n");
         // The link of entry 3 cannot be written back whole: nobody is to lose it by changing another entry.
         tool.refused("chap set 0 1 --secret-file=secret.txt --yes", "link of CHAP entry 3 is 261", "--force");
         tool.run("chap set 0 1 --secret-file=secret.txt --force").expect(0);
         tool.run("swordfish 2", "chap", "set", "0", "5", "--name=five", "--flags=0x80", "--link=255",
             "--secret-file=-").expect(0);
-        JsonArray table = chapTable();
+        JsonArray table = array("chap list 0 --reveal");
         assertEquals(Tool.document("""
             [{chapName: 'initiator-a', flags: 64, link: 0, chapSecretLength: 12, chapSecretStr: 'swordfish \u00e9'},
              {chapName: '', flags: 0, link: 0, chapSecretLength: 0, chapSecretStr: ''},
@@ -118,7 +114,7 @@ final class SettingsTest extends ToolTest {
                 .replace(", {", ",{"));
         tool.run("chap list 0").expect(0).shows("five", "********");
         tool.run("chap clear 0 5 --yes").expect(0);
-        assertEquals(4, chapTable().size());
+        assertEquals(4, array("chap list 0 --reveal").size());
     }
 
     @Test
@@ -138,10 +134,10 @@ final class SettingsTest extends ToolTest {
     void sessionWithSecrets() throws IOException {
         tool.run("chap set 0 3 --link=7 --yes").expect(0);
         tool.run("export 0 all.json --reveal").expect(0);
-        JsonArray secrets = chapTable();
+        JsonArray secrets = array("chap list 0 --reveal");
         Files.delete(tool.settingsFile());
         tool.run("chap set 0 1 --name=other --force").expect(0);
         tool.run("import 0 all.json --yes").expect(0).shows("Nothing differs.");
-        assertEquals(secrets, chapTable());
+        assertEquals(secrets, array("chap list 0 --reveal"));
     }
 }
