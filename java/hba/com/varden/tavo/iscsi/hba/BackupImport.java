@@ -226,8 +226,8 @@ final class BackupImport extends WriteCommand {
         if (isSet(dryRun)) {
             status = reportPlan(adapter.dev);
         } else if (isSet(compare)) {
-            status = report("The document was compared with adapter " + adapter.dev + ".", List.of(), List.of(),
-                differences, null);
+            status = report("The document was compared with adapter " + adapter.dev + ".", List.of(), null, differences,
+                null);
         } else {
             List<DevDBEntry> targets = plan.targets == null ? List.of() : plan.targets.changed();
             String done = plan.losses(adapter.dev).isEmpty() ? "Nothing was written to adapter %d."

@@ -217,8 +217,8 @@ public abstract class Command implements Callable<Integer> {
     }
 
     /**
-     * Says what was done, to which targets, what was left as it is, what differs afterwards, and what became of logins,
-     * if any follow; returns the exit status.
+     * Says what was done, to which targets, what was left as it is if that was looked at, what differs afterwards, and
+     * what became of logins, if any follow; returns the exit status.
      */
     final int report(String what, List<DevDBEntry> targets, List<String> unchanged, Differences differences,
         Logins logins) throws IOException {
@@ -233,11 +233,14 @@ public abstract class Command implements Callable<Integer> {
             for (DevDBEntry target : targets) {
                 writer.value(target.getTargetID());
             }
-            writer.endArray().name("unchanged").beginArray();
-            for (String name : unchanged) {
-                writer.value(name);
-            }
             writer.endArray();
+            if (unchanged != null) {
+                writer.name("unchanged").beginArray();
+                for (String name : unchanged) {
+                    writer.value(name);
+                }
+                writer.endArray();
+            }
             if (logins != null) {
                 writer.name("logins");
                 logins.write(writer);
@@ -246,7 +249,7 @@ public abstract class Command implements Callable<Integer> {
             finish(writer);
         } else {
             System.out.println(what);
-            if (!unchanged.isEmpty()) {
+            if (unchanged != null && !unchanged.isEmpty()) {
                 System.out.println("Unchanged: " + String.join("; ", unchanged) + ".");
             }
             for (String line : logins == null ? List.<String>of() : logins.lines()) {
