@@ -29,7 +29,8 @@ final class CompletionTest extends ToolTest {
         tool.writeSampleFiles();
         tool.converse(0, "exec " + shell, "", load, "", "hba firmware update 0 ima\t--yes",
             "image of adapter 0 was written.", "hba targ\tsh\t0 51\t", "ghijklm\r\n", "hba isns set 1 --auto\tye\t",
-            "iSNS settings of adapter 1 were written.", "hba isns add 1 iqn\t35", "1 target was added", "exit");
+            "iSNS settings of adapter 1 were written.", "hba isns add 1 iqn.2004-07.com.varden.tavo:sh\t35",
+            "1 target was added", "exit");
     }
 
     private List<String> candidates(String typed) {

@@ -27,7 +27,7 @@ final class InputTest extends ToolTest {
         chap set 0 1 --secret-file=long                 | 101 bytes & at most 100
         chap set 0 1 --no-secret --secret               | exclude each other
         target list 0 --times 3                         | --times goes with --watch
-        stats show 0 --watch=0.09                       | 0.1 to 65535
+        stats show 0 --watch=0.09 --times=1             | 0.1 to 65535
         target set 0 7 --ip-address=10.20.0.11          | no iSCSI name & --force
         target set 0 7 --iscsi-name=disk                | 'disk' is no iSCSI name & 'iqn.' & --force
         target set 0 7 --iscsi-name=iqn.2004-13.com.x   | is no iSCSI name
