@@ -8,13 +8,14 @@ import java.nio.ByteBuffer;
 import java.nio.channels.FileChannel;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
+import java.util.function.LongSupplier;
 
 /**
  * What a durable write of one device database entry costs, through the bridge and the software adapter: {@code
  * DurableWrite PAIRS FOLDER}, with the folder of the adapter's settings. The VM stands in the adapter's folder.
  */
 final class DurableWrite {
-    private static final String SECTION = "What does the store cost? A durable write of one entry";
+    private static final String SECTION = "8 What does the store cost? A durable write of one entry";
     private static final int SMALL_ADAPTER = 0;
     private static final int LARGE_ADAPTER = 2;
     private static final int SMALL_TABLE = 16;
@@ -30,14 +31,16 @@ final class DurableWrite {
         DurableWrite writes = new DurableWrite();
         writes.open(SMALL_ADAPTER, 1, SMALL_TABLE);
         writes.open(LARGE_ADAPTER, LARGE_TABLE, Fixture.ENTRIES);
-        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), System::nanoTime, () -> {});
+        int pairs = Integer.parseInt(arguments[0]);
+        LongSupplier small = () -> Pairs.time(System::nanoTime, () -> writes.write(SMALL_ADAPTER));
+        LongSupplier large = () -> Pairs.time(System::nanoTime, () -> writes.write(LARGE_ADAPTER));
         try (FileChannel file = FileChannel.open(Path.of(arguments[1], "beside"), StandardOpenOption.CREATE,
             StandardOpenOption.WRITE)) {
-            timing.ratio(() -> writes.write(SMALL_ADAPTER), () -> sync(file))
-                .print(SECTION, "bridge and adapter / 484 bytes and fdatasync", "0..2");
+            LongSupplier bare = () -> Pairs.time(System::nanoTime, () -> sync(file));
+            Figures.print(SECTION, "bridge and adapter / 484 bytes and fdatasync", "0..2",
+                Pairs.ratios(pairs, small, bare));
         }
-        timing.ratio(() -> writes.write(LARGE_ADAPTER), () -> writes.write(SMALL_ADAPTER))
-            .print(SECTION, "into a full table / into a small one", "0..1.1");
+        Figures.print(SECTION, "into a full table / into a small one", "0..1.1", Pairs.ratios(pairs, large, small));
     }
 
     private void open(int dev, int fewest, int most) {

@@ -4,8 +4,6 @@ import java.nio.file.Path;
 
 /** Hold on the management library with constant answers; the VM stands in its folder. */
 final class Fixture {
-    static final String LIBRARY = Path.of("libvdsdm.so").toAbsolutePath().toString();
-
     /** Number of device database entries that the library answers with unless told otherwise. */
     static final int ENTRIES = 512;
 
@@ -13,7 +11,7 @@ final class Fixture {
     static final int MOST_WRITTEN = 511;
 
     static {
-        System.load(LIBRARY);
+        System.load(Path.of("libvdsdm.so").toAbsolutePath().toString());
     }
 
     private Fixture() {}

@@ -14,8 +14,6 @@ import java.util.function.ToIntFunction;
 
 /** The device database by way of JNA: direct mapping, and a new Structure for each record, as its manual teaches. */
 final class JnaStructure implements ToIntFunction<HBA> {
-    private static final int SLOTS = 512;
-
     /** One address. */
     @FieldOrder({"IPAddress", "Type", "Reserved"})
     public static class Address extends Structure {
@@ -82,40 +80,30 @@ final class JnaStructure implements ToIntFunction<HBA> {
         public short TargetPortalGroupID;
     }
 
-    /** The management library's operations. */
-    private static final class Library {
-        static {
-            Native.register(Library.class, Path.of("libvdsdm.so").toAbsolutePath().toString());
-        }
-
-        static native int SDOpenDeviceiSCSI(int adapterIndex, IntByReference handle);
-
-        static native int SDGetDDBEntryNum(int handle, IntByReference count);
-
-        static native int SDGetDDBEntry(int handle, Entry entry, int index);
+    static {
+        Native.register(JnaStructure.class, Path.of("libvdsdm.so").toAbsolutePath().toString());
     }
 
-    private final int handle;
+    static native int SDOpenDeviceiSCSI(int adapterIndex, IntByReference handle);
+
+    static native int SDGetDDBEntryNum(int handle, IntByReference count);
+
+    static native int SDGetDDBEntry(int handle, Entry entry, int index);
+
+    private final IntByReference handle = new IntByReference();
 
     JnaStructure() {
-        IntByReference opened = new IntByReference();
-        Library.SDOpenDeviceiSCSI(Peer.DEV, opened);
-        handle = opened.getValue();
+        SDOpenDeviceiSCSI(Peer.DEV, handle);
     }
 
     @Override
     public int applyAsInt(HBA hba) {
         IntByReference count = new IntByReference();
-        int status = Library.SDGetDDBEntryNum(handle, count);
-        int found = 0;
-        for (int index = 0; index < SLOTS && found < count.getValue();) {
+        int status = SDGetDDBEntryNum(handle.getValue(), count);
+        for (int index = 0; index < count.getValue(); index++) {
             Entry record = new Entry();
-            status |= Library.SDGetDDBEntry(handle, record, index);
-            if (record.DeviceState != 0) {
-                hba.addDeviceDataBaseEntry(entry(record, found));
-                found++;
-            }
-            index = record.NextValid > index && record.NextValid < SLOTS ? record.NextValid : index + 1;
+            status |= SDGetDDBEntry(handle.getValue(), record, index);
+            hba.addDeviceDataBaseEntry(entry(record, index));
         }
         return status;
     }

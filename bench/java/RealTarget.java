@@ -13,7 +13,7 @@ import java.nio.file.Path;
  * how many targets there are. The VM stands in the adapter's folder; the device database is empty.
  */
 final class RealTarget {
-    private static final String SECTION = "What does a real target cost? On the loopback interface";
+    private static final String SECTION = "9 What does a real target cost? On the loopback interface";
     private static final String ADDRESS = "127.0.0.1";
     private static final int DEV = 0;
     private static final int CONFIGURED = 1;
@@ -33,9 +33,10 @@ final class RealTarget {
         require(target.entries() == 0, "the device database is not empty");
         target.write(ASKED, arguments[3]);
         require(Libiscsi.login(ADDRESS + ":" + target.port, arguments[3]), "libiscsi cannot log in");
-        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), System::nanoTime, () -> {});
-        timing.ratio(target::reportLUNs, Libiscsi::reportLUNs)
-            .print(SECTION, "REPORT LUNS / libiscsi alone", "0..1.5");
+        double[] ratios = Pairs.ratios(Integer.parseInt(arguments[0]),
+            () -> Pairs.time(System::nanoTime, target::reportLUNs),
+            () -> Pairs.time(System::nanoTime, Libiscsi::reportLUNs));
+        Figures.print(SECTION, "REPORT LUNS / libiscsi alone", "0..1.5", ratios);
 
         // One of them is known already.
         int targets = Integer.parseInt(arguments[4]);
@@ -43,7 +44,7 @@ final class RealTarget {
         target.write(ASKED + 1, "");
         double seconds = (System.nanoTime() - start) / 1e9;
         require(target.entries() == targets, "discovery found " + target.entries() + " of " + targets + " targets");
-        Figure.of(new double[] {seconds}).print(SECTION, "discovery of " + targets + " targets, seconds", "0..1");
+        Figures.print(SECTION, "discovery of " + targets + " targets, seconds", "0..1", seconds);
         require(target.api.closeDevice(DEV), "the adapter cannot be closed");
     }
 

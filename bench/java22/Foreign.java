@@ -30,7 +30,6 @@ final class Foreign implements ToIntFunction<HBA> {
     private static final MethodHandle ENTRY = operation("SDGetDDBEntry", JAVA_INT, ADDRESS, JAVA_INT);
 
     private static final int ENTRY_SIZE = 484;
-    private static final int SLOTS = 512;
 
     private final int handle;
 
@@ -61,16 +60,10 @@ final class Foreign implements ToIntFunction<HBA> {
         int status = (int) COUNT.invokeExact(handle, count);
         MemorySegment entry = arena.allocate(ENTRY_SIZE, 8);
         ByteBuffer record = entry.asByteBuffer().order(ByteOrder.nativeOrder());
-        int found = 0;
-        for (int index = 0; index < SLOTS && found < count.get(JAVA_INT, 0);) {
+        for (int index = 0; index < count.get(JAVA_INT, 0); index++) {
             entry.fill((byte) 0);
             status |= (int) ENTRY.invokeExact(handle, entry, index);
-            if (record.getInt(464) != 0) {
-                hba.addDeviceDataBaseEntry(entry(record, found));
-                found++;
-            }
-            int next = record.getInt(472);
-            index = next > index && next < SLOTS ? next : index + 1;
+            hba.addDeviceDataBaseEntry(entry(record, index));
         }
         return status;
     }
