@@ -18,8 +18,6 @@ final class DurableWrite {
     private static final String SECTION = "8 What does the store cost? A durable write of one entry";
     private static final int SMALL_ADAPTER = 0;
     private static final int LARGE_ADAPTER = 2;
-    private static final int SMALL_TABLE = 16;
-    private static final int LARGE_TABLE = 500;
     private static final int RECORD = 484;
 
     private final ApiWrapper api = new ApiWrapper();
@@ -29,26 +27,24 @@ final class DurableWrite {
 
     public static void main(String[] arguments) throws IOException {
         DurableWrite writes = new DurableWrite();
-        writes.open(SMALL_ADAPTER, 1, SMALL_TABLE);
-        writes.open(LARGE_ADAPTER, LARGE_TABLE, Fixture.ENTRIES);
+        Measured.require(writes.open(SMALL_ADAPTER) <= 16, "the small table is not small");
+        Measured.require(writes.open(LARGE_ADAPTER) >= 500, "the full table is not full");
         int pairs = Integer.parseInt(arguments[0]);
         LongSupplier small = () -> Pairs.time(System::nanoTime, () -> writes.write(SMALL_ADAPTER));
         LongSupplier large = () -> Pairs.time(System::nanoTime, () -> writes.write(LARGE_ADAPTER));
         try (FileChannel file = FileChannel.open(Path.of(arguments[1], "beside"), StandardOpenOption.CREATE,
             StandardOpenOption.WRITE)) {
             LongSupplier bare = () -> Pairs.time(System::nanoTime, () -> sync(file));
-            Figures.print(SECTION, "bridge and adapter / 484 bytes and fdatasync", "0..2",
+            Measured.print(SECTION, "bridge and adapter / 484 bytes and fdatasync", "0..2",
                 Pairs.ratios(pairs, small, bare));
         }
-        Figures.print(SECTION, "into a full table / into a small one", "0..1.1", Pairs.ratios(pairs, large, small));
+        Measured.print(SECTION, "into a full table / into a small one", "0..1.1", Pairs.ratios(pairs, large, small));
     }
 
-    private void open(int dev, int fewest, int most) {
-        boolean opened = api.openDevice(dev);
-        int entries = opened ? api.getiSCSIEntryNum(dev) : -1;
-        if (entries < fewest || entries > most) {
-            throw new IllegalStateException("adapter " + dev + " holds " + entries + " entries");
-        }
+    // The number of entries.
+    private int open(int dev) {
+        Measured.require(api.openDevice(dev), "adapter " + dev + " cannot be opened");
+        return api.getiSCSIEntryNum(dev);
     }
 
     // Every write changes the entry, so that none can be left out.

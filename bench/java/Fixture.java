@@ -7,9 +7,6 @@ final class Fixture {
     /** Number of device database entries that the library answers with unless told otherwise. */
     static final int ENTRIES = 512;
 
-    /** The longest array of entries that is written. */
-    static final int MOST_WRITTEN = 511;
-
     static {
         System.load(Path.of("libvdsdm.so").toAbsolutePath().toString());
     }
@@ -18,9 +15,6 @@ final class Fixture {
 
     /** Number of device database entries, 0 to 512. */
     static native void setEntryCount(int count);
-
-    /** The 512 records as they were written since the last call. */
-    static native byte[] takeWritten();
 
     /** Nanoseconds of processor time that all threads of this process have taken. */
     static native long processorTime();

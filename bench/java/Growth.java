@@ -9,7 +9,6 @@ import java.util.stream.LongStream;
 
 /** How the bridge's snapshot grows with the entries, and what a second thread gains: {@code Growth ROUNDS}. */
 final class Growth {
-    private static final int WARM_UP_ROUNDS = 60;
     private static final int SNAPSHOTS = 10;
     private static final int SPINS = 20_000_000;
 
@@ -20,8 +19,8 @@ final class Growth {
     public static void main(String[] arguments) throws InterruptedException {
         int rounds = Integer.parseInt(arguments[0]);
         Growth growth = new Growth();
-        growth.furtherEntries(WARM_UP_ROUNDS);
-        Figures.print("5 Does it grow straight? Time for each further entry", "from 64 to 512 / from 1 to 64",
+        growth.furtherEntries(rounds / 5);
+        Measured.print("5 Does it grow straight? Time for each further entry", "from 64 to 512 / from 1 to 64",
             "0.95..1.05", growth.furtherEntries(rounds));
         growth.threads(rounds / 5);
     }
@@ -68,9 +67,9 @@ final class Growth {
         }
         pool.shutdown();
         String section = "6 Do threads help? Time of two threads at once / of one";
-        Figures.print(section, "a loop that touches no memory", "", spins);
-        Figures.print(section, "snapshots", "", snapshots);
-        Figures.print(section, "snapshots / the loop", "0..1.5", beside);
+        Measured.print(section, "a loop that touches no memory", "", spins);
+        Measured.print(section, "snapshots", "", snapshots);
+        Measured.print(section, "snapshots / the loop", "0..1.5", beside);
     }
 
     private static double slowdown(ExecutorService pool, Callable<Object> work) throws InterruptedException {

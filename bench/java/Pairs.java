@@ -33,9 +33,7 @@ final class Pairs {
         long start = clock.getAsLong();
         int status = operation.getAsInt();
         long time = clock.getAsLong() - start;
-        if (status != 0) {
-            throw new IllegalStateException("an operation failed while it was timed");
-        }
+        Measured.require(status == 0, "an operation failed while it was timed");
         return time;
     }
 }

@@ -29,10 +29,9 @@ record Peer(ToIntFunction<HBA> snapshot, ToIntFunction<DevDBEntry[]> write) {
                     yield new Peer(hba -> bridge.getiSCSIHBAData(DEV, hba),
                         entries -> bridge.setDDBsData(DEV, entries));
                 }
-                case "twin", "straight" -> library(Path.of("libbench_" + name + ".so").toAbsolutePath().toString());
                 case "jna-structure" -> new Peer(new JnaStructure(), null);
                 case "foreign" -> new Peer(foreign(), null);
-                default -> throw new IllegalArgumentException("no peer is named '" + name + "'");
+                default -> library(Path.of("libbench_" + name + ".so").toAbsolutePath().toString());
             };
         } catch (ReflectiveOperationException e) {
             throw new IllegalStateException(e);

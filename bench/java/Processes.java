@@ -19,7 +19,7 @@ final class Processes {
         List<String> commands = Arrays.asList(arguments).subList(COMMANDS, arguments.length);
         List<String> a = commands.subList(0, commands.indexOf("--"));
         List<String> b = commands.subList(commands.indexOf("--") + 1, commands.size());
-        Figures.print(arguments[2], arguments[3], arguments[4],
+        Measured.print(arguments[2], arguments[3], arguments[4],
             Pairs.ratios(Integer.parseInt(arguments[0]), () -> time(a, printed), () -> time(b, printed)));
     }
 
@@ -30,9 +30,7 @@ final class Processes {
             String output = new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
             int status = process.waitFor();
             long time = System.nanoTime() - start;
-            if (status != 0) {
-                throw new IllegalStateException(command + " ended with " + status + ": " + output);
-            }
+            Measured.require(status == 0, command + " ended with " + status + ": " + output);
             return printed ? Long.parseLong(output.strip()) : time;
         } catch (IOException | InterruptedException e) {
             throw new IllegalStateException(e);

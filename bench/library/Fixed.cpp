@@ -1,8 +1,7 @@
 // A management library whose answers are constant and cost next to nothing: what is measured above it is the way from
 // the record to the Java object and back. Values differ from field to field and from entry to entry, so that a peer
 // that mixes two of them up is found out before anything is timed. The operations that nothing here calls are one
-// function under many names, which the build gives it. The Java class Fixture sets the number of entries and takes what
-// was written.
+// function under many names, which the build gives it. The Java class Fixture sets the number of entries.
 
 #include "com_varden_tavo_iscsi_bench_Fixture.h"
 #include "vdsdm.h"
@@ -11,7 +10,6 @@
 
 #include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
 
 namespace
@@ -20,7 +18,6 @@ namespace
 constexpr SDMGT_HANDLE HANDLE = 0x51;
 
 DEVICEENTRYISCSI entries[DDB_SLOTS];
-DEVICEENTRYISCSI written[DDB_SLOTS];
 SD_UINT32 entryCount = DDB_SLOTS;
 
 template <std::size_t N>
@@ -87,7 +84,7 @@ SD_UINT32 SDGetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 
 
 SD_UINT32 SDSetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index)
 {
-    return index < DDB_SLOTS ? answer(handle, &written[index], *entry) : ERR_NO_SUCH_ENTRY;
+    return index < DDB_SLOTS ? answer(handle, &entries[index], *entry) : ERR_NO_SUCH_ENTRY;
 }
 
 SD_UINT32 SDGetInitFW(SDMGT_HANDLE handle, INITFWISCSI *block)
@@ -106,17 +103,6 @@ SD_UINT32 notSupported()
 JNIEXPORT void JNICALL Java_com_varden_tavo_iscsi_bench_Fixture_setEntryCount(JNIEnv *, jclass, jint count)
 {
     entryCount = static_cast<SD_UINT32>(count);
-}
-
-// The 512 records as they were written since the last call, all zero where none was.
-JNIEXPORT jbyteArray JNICALL Java_com_varden_tavo_iscsi_bench_Fixture_takeWritten(JNIEnv *env, jclass)
-{
-    jbyteArray bytes = env->NewByteArray(sizeof written);
-    if (bytes != nullptr) {
-        env->SetByteArrayRegion(bytes, 0, sizeof written, reinterpret_cast<const jbyte *>(written));
-        std::memset(written, 0, sizeof written);
-    }
-    return bytes;
 }
 
 // Nanoseconds of processor time that the threads of this process have taken.

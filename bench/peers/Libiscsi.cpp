@@ -1,7 +1,7 @@
 // REPORT LUNS by libiscsi alone: the two commands that the bridge sends for a list that fits the smaller area, over a
 // session of its own, and nothing else.
 
-#include "com_varden_tavo_iscsi_bench_Libiscsi.h"
+#include "com_varden_tavo_iscsi_bench_RealTarget.h"
 #include "vdsdm/ScsiPassThrough.h"
 
 #include <iscsi/iscsi.h>
@@ -22,7 +22,7 @@ static bool reportLuns()
 }
 
 // Connects, logs in, and takes the unit attention that follows.
-jboolean Java_com_varden_tavo_iscsi_bench_Libiscsi_login(JNIEnv *env, jclass, jstring portal, jstring target)
+jboolean Java_com_varden_tavo_iscsi_bench_RealTarget_loginAlone(JNIEnv *env, jclass, jstring portal, jstring target)
 {
     const char *portalText = env->GetStringUTFChars(portal, nullptr);
     const char *targetText = env->GetStringUTFChars(target, nullptr);
@@ -36,7 +36,7 @@ jboolean Java_com_varden_tavo_iscsi_bench_Libiscsi_login(JNIEnv *env, jclass, js
     return failed == 0 ? JNI_TRUE : JNI_FALSE;
 }
 
-jint Java_com_varden_tavo_iscsi_bench_Libiscsi_reportLUNs(JNIEnv *, jclass)
+jint Java_com_varden_tavo_iscsi_bench_RealTarget_reportLUNsAlone(JNIEnv *, jclass)
 {
     return reportLuns() && reportLuns() ? 0 : -1;
 }

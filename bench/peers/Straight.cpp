@@ -1,9 +1,9 @@
 // The snapshot of the device database and the write of its entries in straight lines, by hand: the JNI calls that the
 // bridge makes for them, in the same order, and nothing else. This is the least that the contract can cost.
 //
-// There is no status, no message and no owner, and nothing is checked: in the benchmark nothing is missing, every text
-// is terminated and every slot below the number of entries is in use. Both ways are flattened, so that the compiled code
-// has no function of ours left between two JNI calls. The class that loads this file is ApiWrapper.
+// There is no message and no owner, and nothing is checked: in the benchmark nothing is missing, every text is
+// terminated and every slot below the number of entries is in use. Both ways are flattened: the compiled code has no
+// function of ours left between two JNI calls. A second ApiWrapper loads this file.
 
 #include "com_varden_tavo_iscsi_jni_ApiWrapper.h"
 #include "vdsdm.h"
@@ -16,7 +16,6 @@
 namespace
 {
 
-constexpr const char *IP_ADDR = "com/varden/tavo/iscsi/model/IPAddr";
 constexpr const char *DEV_DB_ENTRY = "com/varden/tavo/iscsi/model/DevDBEntry";
 
 SDMGT_HANDLE handle;
@@ -56,19 +55,10 @@ void drop(const Typed &owner)
 
 // ---- Record to Java ----
 
-void setInt(const Typed &owner, const char *name, SD_UINT32 value)
+template <typename Java, typename Field>
+void set(const Typed &owner, const char *name, const char *signature, Field value)
 {
-    owner.env->CallVoidMethod(owner.object, method(owner, name, "(I)V"), static_cast<jint>(value));
-}
-
-void setShort(const Typed &owner, const char *name, SD_UINT16 value)
-{
-    owner.env->CallVoidMethod(owner.object, method(owner, name, "(S)V"), static_cast<jshort>(value));
-}
-
-void setByte(const Typed &owner, const char *name, SD_UINT8 value)
-{
-    owner.env->CallVoidMethod(owner.object, method(owner, name, "(B)V"), static_cast<jbyte>(value));
+    owner.env->CallVoidMethod(owner.object, method(owner, name, signature), static_cast<Java>(value));
 }
 
 void setText(const Typed &owner, const char *name, const SD_UINT8 *field)
@@ -99,7 +89,7 @@ void setNode(const Typed &entry, const NODEINFOISCSI &record)
     const Typed node = fetch(entry, "getNodeInfo", "()Lcom/varden/tavo/iscsi/model/NodeInfo;");
     setText(node, "setiSCSIName", record.iSCSIName);
     setText(node, "setAlias", record.Alias);
-    jclass addressType = env->FindClass(IP_ADDR);
+    jclass addressType = env->FindClass("com/varden/tavo/iscsi/model/IPAddr");
     const Typed address{env, newObject(env, addressType), addressType};
     setShorts(address, "setAddress", record.IPAddr.IPAddress);
     jclass nodeType = env->GetObjectClass(node.object);
@@ -107,30 +97,30 @@ void setNode(const Typed &entry, const NODEINFOISCSI &record)
     env->CallVoidMethod(node.object, setter, address.object);
     env->DeleteLocalRef(nodeType);
     drop(address);
-    setInt(node, "setPortalCount", record.PortalCount);
+    set<jint>(node, "setPortalCount", "(I)V", record.PortalCount);
     drop(node);
 }
 
 void setDevice(const Typed &entry, const ISCSIDEVICE &record)
 {
     const Typed device = fetch(entry, "getDeviceEntry", "()Lcom/varden/tavo/iscsi/model/DevEntry;");
-    setShort(device, "setiSCSIOptions", record.iSCSIOptions);
-    setShort(device, "setTaskManagementTimeout", record.taskMngmntTimeout);
-    setShort(device, "setRetryCount", record.retryCount);
-    setShort(device, "setRetryDelay", record.retryDelay);
-    setInt(device, "setDeviceType", record.deviceType);
-    setInt(device, "setExecutionThrottle", record.exeThrottle);
-    setInt(device, "setFirstBurstSize", record.firstBurstSize);
-    setShort(device, "setMaxBurstSize", record.maxBurstSize);
-    setInt(device, "setIPOptions", record.IPOptions);
-    setInt(device, "setMaxRxDataSegmentLen", record.MaxRxDataSegmentLen);
-    setInt(device, "setDefaultTime2Wait", record.DefaultTime2Wait);
-    setInt(device, "setDefaultTime2Retain", record.DefaultTime2Retain);
-    setInt(device, "setKeepAliveTO", record.keepAliveTimeout);
-    setInt(device, "setMaxOutstandingR2T", record.maxOutstandingR2T);
-    setInt(device, "setTCPOptions", record.TCPOptions);
+    set<jshort>(device, "setiSCSIOptions", "(S)V", record.iSCSIOptions);
+    set<jshort>(device, "setTaskManagementTimeout", "(S)V", record.taskMngmntTimeout);
+    set<jshort>(device, "setRetryCount", "(S)V", record.retryCount);
+    set<jshort>(device, "setRetryDelay", "(S)V", record.retryDelay);
+    set<jint>(device, "setDeviceType", "(I)V", record.deviceType);
+    set<jint>(device, "setExecutionThrottle", "(I)V", record.exeThrottle);
+    set<jint>(device, "setFirstBurstSize", "(I)V", record.firstBurstSize);
+    set<jshort>(device, "setMaxBurstSize", "(S)V", record.maxBurstSize);
+    set<jint>(device, "setIPOptions", "(I)V", record.IPOptions);
+    set<jint>(device, "setMaxRxDataSegmentLen", "(I)V", record.MaxRxDataSegmentLen);
+    set<jint>(device, "setDefaultTime2Wait", "(I)V", record.DefaultTime2Wait);
+    set<jint>(device, "setDefaultTime2Retain", "(I)V", record.DefaultTime2Retain);
+    set<jint>(device, "setKeepAliveTO", "(I)V", record.keepAliveTimeout);
+    set<jint>(device, "setMaxOutstandingR2T", "(I)V", record.maxOutstandingR2T);
+    set<jint>(device, "setTCPOptions", "(I)V", record.TCPOptions);
     setText(device, "setTargetAddress", record.targetAddr);
-    setInt(device, "setPortNumber", record.portNumber);
+    set<jint>(device, "setPortNumber", "(I)V", record.portNumber);
     drop(device);
 }
 
@@ -138,41 +128,24 @@ void addEntry(const Typed &hba, jclass type, const DEVICEENTRYISCSI &record, SD_
 {
     const Typed entry{hba.env, newObject(hba.env, type), hba.env->FindClass(DEV_DB_ENTRY)};
     setShorts(entry, "setInitiatorSessionID", record.InitiatorSessID);
-    setInt(entry, "setTargetID", record.TargetID);
-    setInt(entry, "setState", record.DeviceState);
-    setInt(entry, "setIndex", index);
-    setInt(entry, "setMaxTxDataSegmentLen", record.MaxTxDataSegmentLen);
-    setInt(entry, "setDDBLink", record.DDBLink);
-    setInt(entry, "setChapIndex", record.CHAPTableIndex);
-    setByte(entry, "setOptions", record.Options);
-    setByte(entry, "setControl", record.Control);
-    setInt(entry, "setExeCount", record.exeCount);
-    setInt(entry, "setReservedFlags", record.ReservedFlags);
-    setInt(entry, "setTargetSessionID", record.TargetSessID);
-    setInt(entry, "setTargetPortalGroupID", record.TargetPortalGroupID);
+    set<jint>(entry, "setTargetID", "(I)V", record.TargetID);
+    set<jint>(entry, "setState", "(I)V", record.DeviceState);
+    set<jint>(entry, "setIndex", "(I)V", index);
+    set<jint>(entry, "setMaxTxDataSegmentLen", "(I)V", record.MaxTxDataSegmentLen);
+    set<jint>(entry, "setDDBLink", "(I)V", record.DDBLink);
+    set<jint>(entry, "setChapIndex", "(I)V", record.CHAPTableIndex);
+    set<jbyte>(entry, "setOptions", "(B)V", record.Options);
+    set<jbyte>(entry, "setControl", "(B)V", record.Control);
+    set<jint>(entry, "setExeCount", "(I)V", record.exeCount);
+    set<jint>(entry, "setReservedFlags", "(I)V", record.ReservedFlags);
+    set<jint>(entry, "setTargetSessionID", "(I)V", record.TargetSessID);
+    set<jint>(entry, "setTargetPortalGroupID", "(I)V", record.TargetPortalGroupID);
     setNode(entry, record.EntryInfo);
     setDevice(entry, record.DeviceInfo);
     hba.env->DeleteLocalRef(entry.type);
     jmethodID adder = method(hba, "addDeviceDataBaseEntry", "(Lcom/varden/tavo/iscsi/model/DevDBEntry;)V");
     hba.env->CallVoidMethod(hba.object, adder, entry.object);
     hba.env->DeleteLocalRef(entry.object);
-}
-
-[[gnu::flatten]] SD_UINT32 readEntries(JNIEnv *env, jobject object)
-{
-    const Typed hba = typed(env, object);
-    SD_UINT32 count = 0;
-    SD_UINT32 status = SDGetDDBEntryNum(handle, &count);
-    jclass type = env->FindClass(DEV_DB_ENTRY);
-    for (SD_UINT32 index = 0; index < count; ++index) {
-        DEVICEENTRYISCSI record;
-        std::memset(&record, 0, sizeof record);
-        status |= SDGetDDBEntry(handle, &record, index);
-        addEntry(hba, type, record, index);
-    }
-    env->DeleteLocalRef(type);
-    env->DeleteLocalRef(hba.type);
-    return status;
 }
 
 // ---- Java to record ----
@@ -203,20 +176,6 @@ void getText(const Typed &owner, const char *name, SD_UINT8 (&field)[N])
     std::strncpy(reinterpret_cast<char *>(field), characters, N);
     owner.env->ReleaseStringUTFChars(text, characters);
     owner.env->DeleteLocalRef(text);
-}
-
-template <std::size_t N>
-void getShorts(const Typed &owner, const char *name, SD_UINT8 (&field)[N])
-{
-    jmethodID getter = method(owner, name, "()[S");
-    auto *array = static_cast<jshortArray>(owner.env->CallObjectMethod(owner.object, getter));
-    owner.env->GetArrayLength(array);
-    jshort *elements = owner.env->GetShortArrayElements(array, nullptr);
-    for (std::size_t i = 0; i < N; ++i) {
-        field[i] = static_cast<SD_UINT8>(elements[i]);
-    }
-    owner.env->ReleaseShortArrayElements(array, elements, 0);
-    owner.env->DeleteLocalRef(array);
 }
 
 void getNode(const Typed &entry, NODEINFOISCSI &record)
@@ -257,6 +216,19 @@ void getDevice(const Typed &entry, ISCSIDEVICE &record)
     drop(device);
 }
 
+void getSessionID(const Typed &entry, SD_UINT8 (&field)[6])
+{
+    jmethodID getter = method(entry, "getInitiatorSessionID", "()[S");
+    auto *array = static_cast<jshortArray>(entry.env->CallObjectMethod(entry.object, getter));
+    entry.env->GetArrayLength(array);
+    jshort *elements = entry.env->GetShortArrayElements(array, nullptr);
+    for (std::size_t i = 0; i < sizeof field; ++i) {
+        field[i] = static_cast<SD_UINT8>(elements[i]);
+    }
+    entry.env->ReleaseShortArrayElements(array, elements, 0);
+    entry.env->DeleteLocalRef(array);
+}
+
 void getEntry(const Typed &entry, DEVICEENTRYISCSI &record)
 {
     getNode(entry, record.EntryInfo);
@@ -268,31 +240,11 @@ void getEntry(const Typed &entry, DEVICEENTRYISCSI &record)
     getInt(entry, "getTargetSessionID", record.TargetSessID);
     getInt(entry, "getTargetPortalGroupID", record.TargetPortalGroupID);
     getInt(entry, "getReservedFlags", record.ReservedFlags);
-    getShorts(entry, "getInitiatorSessionID", record.InitiatorSessID);
+    getSessionID(entry, record.InitiatorSessID);
     getInt(entry, "getMaxTxDataSegmentLen", record.MaxTxDataSegmentLen);
     getInt(entry, "getDDBLink", record.DDBLink);
     getInt(entry, "getChapIndex", record.CHAPTableIndex);
     getDevice(entry, record.DeviceInfo);
-}
-
-[[gnu::flatten]] SD_UINT32 writeEntries(JNIEnv *env, jobjectArray array)
-{
-    const jsize length = env->GetArrayLength(array);
-    const Typed first = typed(env, env->GetObjectArrayElement(array, 0));
-    SD_UINT32 status = 0;
-    for (jsize i = 0; i < length; ++i) {
-        DEVICEENTRYISCSI record;
-        std::memset(&record, 0, sizeof record);
-        jobject element = env->GetObjectArrayElement(array, i);
-        getInt({env, element, first.type}, "getTargetID", record.TargetID);
-        const Typed entry = typed(env, element);
-        getEntry(entry, record);
-        env->DeleteLocalRef(entry.type);
-        status |= SDSetDDBEntry(handle, &record, record.TargetID);
-        env->DeleteLocalRef(element);
-    }
-    drop(first);
-    return status;
 }
 
 } // namespace
@@ -304,15 +256,40 @@ JNIEXPORT jboolean JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_openDevice(
     return SDOpenDeviceiSCSI(static_cast<SD_UINT32>(dev), &handle) == 0 ? JNI_TRUE : JNI_FALSE;
 }
 
-JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData(JNIEnv *env, jobject, jint,
-                                                                                 jobject hba)
+[[gnu::flatten]] JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_getiSCSIHBAData(JNIEnv *env, jobject,
+                                                                                                  jint, jobject object)
 {
-    return static_cast<jint>(readEntries(env, hba));
+    const Typed hba = typed(env, object);
+    SD_UINT32 count = 0;
+    SD_UINT32 status = SDGetDDBEntryNum(handle, &count);
+    jclass type = env->FindClass(DEV_DB_ENTRY);
+    for (SD_UINT32 index = 0; index < count; ++index) {
+        DEVICEENTRYISCSI record{};
+        status |= SDGetDDBEntry(handle, &record, index);
+        addEntry(hba, type, record, index);
+    }
+    env->DeleteLocalRef(type);
+    env->DeleteLocalRef(hba.type);
+    return static_cast<jint>(status);
 }
 
-JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBsData(JNIEnv *env, jobject, jint,
-                                                                             jobjectArray entries)
+[[gnu::flatten]] JNIEXPORT jint JNICALL Java_com_varden_tavo_iscsi_jni_ApiWrapper_setDDBsData(JNIEnv *env, jobject,
+                                                                                              jint, jobjectArray array)
 {
-    return static_cast<jint>(writeEntries(env, entries));
+    const jsize length = env->GetArrayLength(array);
+    const Typed first = typed(env, env->GetObjectArrayElement(array, 0));
+    SD_UINT32 status = 0;
+    for (jsize i = 0; i < length; ++i) {
+        DEVICEENTRYISCSI record{};
+        jobject element = env->GetObjectArrayElement(array, i);
+        getInt({env, element, first.type}, "getTargetID", record.TargetID);
+        const Typed entry = typed(env, element);
+        getEntry(entry, record);
+        env->DeleteLocalRef(entry.type);
+        status |= SDSetDDBEntry(handle, &record, record.TargetID);
+        env->DeleteLocalRef(element);
+    }
+    drop(first);
+    return static_cast<jint>(status);
 }
 }

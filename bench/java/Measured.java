@@ -1,8 +1,15 @@
 package com.varden.tavo.iscsi.bench;
 
-/** Hands what was measured to the report. */
-final class Figures {
-    private Figures() {}
+/** What the programs that measure do alike: they insist on their conditions and hand their figures to the report. */
+final class Measured {
+    private Measured() {}
+
+    /** Ends the run unless the condition holds: a figure would not mean what it says. */
+    static void require(boolean condition, String otherwise) {
+        if (!condition) {
+            throw new IllegalStateException(otherwise);
+        }
+    }
 
     /**
      * Prints one line for each value, with the VM's name, the property bench.vm, and the number of this process, by
