@@ -2,7 +2,7 @@ package com.varden.tavo.iscsi.bench;
 
 import java.nio.file.Path;
 
-/** Hold on the management library with constant answers; the VM stands in its folder. */
+/** Hold on the management library that costs nothing; the VM stands in its folder. */
 final class Fixture {
     /** Number of device database entries that the library answers with unless told otherwise. */
     static final int ENTRIES = 512;

@@ -1,7 +1,8 @@
-// A management library whose answers are constant and cost next to nothing: what is measured above it is the way from
-// the record to the Java object and back. Values differ from field to field and from entry to entry, so that a peer
-// that mixes two of them up is found out before anything is timed. The operations that nothing here calls are one
-// function under many names, which the build gives it. The Java class Fixture sets the number of entries.
+// A management library that keeps its records in memory, so that an operation costs next to nothing: what is measured
+// above it is the way from the record to the Java object and back. Values differ from field to field and from entry to
+// entry, so that a peer that mixes two of them up is found out before anything is timed. The operations that nothing
+// here calls are one function under many names, which the build gives it. The Java class Fixture sets the number of
+// entries.
 
 #include "com_varden_tavo_iscsi_bench_Fixture.h"
 #include "vdsdm.h"
