@@ -29,7 +29,7 @@ final class RealTarget {
         RealTarget target = new RealTarget(Integer.parseInt(arguments[2]));
         System.load(Path.of(arguments[1]).toString());
         Measured.require(target.api.openDevice(Peer.DEV), "the adapter cannot be opened");
-        Measured.require(target.entries() == 0, "the device database is not empty");
+        Measured.require(target.api.getiSCSIEntryNum(Peer.DEV) == 0, "the device database is not empty");
         target.write(ASKED, arguments[3]);
         Measured.require(loginAlone(ADDRESS + ":" + target.port, arguments[3]), "libiscsi cannot log in");
         double[] ratios = Pairs.ratios(Integer.parseInt(arguments[0]),
@@ -42,7 +42,8 @@ final class RealTarget {
         long start = System.nanoTime();
         target.write(ASKED + 1, "");
         double seconds = (System.nanoTime() - start) / 1e9;
-        Measured.require(target.entries() == targets, "discovery found " + target.entries() + " targets");
+        int found = target.api.getiSCSIEntryNum(Peer.DEV);
+        Measured.require(found == targets, "discovery found " + found + " of " + targets + " targets");
         Measured.print(SECTION, "discovery of " + targets + " targets, seconds", "0..1", seconds);
         Measured.require(target.api.closeDevice(Peer.DEV), "the adapter cannot be closed");
     }
@@ -52,10 +53,6 @@ final class RealTarget {
 
     // Has libiscsi alone send what the bridge sends for one call; 0 when every answer came.
     private static native int reportLUNsAlone();
-
-    private int entries() {
-        return api.getiSCSIEntryNum(Peer.DEV);
-    }
 
     // Without a name this is the discovery of what the portal offers.
     private void write(int id, String name) {
