@@ -114,19 +114,6 @@ TEST(Converters, javaHoldsAtMost512Targets)
     env->DeleteLocalRef(hbaClass);
 }
 
-// Calls work() while one function of the VM answers null.
-template <typename Function, typename Work>
-void without(Function JNINativeInterface_::*function, Function stub, const Work &work)
-{
-    JNIEnv *env = vmEnv();
-    const JNINativeInterface_ *real = env->functions;
-    JNINativeInterface_ functions = *real;
-    functions.*function = stub;
-    env->functions = &functions;
-    work(env);
-    env->functions = real;
-}
-
 TEST(Converters, aClassThatCannotBeHadEndsTheConversion)
 {
     World world(nativeMethod("getiSNSDiscoveryConfig"));
@@ -136,7 +123,7 @@ TEST(Converters, aClassThatCannotBeHadEndsTheConversion)
     const auto noClass = [](JNIEnv *, jobject) -> jclass {
         return nullptr;
     };
-    without<jclass(JNICALL *)(JNIEnv *, jobject)>(&JNINativeInterface_::GetObjectClass, noClass, [&](JNIEnv *env) {
+    withStub(&JNINativeInterface_::GetObjectClass, noClass, [&](JNIEnv *env) {
         EXPECT_EQ(SDMToJava_iSNSDiscoveryConfig(env, object, config), ERR_JNI_CLASS);
         EXPECT_EQ(watch.printed, "Find class call failed!\n");
         watch.printed.clear();
@@ -169,8 +156,7 @@ TEST(Converters, anErrorOfUnknownKindStays)
     const auto noClass = [](JNIEnv *, const char *) -> jclass {
         return nullptr;
     };
-    without<jclass(JNICALL *)(JNIEnv *, const char *)>(&JNINativeInterface_::FindClass, noClass,
-                                                       [](JNIEnv *env) { forgetOwnError(env); });
+    withStub(&JNINativeInterface_::FindClass, noClass, [](JNIEnv *env) { forgetOwnError(env); });
     EXPECT_EQ(vm->ExceptionCheck(), JNI_TRUE);
     forgetOwnError(vm);
     EXPECT_EQ(vm->ExceptionCheck(), JNI_FALSE);

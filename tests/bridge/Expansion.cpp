@@ -18,11 +18,6 @@ std::string upper(std::string text)
     return text;
 }
 
-std::string littleEndian(SD_UINT32 value)
-{
-    return std::string(reinterpret_cast<const char *>(&value), sizeof value);
-}
-
 // The printed line of a message's form or of a quoted text.
 std::string lineOf(const std::string &word, const std::string &name, SD_UINT32 status)
 {
@@ -40,22 +35,59 @@ std::string lineOf(const std::string &word, const std::string &name, SD_UINT32 s
 }
 } // namespace
 
+SD_UINT32 numberOf(const std::string &bytes)
+{
+    SD_UINT32 value = 0;
+    std::ranges::copy(bytes, reinterpret_cast<char *>(&value));
+    return value;
+}
+
+std::string littleEndian(SD_UINT32 value)
+{
+    return {reinterpret_cast<const char *>(&value), sizeof value};
+}
+
 bool ExpansionRun::event(const std::string &text, bool canFail, std::vector<SD_UINT32> statuses)
 {
     out_.events.push_back({text, canFail, std::move(statuses)});
     return canFail && long(out_.events.size()) - 1 == fault_.event;
 }
 
-SD_UINT32 ExpansionRun::stop(SD_UINT32 status, const std::string &line, const std::string &name)
+void ExpansionRun::call(const std::string &text)
 {
-    out_.printed += lineOf(line, name, status);
-    return status;
+    event("call " + nameOf(frame_.current) + " " + text);
 }
 
-SD_UINT32 ExpansionRun::lookUp(const std::string &name, const std::string &signature, const std::string &message)
+bool ExpansionRun::failIf(bool failed, SD_UINT32 status, const std::string &line, const std::string &name)
+{
+    if (failed) {
+        out_.printed += lineOf(line, name, status);
+        status_ = status;
+    }
+    return failed;
+}
+
+void ExpansionRun::failAs(const Statement &s, SD_UINT32 status)
+{
+    failIf(true, status, s.quoted());
+    status_ = s.has("as") ? unhexNumber(s.after("as")) : status;
+}
+
+void ExpansionRun::forget()
+{
+    out_.ignored = out_.ignored || status_ != 0;
+    status_ = 0;
+}
+
+bool ExpansionRun::lookUp(const std::string &name, const std::string &signature, const std::string &message)
 {
     const bool missing = event("lookup " + frame_.current.type + " " + name + " " + signature, true);
-    return missing ? stop(ERR_JNI_METHOD, message, name) : 0;
+    return !failIf(missing, ERR_JNI_METHOD, message, name);
+}
+
+bool ExpansionRun::lookUp(const Statement &row, const std::string &signature)
+{
+    return lookUp(row.word(1), signature, row.word(3));
 }
 
 std::string ExpansionRun::nameOf(const ModelObject &object)
@@ -68,16 +100,23 @@ std::string ExpansionRun::nameOf(const ModelObject &object)
     return known->second;
 }
 
-std::string ExpansionRun::held(const std::string &getter, const std::function<std::string(SeededValues &)> &make)
+std::string ExpansionRun::held(const std::string &setter, const std::string &fresh)
 {
-    const std::string path = frame_.current.path + "/s" + getter.substr(1);
-    auto known = values_.held.find(path);
-    if (known == values_.held.end()) {
-        SeededValues values(values_.seed + path);
-        known = values_.held.emplace(path, make(values)).first;
-        values_.given.emplace_back(path, known->second);
+    const auto [known, isNew] = values_.held.emplace(setter, fresh);
+    if (isNew) {
+        values_.given.emplace_back(setter, fresh);
     }
     return known->second;
+}
+
+SeededValues ExpansionRun::seeded(const std::string &what) const
+{
+    return SeededValues(values_.seed + what);
+}
+
+std::string ExpansionRun::setterOf(const Statement &getter) const
+{
+    return frame_.current.path + "/s" + getter.word(1).substr(1);
 }
 
 // A field of the current record, or RECORD[.FIELD] of the method. Of a table it is the record in turn.
@@ -86,9 +125,7 @@ RecordView ExpansionRun::at(const std::string &path)
     RecordView view = frame_.view;
     std::string rest = path;
     const std::string first = path.substr(0, path.find('.'));
-    if (methodTable().records.contains(first)
-        && (view.layout == nullptr
-            || std::ranges::none_of(view.layout->fields, [&](const Field &field) { return field.name == first; }))) {
+    if (methodTable().records.contains(first)) {
         const Layout &layout = methodTable().record(first);
         std::string &bytes = frame_.records[first];
         bytes.resize(std::max(bytes.size(), layout.size));
@@ -132,10 +169,7 @@ SD_UINT32 ExpansionRun::valueOf(const std::string &word)
     } else if (word.find('.') == std::string::npos) {
         return frame_.numbers[word.substr(1)];
     }
-    const std::string bytes = bytesAt(word.substr(1));
-    SD_UINT32 value = 0;
-    std::copy_n(bytes.begin(), bytes.size(), reinterpret_cast<char *>(&value));
-    return value;
+    return numberOf(bytesAt(word.substr(1)));
 }
 
 void ExpansionRun::storeValue(const std::string &path, SD_UINT32 value)
@@ -157,9 +191,7 @@ std::vector<long long> ExpansionRun::flattened(const RecordView &view)
                 flattened({view.bytes, view.offset + field.offset, &methodTable().record(field.record)});
             out.insert(out.end(), inner.begin(), inner.end());
         } else if (field.kind == Field::Kind::NUMBER) {
-            long long value = 0;
-            std::copy_n(bytes.begin(), bytes.size(), reinterpret_cast<char *>(&value));
-            out.push_back(value);
+            out.push_back(numberOf(bytes));
         } else {
             std::ranges::transform(bytes, std::back_inserter(out), [](unsigned char byte) { return byte; });
         }
@@ -167,85 +199,80 @@ std::vector<long long> ExpansionRun::flattened(const RecordView &view)
     return out;
 }
 
-SD_UINT32 ExpansionRun::run(const std::vector<Statement> &list)
+void ExpansionRun::run(const std::vector<Statement> &list)
 {
-    SD_UINT32 status = 0;
-    for (auto s = list.begin(); s != list.end() && status == 0; ++s) {
-        status = step(*s);
+    for (auto s = list.begin(); s != list.end() && status_ == 0; ++s) {
+        step(*s);
     }
-    return status;
 }
 
-SD_UINT32 ExpansionRun::step(const Statement &s)
+void ExpansionRun::step(const Statement &s)
 {
-    const std::string &verb = s.verb();
+    const std::string &verb = s.verb(), first = s.word(1), second = s.word(2);
     Frame &f = frame_;
     if (verb == "index") {
-        return dev_ < 0 || dev_ > 31 ? ERR_INVALID_PARAMETER : 0;
+        failIf(dev_ < 0 || dev_ > 31, ERR_INVALID_PARAMETER, "");
     } else if (verb == "null") {
-        return f.objects.at(s.word(1)).null ? stop(ERR_JNI_NULL, s.word(2)) : 0;
-    } else if (verb == "class" || verb == "on") {
-        f.current = f.objects.at(s.word(1));
-        if (verb == "class") {
-            event("class " + nameOf(f.current));
-        }
-        return 0;
+        failIf(f.objects.at(first).null, ERR_JNI_NULL, second);
+    } else if (verb == "class") {
+        f.current = f.objects.at(first);
+        event("class " + nameOf(f.current));
+    } else if (verb == "on") {
+        f.current = f.objects.at(first);
     } else if (verb == "find") {
-        return event("find " + s.word(1), true) ? stop(ERR_JNI_CLASS, s.word(2)) : 0;
+        failIf(event("find " + first, true), ERR_JNI_CLASS, second);
     } else if (verb == "new") {
-        return make(s.word(1), s.word(2));
+        make(first, second);
     } else if (verb == "hand") {
-        const ModelObject &made = f.objects[f.made];
-        const std::string signature = "(Lcom/varden/tavo/iscsi/model/" + made.type + ";)V";
-        if (SD_UINT32 status = lookUp(s.word(1), signature, s.word(2)); status != 0) {
-            return status;
-        }
-        event("call " + nameOf(f.current) + " " + s.word(1) + " " + nameOf(made));
-        return 0;
+        hand(first, f.objects[f.made], second);
     } else if (verb == "ask") {
-        return ask(s);
+        ask(s);
     } else if (verb == "refuse") {
-        const bool refused = s.word(1) == "any" ? f.last != 0 : f.last == unhexNumber(s.word(1));
-        return refused ? stop(f.last, s.word(2)) : 0;
+        failIf(first == "any" ? f.last != 0 : f.last == unhexNumber(first), f.last, second);
     } else if (verb == "again") {
-        return f.last == unhexNumber(s.word(1)) || f.numbers["count"] > unhexNumber(s.word(2)) ? run(s.body) : 0;
+        if (f.last == unhexNumber(first) || f.numbers["count"] > unhexNumber(second)) {
+            run(s.body);
+        }
     } else if (verb == "when") {
-        return valueOf(s.word(1)) != 0 ? run(s.body) : 0;
+        if (valueOf(first) != 0) {
+            run(s.body);
+        }
     } else if (verb == "use") {
-        return use(s);
+        use(s);
     } else if (verb == "call") {
-        return callMethod(s);
+        callMethod(s);
     } else if (verb == "each") {
-        return each(s);
+        for (f.slot = 0; f.slot < f.numbers["count"] && status_ == 0; ++f.slot) {
+            run(s.body);
+            failIf(status_ != 0, status_, second);
+        }
     } else if (verb == "elements") {
-        return elements(s);
+        elements(s);
     } else if (verb == "walk") {
-        return walk(s);
+        walk(s);
     } else if (verb == "units") {
-        return units(s);
+        units(s);
     } else if (verb == "chars") {
-        return chars(s.word(1));
+        chars(first);
     } else if (verb == "string") {
-        const std::string bytes = bytesAt(s.word(1));
+        const std::string bytes = bytesAt(first);
         f.text = "\"" + bytes.substr(0, bytes.find('\0')) + "\"";
-        return event("string " + f.text, true) ? ERR_JNI_NULL : 0;
+        failIf(event("string " + f.text, true), ERR_JNI_NULL, "");
     } else if (verb == "malloc") {
-        return event("malloc " + std::to_string(unhexNumber(s.word(1))), true) ? stop(ERR_NO_MEMORY, s.word(2)) : 0;
+        failIf(event("malloc " + std::to_string(unhexNumber(first)), true), ERR_NO_MEMORY, second);
     } else if (verb == "room") {
-        f.records[s.word(1)].assign(methodTable().record(s.word(1)).size * unhexNumber(s.word(2)), '\0');
-        return 0;
+        f.records[first].assign(methodTable().record(first).size * unhexNumber(second), '\0');
     } else if (verb == "length") {
         event("length"); // the arrays of the table's cases are within their bounds
-        return 0;
     } else if (verb == "element") {
-        return element(unhexNumber(s.word(1)), s.word(2));
+        element(unhexNumber(first), second);
     } else if (verb == "put") {
-        storeValue(s.word(1), unhexNumber(s.word(2)));
-        return 0;
+        storeValue(first, unhexNumber(second));
     } else if (verb == "return") {
-        return f.last;
+        status_ = f.last;
+    } else {
+        row(s);
     }
-    return row(s);
 }
 
 Expansion::Expansion(const Statement &oneCase, bool full) : method_(oneCase.word(2))

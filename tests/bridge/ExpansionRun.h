@@ -1,11 +1,8 @@
-// One way through a method of the table. Statements answer with a status; the first that is not 0 ends the method.
+// One way through a method of the table. The status is sticky: once a statement has failed, no other is carried out.
 #pragma once
 
 #include "Expansion.h"
 #include "SeededValues.h"
-
-#include <functional>
-#include <optional>
 
 // A Java object: its class, and the way to it from an argument.
 struct ModelObject {
@@ -19,6 +16,10 @@ struct RecordView {
     std::size_t offset = 0;
     const Layout *layout = nullptr;
 };
+
+// A little-endian number of up to four bytes, and back.
+SD_UINT32 numberOf(const std::string &bytes);
+std::string littleEndian(SD_UINT32 value);
 
 class ExpansionRun
 {
@@ -45,56 +46,63 @@ private:
 
     // Writes an event down; true when it fails.
     bool event(const std::string &text, bool canFail = false, std::vector<SD_UINT32> statuses = {});
-    // Prints a line, in which %s is the name and %x the status, and returns the status.
-    SD_UINT32 stop(SD_UINT32 status, const std::string &line, const std::string &name = "");
-    // Notes that a failure does not end the method; 0.
-    SD_UINT32 ignore(SD_UINT32 status);
-    SD_UINT32 lookUp(const std::string &name, const std::string &signature, const std::string &message);
+    // Calls a method of the current object that cannot fail.
+    void call(const std::string &text);
+    // When something failed, prints the line, in which %s is the name and %x the status, and takes the status.
+    bool failIf(bool failed, SD_UINT32 status, const std::string &line, const std::string &name = "");
+    // Fails with the statement's line, or the status that it names.
+    void failAs(const Statement &s, SD_UINT32 status);
+    // A failure does not end the method.
+    void forget();
+    bool lookUp(const std::string &name, const std::string &signature, const std::string &message);
+    bool lookUp(const Statement &row, const std::string &signature);
     std::string nameOf(const ModelObject &object);
-    // What the current object's getter answers.
-    std::string held(const std::string &getter, const std::function<std::string(SeededValues &)> &make);
+    // What the object was given by this setter, with its path: what the case says, else fresh values.
+    std::string held(const std::string &setter, const std::string &fresh);
+    SeededValues seeded(const std::string &what) const;
+    std::string setterOf(const Statement &getter) const;
     RecordView at(const std::string &path);
     std::string bytesAt(const std::string &path);
     void store(const std::string &path, const std::string &bytes);
     SD_UINT32 valueOf(const std::string &word);
     void storeValue(const std::string &path, SD_UINT32 value);
     std::vector<long long> flattened(const RecordView &view);
-    std::vector<std::vector<std::string>> saidOf(const std::string &operation) const;
     Answer answerOf(const std::string &operation, const std::string &record);
-    // Calls the operation: its answer, whose bytes go to the record (`room` of them at most), or nothing when it fails.
-    std::optional<Answer> operate(const std::string &operation, const std::string &arguments, const std::string &record,
-                                  std::size_t room, std::vector<SD_UINT32> statuses = {});
+    // Calls the operation: its answer, whose bytes go to the record (`room` of them at most), or the fault's status.
+    Answer operate(const std::string &operation, const std::string &arguments, const std::string &record,
+                   std::size_t room, std::vector<SD_UINT32> statuses = {});
 
-    SD_UINT32 run(const std::vector<Statement> &list);
-    SD_UINT32 step(const Statement &s);
-    SD_UINT32 block(const std::string &name, const ModelObject &object, const RecordView &view);
-    SD_UINT32 ask(const Statement &s);
-    SD_UINT32 use(const Statement &s);
-    SD_UINT32 callMethod(const Statement &s);
-    SD_UINT32 make(const std::string &type, const std::string &line);
-    SD_UINT32 each(const Statement &s);
-    SD_UINT32 element(std::size_t index, const std::string &line);
-    SD_UINT32 elements(const Statement &s);
-    SD_UINT32 walk(const Statement &s);
-    SD_UINT32 units(const Statement &s);
-    SD_UINT32 chars(const std::string &line);
+    void run(const std::vector<Statement> &list);
+    void step(const Statement &s);
+    void block(const std::string &name, const ModelObject &object, const RecordView &view);
+    void ask(const Statement &s);
+    void use(const Statement &s);
+    void callMethod(const Statement &s);
+    void make(const std::string &type, const std::string &line);
+    void hand(const std::string &method, const ModelObject &object, const std::string &message);
+    void element(std::size_t index, const std::string &line);
+    void elements(const Statement &s);
+    void walk(const Statement &s);
+    void units(const Statement &s);
+    void chars(const std::string &line);
 
-    SD_UINT32 row(const Statement &s);
-    SD_UINT32 numberToJava(const Statement &s, char letter);
-    SD_UINT32 numberFromJava(const Statement &s, char letter);
-    SD_UINT32 textToJava(const Statement &s, const std::string &text);
-    SD_UINT32 textFromJava(const Statement &s);
-    SD_UINT32 arrayToJava(const Statement &s, const std::string &signature, const std::vector<long long> &values,
-                          const std::string &more = "");
-    SD_UINT32 shortsFromJava(const Statement &s);
-    SD_UINT32 counters(const Statement &s);
-    SD_UINT32 address(const Statement &s);
-    SD_UINT32 bytesOfAddress(const Statement &s);
-    SD_UINT32 fetch(const Statement &s);
+    void row(const Statement &s);
+    void numberToJava(const Statement &s, char letter);
+    void numberFromJava(const Statement &s, char letter);
+    void textToJava(const Statement &s, const std::string &text);
+    void textFromJava(const Statement &s);
+    void arrayToJava(const Statement &s, const std::string &signature, const std::vector<long long> &values,
+                     const std::string &more = "");
+    void shortsFromJava(const Statement &s);
+    void counters(const Statement &s);
+    void address(const Statement &s);
+    void bytesOfAddress(const Statement &s);
+    void fetch(const Statement &s);
 
     Values &values_;
     jint dev_;
     Fault fault_;
+    SD_UINT32 status_ = 0;
     Expectation out_;
     Frame frame_;
     std::map<std::string, std::string> names_; // of objects, by path

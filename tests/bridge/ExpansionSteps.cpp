@@ -23,46 +23,23 @@ SD_UINT32 bigEndian(const std::string &bytes)
 }
 } // namespace
 
-// What the case says of the operation's calls, call by call.
-std::vector<std::vector<std::string>> ExpansionRun::saidOf(const std::string &operation) const
-{
-    std::vector<std::vector<std::string>> calls;
-    for (const Statement &s : values_.oneCase.body) {
-        if (s.verb() == "answer" && s.word(1) == operation) {
-            calls.emplace_back();
-            for (std::size_t i = 2; i < s.words.size(); ++i) {
-                if (s.words[i] == "/") {
-                    calls.emplace_back();
-                } else {
-                    calls.back().push_back(s.words[i]);
-                }
-            }
-        }
-    }
-    return calls;
-}
-
 // The answer to the operation's next call: what the case says, the rest from the seed.
 Answer ExpansionRun::answerOf(const std::string &operation, const std::string &record)
 {
-    const auto said = saidOf(operation);
+    std::vector<Statement> said;
+    std::ranges::copy_if(values_.oneCase.body, std::back_inserter(said),
+                         [&](const Statement &s) { return s.verb() == "answer" && s.word(1) == operation; });
     const std::size_t call = asked_[operation]++;
     std::vector<Answer> &answers = values_.answers[operation];
     const bool last = !answers.empty() && (fault_.event >= 0 || answers.size() == said.size());
     if (call < answers.size() || last) {
         return answers[std::min(call, answers.size() - 1)];
     }
-    std::map<std::string, std::string> values;
-    for (const std::string &word : said.empty() ? std::vector<std::string>{} : said[call]) {
+    std::map<std::string, std::string> values{{"count", "2"}, {"status", "0"}};
+    for (const std::string &word : said.empty() ? std::vector<std::string>{} : said[call].words) {
         values[word.substr(0, word.find('='))] = word.substr(word.find('=') + 1);
     }
-    Answer answer{0, "", 2};
-    if (values.contains("count")) {
-        answer.count = unhexNumber(values["count"]);
-    }
-    if (values.contains("status")) {
-        answer.status = unhexNumber(values["status"]);
-    }
+    Answer answer{unhexNumber(values["status"]), "", unhexNumber(values["count"])};
     if (!record.empty()) {
         const Layout &layout = methodTable().record(record);
         SeededValues seeded(values_.seed + operation + std::to_string(call));
@@ -79,15 +56,14 @@ Answer ExpansionRun::answerOf(const std::string &operation, const std::string &r
     return answer;
 }
 
-std::optional<Answer> ExpansionRun::operate(const std::string &operation, const std::string &arguments,
-                                            const std::string &record, std::size_t room,
-                                            std::vector<SD_UINT32> statuses)
+Answer ExpansionRun::operate(const std::string &operation, const std::string &arguments, const std::string &record,
+                             std::size_t room, std::vector<SD_UINT32> statuses)
 {
     statuses.push_back(FAULT);
     const bool fails = event(operation + arguments, true, std::move(statuses));
     const Answer answer = answerOf(operation, record);
     if (fails) {
-        return {};
+        return {fault_.status, "", 0};
     }
     if (!record.empty()) {
         frame_.records[record].replace(0, std::min(room, answer.bytes.size()), answer.bytes.substr(0, room));
@@ -95,10 +71,10 @@ std::optional<Answer> ExpansionRun::operate(const std::string &operation, const 
     return answer;
 }
 
-SD_UINT32 ExpansionRun::ask(const Statement &s)
+void ExpansionRun::ask(const Statement &s)
 {
     if (s.has("name") && !frame_.hasChars) {
-        return 0;
+        return;
     }
     const std::string of = s.after("of"), in = s.after("in"), out = s.after("out");
     const std::string record = out.substr(0, out.find_first_of("*:"));
@@ -131,44 +107,41 @@ SD_UINT32 ExpansionRun::ask(const Statement &s)
         }
         frame_.view = {&frame_.records[record], 0, &layout};
     }
-    const std::optional<Answer> answer = operate(s.word(1), arguments, record, room, statuses);
+    const Answer answer = operate(s.word(1), arguments, record, room, statuses);
     if (s.has("count")) {
-        frame_.numbers["count"] = answer ? *answer->count : 0;
+        frame_.numbers["count"] = *answer.count;
     }
-    const SD_UINT32 status = answer ? answer->status : fault_.status;
-    frame_.last = status;
-    if (status == 0 || s.has("kept")) {
-        return 0;
+    frame_.last = answer.status;
+    const bool tolerated = s.has("kept") || (s.has("tolerating") && answer.status == statuses.front());
+    if (answer.status != 0 && !tolerated) {
+        failAs(s, answer.status);
+        status_ = s.has("ignored") ? 0 : status_;
     }
-    if (s.has("tolerating") && status == statuses.front()) {
-        return 0;
-    }
-    stop(status, s.quoted().empty() ? "" : "\"" + s.quoted());
-    return s.has("ignored") ? 0 : s.has("as") ? unhexNumber(s.after("as")) : status;
 }
 
-SD_UINT32 ExpansionRun::ignore(SD_UINT32 status)
+void ExpansionRun::make(const std::string &type, const std::string &line)
 {
-    out_.ignored = out_.ignored || status != 0;
-    return 0;
-}
-
-SD_UINT32 ExpansionRun::make(const std::string &type, const std::string &line)
-{
-    if (event("lookup " + type + " <init> ()V", true) || event("create " + type, true)) {
-        return stop(ERR_JNI_NULL, line);
+    const bool failed = event("lookup " + type + " <init> ()V", true) || event("create " + type, true);
+    if (!failIf(failed, ERR_JNI_NULL, line)) {
+        frame_.made = type;
+        frame_.objects[type] = {type, "new" + std::to_string(++created_)};
     }
-    frame_.made = type;
-    frame_.objects[type] = {type, "new" + std::to_string(++created_)};
-    return 0;
 }
 
-SD_UINT32 ExpansionRun::block(const std::string &name, const ModelObject &object, const RecordView &view)
+void ExpansionRun::hand(const std::string &method, const ModelObject &object, const std::string &message)
+{
+    if (lookUp(method, "(Lcom/varden/tavo/iscsi/model/" + object.type + ";)V", message)) {
+        call(method + " " + nameOf(object));
+    }
+}
+
+void ExpansionRun::block(const std::string &name, const ModelObject &object, const RecordView &view)
 {
     const Statement &block = methodTable().blocks.at(name);
-    if (object.null) {
-        const SD_UINT32 status = stop(ERR_JNI_NULL, "\"" + block.quoted());
-        return block.has("unheard") ? 0 : status;
+    const bool unheard = block.has("unheard");
+    if (failIf(object.null, ERR_JNI_NULL, block.quoted())) {
+        status_ = unheard ? 0 : status_;
+        return;
     }
     const ModelObject current = frame_.current;
     const RecordView outer = frame_.view;
@@ -178,14 +151,16 @@ SD_UINT32 ExpansionRun::block(const std::string &name, const ModelObject &object
     if (!block.has("classless") && block.body.front().verb() != "find") {
         event("class " + nameOf(object));
     }
-    const SD_UINT32 status = run(block.body);
+    run(block.body);
     frame_.current = current;
     frame_.view = outer;
     frame_.objects = objects;
-    return block.has("unheard") ? ignore(status) : status;
+    if (unheard) {
+        forget();
+    }
 }
 
-SD_UINT32 ExpansionRun::use(const Statement &s)
+void ExpansionRun::use(const Statement &s)
 {
     for (const std::string &word : s.words) {
         const std::size_t equals = word.find('=');
@@ -193,145 +168,116 @@ SD_UINT32 ExpansionRun::use(const Statement &s)
             frame_.numbers[word.substr(1, equals - 1)] = unhexNumber(word.substr(equals + 1));
         }
     }
-    const SD_UINT32 status = block(s.word(1), frame_.objects.at(s.word(2)), at(s.word(3)));
-    if (status == 0) {
-        return 0;
+    block(s.word(1), frame_.objects.at(s.word(2)), at(s.word(3)));
+    if (status_ != 0) {
+        failAs(s, status_);
     }
-    stop(status, s.quoted().empty() ? "" : "\"" + s.quoted());
-    return s.has("as") ? unhexNumber(s.after("as")) : status;
 }
 
 // A method works on a frame of its own, with the objects that it is called with.
-SD_UINT32 ExpansionRun::callMethod(const Statement &s)
+void ExpansionRun::callMethod(const Statement &s)
 {
-    Frame outer = frame_;
-    frame_ = {};
+    Frame outer = std::exchange(frame_, {});
     for (std::size_t i = 2; i < s.words.size(); ++i) {
         if (outer.objects.contains(s.words[i])) {
             frame_.objects[s.words[i]] = outer.objects[s.words[i]];
         }
     }
-    const SD_UINT32 status = run(methodTable().methods.at(s.word(1)).body);
+    run(methodTable().methods.at(s.word(1)).body);
     frame_ = std::move(outer);
-    if (status == 0 || s.has("ignored")) {
-        return ignore(status);
+    if (s.has("ignored")) {
+        forget();
+    } else if (status_ != 0) {
+        failAs(s, status_);
     }
-    return stop(status, "\"" + s.quoted());
 }
 
-SD_UINT32 ExpansionRun::each(const Statement &s)
+void ExpansionRun::element(std::size_t index, const std::string &line)
 {
-    for (frame_.slot = 0; frame_.slot < frame_.numbers["count"]; ++frame_.slot) {
-        if (SD_UINT32 status = run(s.body); status != 0) {
-            return s.quoted().empty() ? status : stop(status, s.word(2));
-        }
+    if (!failIf(event("element " + std::to_string(index), true), ERR_JNI_NULL, line)) {
+        const std::string type = frame_.elements.substr(0, frame_.elements.find('['));
+        frame_.current = {type, type + (index == 0 ? "" : "#" + std::to_string(index + 1))};
+        frame_.objects[type] = frame_.current;
     }
-    return 0;
-}
-
-SD_UINT32 ExpansionRun::element(std::size_t index, const std::string &line)
-{
-    if (event("element " + std::to_string(index), true)) {
-        return stop(ERR_JNI_NULL, line);
-    }
-    const std::string type = frame_.elements.substr(0, frame_.elements.find('['));
-    frame_.objects[type] = {type, type + (index == 0 ? "" : "#" + std::to_string(index + 1))};
-    return 0;
 }
 
 // Java's elements fill the records after the first, where there is a table.
-SD_UINT32 ExpansionRun::elements(const Statement &s)
+void ExpansionRun::elements(const Statement &s)
 {
-    const std::string type = frame_.elements.substr(0, frame_.elements.find('['));
-    for (std::size_t i = 0; i < ARRAY_LENGTH; ++i) {
-        if (SD_UINT32 status = element(i, s.word(1)); status != 0) {
-            return status;
-        }
+    for (std::size_t i = 0; i < ARRAY_LENGTH && status_ == 0; ++i) {
+        element(i, s.word(1));
         frame_.slot = i + 1;
-        frame_.current = frame_.objects[type];
-        if (SD_UINT32 status = run(s.body); status != 0) {
-            return status;
-        }
+        run(s.body);
     }
-    return 0;
 }
 
 // The device database: slots in use are handed to the statements below, until as many as counted are found.
-SD_UINT32 ExpansionRun::walk(const Statement &s)
+void ExpansionRun::walk(const Statement &s)
 {
     const std::string &record = s.word(2);
+    const std::size_t size = methodTable().record(record).size;
     const SD_UINT32 counted = frame_.numbers["count"];
     SD_UINT32 found = 0;
-    for (SD_UINT32 slot = 0; slot < SLOTS && found != counted;) {
-        const Layout &layout = methodTable().record(record);
-        frame_.records[record].assign(layout.size, '\0');
-        const std::string arguments = " " + hex(handleOf(dev_)) + " " + hex(slot);
-        const std::optional<Answer> answer = operate(s.word(1), arguments, record, layout.size);
-        frame_.last = answer ? answer->status : fault_.status;
-        if (frame_.last != 0) {
-            stop(frame_.last, s.word(3));
+    for (SD_UINT32 slot = 0; slot < SLOTS && found != counted && status_ == 0;) {
+        frame_.records[record].assign(size, '\0');
+        frame_.last = operate(s.word(1), " " + hex(handleOf(dev_)) + " " + hex(slot), record, size).status;
+        if (failIf(frame_.last != 0, frame_.last, s.word(3))) {
+            status_ = 0; // the next slot may answer
         }
         if (valueOf("$" + record + ".DeviceState") != 0) {
             frame_.numbers["index"] = found++;
-            if (SD_UINT32 status = run(s.body); status != 0) {
-                return status;
-            }
+            run(s.body);
         }
         const SD_UINT32 next = valueOf("$" + record + ".NextValid");
         slot = next > slot && next < SLOTS ? next : slot + 1;
     }
-    return 0;
 }
 
 // The second REPORT LUNS command, into the area that the first response calls for, and the units of its response.
-SD_UINT32 ExpansionRun::units(const Statement &s)
+void ExpansionRun::units(const Statement &s)
 {
     const SD_UINT32 area = bigEndian(bytesAt("REPORT_LUNS.length")) > SMALL_AREA ? LARGE_AREA : SMALL_AREA;
     const std::string cleared = area == LARGE_AREA ? "cleared" : "uncleared";
-    const Statement again{s.line,
-                          0,
-                          {"ask", s.word(1), "in", "TARGETINFORMATION", hex(area), "100", "out", "REPORT_LUNS", cleared,
-                           "tolerating", "20000077", s.word(2)},
-                          {}};
-    if (SD_UINT32 status = ask(again); status != 0) {
-        return status;
+    ask({s.line,
+         0,
+         {"ask", s.word(1), "in", "TARGETINFORMATION", hex(area), "100", "out", "REPORT_LUNS", cleared, "tolerating",
+          "20000077", s.word(2)},
+         {}});
+    const SD_UINT32 length = bigEndian(bytesAt("REPORT_LUNS.length"));
+    if (status_ == 0 && failIf(length > LARGE_AREA, length, s.word(3))) {
+        status_ = ERR_BAD_DATA;
     }
-    const SD_UINT32 commandStatus = frame_.last, length = bigEndian(bytesAt("REPORT_LUNS.length"));
-    if (length > LARGE_AREA) {
-        stop(length, s.word(3));
-        return ERR_BAD_DATA;
+    if (status_ != 0) {
+        return;
     }
     const SD_UINT32 reported = (length + ENTRY - 1) / ENTRY, held = (area - HEADER) / ENTRY;
     if (reported > held) {
-        stop(0, s.word(4) + ": " + std::to_string(reported) + " reported, " + std::to_string(held) + " read\n");
+        out_.printed +=
+            s.word(4).substr(1) + ": " + std::to_string(reported) + " reported, " + std::to_string(held) + " read\n";
     }
     const std::string bytes = frame_.records["REPORT_LUNS"] + std::string(LARGE_AREA, '\0');
-    std::vector<SD_UINT32> luns;
-    for (SD_UINT32 at = HEADER; at < std::min(length + HEADER, area); at += ENTRY) {
-        luns.push_back(unhexNumber(hex(bytes.data() + at, 2)));
-    }
-    if (length == 0) {
-        luns.push_back(0);
-    }
-    for (SD_UINT32 lun : luns) {
-        if (SD_UINT32 missing = lookUp(s.word(5), "(I)V", s.word(6)); missing != 0) {
-            ignore(missing);
-            return commandStatus;
+    // A list without entries stands for unit 0.
+    for (SD_UINT32 i = 0; i < std::clamp(reported, 1U, held) && status_ == 0; ++i) {
+        const std::string lun = length == 0 ? "0" : hex(bytes.data() + HEADER + i * ENTRY, 2);
+        if (lookUp(s.word(5), "(I)V", s.word(6))) {
+            call(s.word(5) + " " + std::to_string(unhexNumber(lun)));
         }
-        event("call " + nameOf(frame_.current) + " " + s.word(5) + " " + std::to_string(lun));
     }
-    return 0;
+    if (status_ != 0) {
+        forget();
+        status_ = frame_.last;
+    }
 }
 
 // Without a line, a file name that cannot be had only keeps the operation from being called.
-SD_UINT32 ExpansionRun::chars(const std::string &line)
+void ExpansionRun::chars(const std::string &line)
 {
     const bool null = frame_.objects.at("fileName").null;
     frame_.hasChars = !null && !event("chars \"" + std::string(FILE_NAME) + "\"", true);
-    if (frame_.hasChars || line.empty()) {
-        return frame_.hasChars || null ? 0 : ignore(ERR_JNI_NULL);
+    failIf(!frame_.hasChars && (!line.empty() || !null), ERR_JNI_NULL, line);
+    if (line.empty()) {
+        forget();
     }
-    return stop(ERR_JNI_NULL, line);
 }
 
 Expectation ExpansionRun::of(const Statement &method, unsigned nulls)
@@ -354,17 +300,16 @@ Expectation ExpansionRun::of(const Statement &method, unsigned nulls)
             nameOf(frame_.objects[word]);
         }
     }
-    const bool files = frame_.objects.contains("fileName");
-    const SD_UINT32 status = run(method.body);
-    if (files && frame_.hasChars) {
+    run(method.body);
+    if (frame_.objects.contains("fileName") && frame_.hasChars) {
         event("give back \"" + std::string(FILE_NAME) + "\"");
     }
-    out_.result = kind == "nothing"                                    ? "done"
-                  : kind == "boolean"                                  ? (status == 0 ? "true" : "false")
-                  : status != 0 && kind != "status" && kind != "count" ? "null"
-                  : kind == "text"                                     ? frame_.text
-                  : kind == "object"                                   ? nameOf(frame_.objects[frame_.made])
-                  : kind == "count" && status == 0                     ? hex(frame_.numbers["count"])
-                                                                       : hex(status);
+    out_.result = kind == "nothing"                                       ? "done"
+                  : kind == "boolean"                                     ? (status_ == 0 ? "true" : "false")
+                  : kind == "status" || (kind == "count" && status_ != 0) ? hex(status_)
+                  : kind == "count"                                       ? hex(frame_.numbers["count"])
+                  : status_ != 0                                          ? "null"
+                  : kind == "text"                                        ? frame_.text
+                                                                          : nameOf(frame_.objects[frame_.made]);
     return out_;
 }

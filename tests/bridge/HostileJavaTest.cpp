@@ -88,11 +88,11 @@ long residentMemory()
 Answer adapterAnswer(const Operation &operation)
 {
     if (operation.name == "SDOpenDeviceiSCSI") {
-        return {0, "", handleOf(jint(operation.index))};
+        return {0, "", handleOf(jint(operation.handle))};
     }
     for (jint dev = 0; dev < 32; ++dev) {
         if (operation.handle == handleOf(dev)) {
-            bool another = operation.name == "SDSetDDBEntry" && operation.index != SD_UINT32(dev);
+            bool another = operation.name == "SDSetDDBEntry" && operation.number != SD_UINT32(dev);
             return {another ? 0xbadU : 0U, std::string(operation.outSize, char('A' + dev)), 5};
         }
     }

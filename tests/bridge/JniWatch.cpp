@@ -3,10 +3,11 @@
 #include "ScriptedLibrary.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 extern "C" void *__real_malloc(size_t size);
 extern "C" void __real_free(void *block);
@@ -17,37 +18,15 @@ thread_local JniWatch *currentWatch = nullptr;
 
 constexpr const char *OUT_OF_MEMORY = "java/lang/OutOfMemoryError";
 
-// The functions that the bridge has no business with.
-template <std::size_t Slot>
+// In the place of the functions that the bridge has no business with.
 void forbidden()
 {
-    giveUp("a JNI function outside the bridge's list was called: entry " + std::to_string(Slot) + " of the table");
-}
-
-template <std::size_t... Slots>
-JNINativeInterface_ forbiddenTable(std::index_sequence<Slots...> /*slots*/)
-{
-    void *entries[] = {reinterpret_cast<void *>(&forbidden<Slots>)...};
-    JNINativeInterface_ table;
-    std::memcpy(&table, entries, sizeof table);
-    return table;
-}
-
-std::string escaped(const std::string &raw)
-{
-    std::string out;
-    for (char c : raw) {
-        if (c == '\n') {
-            out += "\\n";
-        } else {
-            out += c;
-        }
-    }
-    return out;
+    giveUp("a JNI function outside the bridge's list was called");
 }
 } // namespace
 
-// The table's functions. Each finds its watch by the environment it is called with.
+// The table's functions. Each finds its watch by the environment it is called with. The VM itself ends the program when
+// it is called with null for a class, an object or a method.
 struct WatchedTable {
     static JniWatch &watch(JNIEnv *env)
     {
@@ -72,10 +51,6 @@ struct WatchedTable {
     {
         JniWatch &w = watch(env);
         w.fails(nullptr, [&] { return "class " + w.nameOf(object); });
-        if (object == nullptr) {
-            w.breach("GetObjectClass of null");
-            return nullptr;
-        }
         return w.made(w.vm_->GetObjectClass(object));
     }
 
@@ -83,10 +58,6 @@ struct WatchedTable {
     {
         JniWatch &w = watch(env);
         ++w.counts.lookups;
-        if (cls == nullptr) {
-            w.breach(std::string("lookup of ") + name + " on a null class");
-            return nullptr;
-        }
         if (w.fails("java/lang/NoSuchMethodError",
                     [&] { return "lookup " + w.className(cls) + " " + name + " " + signature; })) {
             return nullptr;
@@ -106,74 +77,55 @@ struct WatchedTable {
     static jobject JNICALL newObjectV(JNIEnv *env, jclass cls, jmethodID id, va_list values)
     {
         JniWatch &w = watch(env);
-        if (id == nullptr || cls == nullptr) {
-            w.breach("NewObject with a null constructor or class");
-            return nullptr;
-        }
         if (w.fails(OUT_OF_MEMORY, [&] { return "create " + w.className(cls); })) {
             return nullptr;
         }
         return w.made(w.vm_->NewObjectV(cls, id, values));
     }
 
-    // What all calls have in common: written down, counted, and refused when the method or the object is null.
-    static bool refused(JniWatch &w, jobject object, jmethodID id, char result, va_list values, bool canFail)
+    // What all calls have in common: written down, counted, and carried out by the VM unless they fail.
+    template <typename Work>
+    static void call(JNIEnv *env, jobject object, jmethodID id, char result, va_list values, const Work &carryOut)
     {
+        JniWatch &w = watch(env);
         ++w.counts.calls;
-        if (id == nullptr || object == nullptr) {
-            w.breach("call with a null method or object");
-            return true;
-        }
         const JniWatch::Method &method = w.method(object, id, result);
-        return w.fails(canFail || w.leavePending ? "java/lang/IllegalStateException" : nullptr,
-                       [&] { return "call " + w.nameOf(object) + " " + method.name + w.arguments(method, values); });
+        const bool canFail = result == 'L' || w.leavePending;
+        va_list copy;
+        va_copy(copy, values);
+        if (!w.fails(canFail ? "java/lang/IllegalStateException" : nullptr,
+                     [&] { return "call " + w.nameOf(object) + " " + method.name + w.arguments(method, copy); })) {
+            carryOut(w);
+            w.mustNotThrow();
+        }
+        va_end(copy);
     }
 
     static void JNICALL callVoid(JNIEnv *env, jobject object, jmethodID id, va_list values)
     {
-        JniWatch &w = watch(env);
-        va_list copy;
-        va_copy(copy, values);
-        if (!refused(w, object, id, 'V', copy, false)) {
-            w.vm_->CallVoidMethodV(object, id, values);
-            w.mustNotThrow();
-        }
-        va_end(copy);
+        call(env, object, id, 'V', values, [&](JniWatch &w) { w.vm_->CallVoidMethodV(object, id, values); });
     }
 
     static jobject JNICALL callObject(JNIEnv *env, jobject object, jmethodID id, va_list values)
     {
-        JniWatch &w = watch(env);
-        va_list copy;
-        va_copy(copy, values);
         jobject result = nullptr;
-        if (!refused(w, object, id, 'L', copy, true)) {
-            result = w.made(w.vm_->CallObjectMethodV(object, id, values));
-            w.mustNotThrow();
-        }
-        va_end(copy);
+        call(env, object, id, 'L', values,
+             [&](JniWatch &w) { result = w.made(w.vm_->CallObjectMethodV(object, id, values)); });
         return result;
     }
 
     template <typename T, char Letter, T (JNIEnv::*Call)(jobject, jmethodID, va_list)>
     static T JNICALL callNumber(JNIEnv *env, jobject object, jmethodID id, va_list values)
     {
-        JniWatch &w = watch(env);
-        va_list copy;
-        va_copy(copy, values);
         T result = 0;
-        if (!refused(w, object, id, Letter, copy, false)) {
-            result = (w.vm_->*Call)(object, id, values);
-            w.mustNotThrow();
-        }
-        va_end(copy);
+        call(env, object, id, Letter, values, [&](JniWatch &w) { result = (w.vm_->*Call)(object, id, values); });
         return result;
     }
 
     static jstring JNICALL newStringUTF(JNIEnv *env, const char *text)
     {
         JniWatch &w = watch(env);
-        if (w.fails(OUT_OF_MEMORY, [&] { return "string \"" + escaped(text) + "\""; })) {
+        if (w.fails(OUT_OF_MEMORY, [&] { return "string \"" + std::string(text) + "\""; })) {
             return nullptr;
         }
         return w.made(w.vm_->NewStringUTF(text));
@@ -182,10 +134,6 @@ struct WatchedTable {
     static const char *JNICALL getStringUTFChars(JNIEnv *env, jstring string, jboolean *isCopy)
     {
         JniWatch &w = watch(env);
-        if (string == nullptr) {
-            w.breach("GetStringUTFChars of null");
-            return nullptr;
-        }
         if (w.fails(OUT_OF_MEMORY, [&] { return "chars " + w.nameOf(string); })) {
             return nullptr;
         }
@@ -237,10 +185,6 @@ struct WatchedTable {
     static T *JNICALL getElements(JNIEnv *env, Array array, jboolean *isCopy)
     {
         JniWatch &w = watch(env);
-        if (array == nullptr) {
-            w.breach("elements of a null array");
-            return nullptr;
-        }
         jsize length = w.vm_->GetArrayLength(array);
         if (w.fails(OUT_OF_MEMORY, [&] { return "borrow " + std::to_string(length); })) {
             return nullptr;
@@ -274,10 +218,6 @@ struct WatchedTable {
     static jsize JNICALL getArrayLength(JNIEnv *env, jarray array)
     {
         JniWatch &w = watch(env);
-        if (array == nullptr) {
-            w.breach("length of a null array");
-            return 0;
-        }
         w.fails(nullptr, [&] { return std::string("length"); });
         return w.vm_->GetArrayLength(array);
     }
@@ -334,8 +274,9 @@ struct WatchedTable {
     static const JNINativeInterface_ *table()
     {
         static const JNINativeInterface_ functions = [] {
-            constexpr std::size_t entries = sizeof(JNINativeInterface_) / sizeof(void *);
-            JNINativeInterface_ t = forbiddenTable(std::make_index_sequence<entries>());
+            std::array<void *, sizeof(JNINativeInterface_) / sizeof(void *)> entries;
+            entries.fill(reinterpret_cast<void *>(&forbidden));
+            auto t = std::bit_cast<JNINativeInterface_>(entries);
             t.FindClass = findClass;
             t.GetObjectClass = getObjectClass;
             t.GetMethodID = getMethodID;
@@ -404,17 +345,13 @@ JniWatch *JniWatch::current()
 
 bool JniWatch::step(bool canFail, const std::function<std::string()> &text)
 {
-    std::string line;
-    if (recording) {
-        line = text();
+    if (!recording) {
+        return false;
     }
-    bool fail = canFail && (++fallible == failNth || (recording && long(events.size()) == failEvent));
+    const bool fail = canFail && long(events.size()) == failEvent;
+    events.push_back(text());
     if (fail) {
-        failed = true;
-        failedAt = recording ? line : text();
-    }
-    if (recording) {
-        events.push_back(line);
+        failedAt = events.back();
     }
     return fail;
 }

@@ -1,6 +1,6 @@
 // A JNIEnv of the tests' own, in front of the VM's: the code under test gets its function table, every call is carried
 // out by the real VM, and on the way it is written down, counted, kept on the books and, when a test asks, made to
-// fail. Functions that the bridge has no business with end the program and name their place in the table.
+// fail. Functions that the bridge has no business with end the program.
 #pragma once
 
 #include <jni.h>
@@ -49,14 +49,9 @@ public:
     std::string printed;  // everything that the code under test printed
     std::string breaches; // what no program may do; empty is the only good value
 
-    // Faults: the event with this number (from 0), or the n-th thing that can fail (from 1) fails.
-    static constexpr long NONE = -1;
-    long failEvent = NONE;
-    long failNth = NONE;
+    long failEvent = -1;       // the event with this number (from 0) fails
     bool leavePending = false; // the failing JNI call also leaves the error pending that the VM would raise
-    long fallible = 0;         // things that could have failed so far
-    bool failed = false;       // the fault has been met
-    std::string failedAt;      // and where
+    std::string failedAt;      // the event that failed
 
     Counts counts;
     long heapBlocks = 0;             // blocks allocated and not freed

@@ -72,22 +72,11 @@ std::string JniWatch::arguments(const Method &method, va_list values)
 {
     std::string out;
     for (std::size_t at = 1; method.signature[at] != ')'; ++at) {
-        switch (method.signature[at]) {
-        case 'J':
-            out += " " + std::to_string(va_arg(values, jlong));
-            break;
-        case '[':
-            ++at;
-            out += " " + nameOf(va_arg(values, jobject));
-            break;
-        case 'L':
-            at = method.signature.find(';', at);
-            out += " " + nameOf(va_arg(values, jobject));
-            break;
-        default:
-            out += " " + std::to_string(va_arg(values, jint));
-            break;
-        }
+        const std::size_t type = at;
+        at = method.signature.find_first_not_of('[', at);
+        const bool isClass = method.signature[at] == 'L';
+        at = isClass ? method.signature.find(';', at) : at;
+        out += " " + (isClass || at > type ? nameOf(va_arg(values, jobject)) : std::to_string(va_arg(values, jint)));
     }
     return out;
 }

@@ -155,7 +155,7 @@ std::string Statement::after(const std::string &word) const
 std::string Statement::quoted() const
 {
     auto found = std::ranges::find_if(words, [](const std::string &word) { return word[0] == '"'; });
-    return found == words.end() ? "" : found->substr(1);
+    return found == words.end() ? "" : *found;
 }
 
 const Layout &MethodTable::record(const std::string &name) const

@@ -23,7 +23,7 @@ struct Statement {
     bool has(const std::string &word) const;
     // The word after a given one, empty when it is not there.
     std::string after(const std::string &word) const;
-    // The first quoted text, without the quote; empty when there is none.
+    // The first quoted text; empty when there is none.
     std::string quoted() const;
 };
 

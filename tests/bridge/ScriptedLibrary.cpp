@@ -87,188 +87,135 @@ SD_UINT32 ScriptedLibrary::run(const Operation &operation)
 
 namespace
 {
-template <typename... Numbers>
-std::string words(Numbers... numbers)
-{
-    std::string out;
-    ((out += " " + hex(SD_UINT32(numbers))), ...);
-    return out;
-}
-
-std::string record(const void *bytes, std::size_t size)
-{
-    return " [" + hex(bytes, size) + "]";
-}
-
+// What the library fills; most records have to arrive as zeros.
+struct Room {
+    void *bytes;
+    std::size_t size;
+    bool cleared = true;
+};
 template <typename Record>
-SD_UINT32 read(const char *name, SDMGT_HANDLE handle, Record *out, const std::string &arguments = "",
-               SD_UINT32 index = 0, bool cleared = true)
+Room fills(Record *record)
 {
-    return library().run({name, handle, arguments, out, sizeof *out, nullptr, index, cleared});
+    return {record, sizeof *record};
 }
 
+// What the bridge hands in.
+struct Handed {
+    const void *bytes;
+    std::size_t size;
+};
 template <typename Record>
-SD_UINT32 write(const char *name, SDMGT_HANDLE handle, const Record *in, const std::string &arguments = "",
-                SD_UINT32 index = 0)
+Handed handed(const Record *records, std::size_t count = 1)
 {
-    return library().run({name, handle, record(in, sizeof *in) + arguments, nullptr, 0, nullptr, index});
+    return {records, count * sizeof *records};
 }
 
-SD_UINT32 scsi(const char *name, SDMGT_HANDLE handle, const TARGETINFORMATION *target, void *out, SD_UINT32 size,
-               void *sense, SD_UINT32 senseSize)
+// Fills the sense data, which is not for Java, with rubbish. Returns its size.
+SD_UINT32 spoilt(void *sense, SD_UINT32 size)
 {
-    std::memset(sense, 0x5e, senseSize);
-    return library().run({name, handle, record(target, sizeof *target) + words(size, senseSize), out, size, nullptr,
-                          target->LUN, false});
+    std::memset(sense, 0x5e, size);
+    return size;
+}
+
+void add(Operation &operation, const Room &room)
+{
+    operation.out = room.bytes;
+    operation.outSize = room.size;
+    operation.cleared = room.cleared;
+}
+
+void add(Operation &operation, const Handed &handed)
+{
+    operation.arguments += " [" + hex(handed.bytes, handed.size) + "]";
+}
+
+void add(Operation &operation, const char *name)
+{
+    operation.arguments += " \"" + std::string(name) + "\"";
+}
+
+void add(Operation &operation, SD_UINT32 *count)
+{
+    operation.count = count;
+}
+
+void add(Operation &operation, SD_UINT32 number)
+{
+    operation.arguments += " " + hex(number);
+    operation.number = number;
+}
+
+template <typename... Crossing>
+SD_UINT32 run(const char *name, SDMGT_HANDLE handle, const Crossing &...crossing)
+{
+    Operation operation;
+    operation.name = name;
+    operation.handle = handle;
+    (add(operation, crossing), ...);
+    return library().run(operation);
 }
 } // namespace
 
-// A type cannot stand in parentheses. NOLINTBEGIN(bugprone-macro-parentheses)
-// The operations that fill one record, and those that are handed one, and take nothing else.
-#define FILLS(name, Record)                                                                                            \
-    SD_UINT32 name(SDMGT_HANDLE handle, Record *out)                                                                   \
+// A list of parameters cannot stand in more parentheses. NOLINTBEGIN(bugprone-macro-parentheses)
+// An operation, its parameters and what of them crosses, in the order of the journal.
+#define OPERATION(name, parameters, ...)                                                                               \
+    SD_UINT32 name parameters                                                                                          \
     {                                                                                                                  \
-        return read(#name, handle, out);                                                                               \
+        return run(#name, __VA_ARGS__);                                                                                \
     }
-#define TAKES(name, Record)                                                                                            \
-    SD_UINT32 name(SDMGT_HANDLE handle, Record *in)                                                                    \
-    {                                                                                                                  \
-        return write(#name, handle, in);                                                                               \
-    }
-FILLS(SDGetHbaDeviceNodePropertyiSCSI, HBAISCSINODE)
-FILLS(SDGetHbaDeviceDriverPropertyiSCSI, DRIVERINFO)
-FILLS(SDGetHbaDeviceChipPropertyiSCSI, CHIPINFO)
-FILLS(SDGetDefaultDDBEntry, DEVICEENTRYISCSI)
-TAKES(SDSendiSCSILogout, LOGOUTISCSI)
-FILLS(SDGetInitFW, INITFWISCSI)
-TAKES(SDSetInitFW, INITFWISCSI)
-FILLS(SDGetFWDefaults, INITFWISCSI)
-FILLS(SDSetFWDefaults, INITFWISCSI)
-TAKES(SDResetHBA, HBARESET)
-TAKES(SDDiagPing, PING)
-FILLS(SDGetStatisticsiSCSI, HBAPORTSTATISCSI)
-FILLS(SDGet_iSNSDiscoveryConfig, SDM_ISNS_CONFIG)
+
+OPERATION(SDOpenDeviceiSCSI, (SD_UINT32 adapter, SDMGT_HANDLE *handle), adapter, handle)
+OPERATION(SDCloseDeviceiSCSI, (SDMGT_HANDLE handle), handle)
+OPERATION(SDGetVersioniSCSI, (char *text, SD_UINT32 size), 0, size, Room{text, size})
+OPERATION(SDEnableDebugTraceiSCSI, (SDMGT_HANDLE * handle, const char *name, SD_UINT32 mask), *handle, name, mask)
+OPERATION(SDGetHbaDeviceNodePropertyiSCSI, (SDMGT_HANDLE handle, HBAISCSINODE *node), handle, fills(node))
+OPERATION(SDGetHbaDevicePortalPropertyiSCSI, (SDMGT_HANDLE handle, SD_UINT32 port, HBAISCSIPORTAL *portal), handle,
+          port, fills(portal))
+OPERATION(SDGetHbaDeviceDriverPropertyiSCSI, (SDMGT_HANDLE handle, DRIVERINFO *driver), handle, fills(driver))
+OPERATION(SDGetHbaDeviceChipPropertyiSCSI, (SDMGT_HANDLE handle, CHIPINFO *chip), handle, fills(chip))
+OPERATION(SDGetDDBEntryNum, (SDMGT_HANDLE handle, SD_UINT32 *count), handle, count)
+OPERATION(SDGetDDBEntry, (SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index), handle, fills(entry), index)
+OPERATION(SDGetDefaultDDBEntry, (SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry), handle, fills(entry))
+OPERATION(SDGetInitialDDBEntry, (SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index), handle, fills(entry),
+          index)
+OPERATION(SDSetDDBEntry, (SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index), handle, handed(entry), index)
+OPERATION(SDSendiSCSILogout, (SDMGT_HANDLE handle, LOGOUTISCSI *logout), handle, handed(logout))
+OPERATION(SDGetDiscPortalPropertyiSCSI,
+          (SDMGT_HANDLE handle, SD_UINT32 port, SD_UINT32 target, SD_UINT32 zero, DISCISCSIPORTAL *portal), handle,
+          port, target, zero, fills(portal))
+OPERATION(SDGetDiscNodePropertyiSCSI,
+          (SDMGT_HANDLE handle, SD_UINT32 bus, SD_UINT32 target, SD_UINT32 zero, DISCISCSINODE *node), handle, bus,
+          target, zero, Room{node, sizeof *node, false})
+OPERATION(SDGetInitFW, (SDMGT_HANDLE handle, INITFWISCSI *block), handle, fills(block))
+OPERATION(SDSetInitFW, (SDMGT_HANDLE handle, INITFWISCSI *block), handle, handed(block))
+OPERATION(SDGetFWDefaults, (SDMGT_HANDLE handle, INITFWISCSI *block), handle, fills(block))
+OPERATION(SDSetFWDefaults, (SDMGT_HANDLE handle, INITFWISCSI *block), handle, fills(block))
+OPERATION(SDUpdateiSCSIFW, (SDMGT_HANDLE handle, const char *name, SD_UINT32 type), handle, name, type)
+OPERATION(SDResetHBA, (SDMGT_HANDLE handle, HBARESET *request), handle, handed(request))
+OPERATION(SDResetStatisticsiSCSI, (SDMGT_HANDLE handle, SD_UINT32 port), handle, port)
+OPERATION(SDGetCrashRecord, (SDMGT_HANDLE handle, const char *name), handle, name)
+OPERATION(SDDiagPing, (SDMGT_HANDLE handle, PING *request), handle, handed(request))
+OPERATION(SDSendScsiReportLunsCmdiSCSI,
+          (SDMGT_HANDLE handle, TARGETINFORMATION *target, void *out, SD_UINT32 size, void *sense, SD_UINT32 senseSize),
+          handle, handed(target), size, spoilt(sense, senseSize), Room{out, size, false})
+OPERATION(SDSendScsiInquiryCmdiSCSI,
+          (SDMGT_HANDLE handle, TARGETINFORMATION *target, void *out, SD_UINT32 size, void *sense, SD_UINT32 senseSize),
+          handle, handed(target), size, spoilt(sense, senseSize), Room{out, size, false})
+OPERATION(SDSendScsiReadCapacityCmdiSCSI,
+          (SDMGT_HANDLE handle, TARGETINFORMATION *target, READ_CAPACITY_DATA *out, SD_UINT32 size, void *sense,
+           SD_UINT32 senseSize),
+          handle, handed(target), size, spoilt(sense, senseSize), Room{out, size, false})
+OPERATION(SDGetStatisticsiSCSI, (SDMGT_HANDLE handle, HBAPORTSTATISCSI *statistics), handle, fills(statistics))
+OPERATION(SDGetLogs, (SDMGT_HANDLE handle, SD_UINT32 type, SD_UINT32 *count, void *entries), handle, type, *count,
+          count, Room{entries, LOG_CAPACITY *(type == LOG_ARP ? sizeof(ARPTABLE) : sizeof(CONNERRTABLE))})
+OPERATION(SDGetCHAPEntryNum, (SDMGT_HANDLE handle, SD_UINT32 *count), handle, count)
+OPERATION(SDGetCHAPTable, (SDMGT_HANDLE handle, CHAPTABLE *table, SD_UINT32 *count), handle, *count, count,
+          Room{table, CHAP_CAPACITY * sizeof(CHAPTABLE)})
+OPERATION(SDSetCHAPTable, (SDMGT_HANDLE handle, CHAPTABLE *table, SD_UINT32 *count), handle, handed(table, *count),
+          *count)
+OPERATION(SDGet_iSNSDiscoveryConfig, (SDMGT_HANDLE handle, SDM_ISNS_CONFIG *config), handle, fills(config))
+OPERATION(SDSet_iSNSDiscoveryConfig, (SDMGT_HANDLE handle, SDM_ISNS_CONFIG config), handle, handed(&config))
+OPERATION(SDGetAlliSNSDiscoveredTargets,
+          (SDMGT_HANDLE handle, SD_UINT32 *count, SDM_ISNS_DISCOVERED_TARGET *targets, SD_UINT32 size), handle, *count,
+          size, count, Room{targets, size})
 // NOLINTEND(bugprone-macro-parentheses)
-
-SD_UINT32 SDOpenDeviceiSCSI(SD_UINT32 adapterIndex, SDMGT_HANDLE *handle)
-{
-    return library().run({"SDOpenDeviceiSCSI", adapterIndex, "", nullptr, 0, handle, adapterIndex});
-}
-
-SD_UINT32 SDCloseDeviceiSCSI(SDMGT_HANDLE handle)
-{
-    return library().run({"SDCloseDeviceiSCSI", handle, ""});
-}
-
-SD_UINT32 SDGetVersioniSCSI(char *versionText, SD_UINT32 size)
-{
-    return library().run({"SDGetVersioniSCSI", 0, words(size), versionText, size});
-}
-
-SD_UINT32 SDEnableDebugTraceiSCSI(SDMGT_HANDLE *handle, const char *fileName, SD_UINT32 mask)
-{
-    return library().run({"SDEnableDebugTraceiSCSI", *handle, " \"" + std::string(fileName) + "\"" + words(mask)});
-}
-
-SD_UINT32 SDGetHbaDevicePortalPropertyiSCSI(SDMGT_HANDLE handle, SD_UINT32 port, HBAISCSIPORTAL *portal)
-{
-    return read("SDGetHbaDevicePortalPropertyiSCSI", handle, portal, words(port));
-}
-
-SD_UINT32 SDGetDDBEntryNum(SDMGT_HANDLE handle, SD_UINT32 *count)
-{
-    return library().run({"SDGetDDBEntryNum", handle, "", nullptr, 0, count});
-}
-
-SD_UINT32 SDGetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index)
-{
-    return read("SDGetDDBEntry", handle, entry, words(index), index);
-}
-
-SD_UINT32 SDGetInitialDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index)
-{
-    return read("SDGetInitialDDBEntry", handle, entry, words(index), index);
-}
-
-SD_UINT32 SDSetDDBEntry(SDMGT_HANDLE handle, DEVICEENTRYISCSI *entry, SD_UINT32 index)
-{
-    return write("SDSetDDBEntry", handle, entry, words(index), index);
-}
-
-SD_UINT32 SDGetDiscPortalPropertyiSCSI(SDMGT_HANDLE handle, SD_UINT32 port, SD_UINT32 target, SD_UINT32 reserved,
-                                       DISCISCSIPORTAL *portal)
-{
-    return read("SDGetDiscPortalPropertyiSCSI", handle, portal, words(port, target, reserved), target);
-}
-
-SD_UINT32 SDGetDiscNodePropertyiSCSI(SDMGT_HANDLE handle, SD_UINT32 bus, SD_UINT32 targetId, SD_UINT32 reserved,
-                                     DISCISCSINODE *node)
-{
-    return read("SDGetDiscNodePropertyiSCSI", handle, node, words(bus, targetId, reserved), targetId, false);
-}
-
-SD_UINT32 SDUpdateiSCSIFW(SDMGT_HANDLE handle, const char *fileName, SD_UINT32 imageType)
-{
-    return library().run({"SDUpdateiSCSIFW", handle, " \"" + std::string(fileName) + "\"" + words(imageType)});
-}
-
-SD_UINT32 SDResetStatisticsiSCSI(SDMGT_HANDLE handle, SD_UINT32 port)
-{
-    return library().run({"SDResetStatisticsiSCSI", handle, words(port)});
-}
-
-SD_UINT32 SDGetCrashRecord(SDMGT_HANDLE handle, const char *fileName)
-{
-    return library().run({"SDGetCrashRecord", handle, " \"" + std::string(fileName) + "\""});
-}
-
-SD_UINT32 SDSendScsiReportLunsCmdiSCSI(SDMGT_HANDLE handle, TARGETINFORMATION *target, void *response,
-                                       SD_UINT32 responseSize, void *sense, SD_UINT32 senseSize)
-{
-    return scsi("SDSendScsiReportLunsCmdiSCSI", handle, target, response, responseSize, sense, senseSize);
-}
-
-SD_UINT32 SDSendScsiInquiryCmdiSCSI(SDMGT_HANDLE handle, TARGETINFORMATION *target, void *response,
-                                    SD_UINT32 responseSize, void *sense, SD_UINT32 senseSize)
-{
-    return scsi("SDSendScsiInquiryCmdiSCSI", handle, target, response, responseSize, sense, senseSize);
-}
-
-SD_UINT32 SDSendScsiReadCapacityCmdiSCSI(SDMGT_HANDLE handle, TARGETINFORMATION *target, READ_CAPACITY_DATA *response,
-                                         SD_UINT32 responseSize, void *sense, SD_UINT32 senseSize)
-{
-    return scsi("SDSendScsiReadCapacityCmdiSCSI", handle, target, response, responseSize, sense, senseSize);
-}
-
-SD_UINT32 SDGetLogs(SDMGT_HANDLE handle, SD_UINT32 logType, SD_UINT32 *count, void *entries)
-{
-    std::size_t size = LOG_CAPACITY * (logType == LOG_ARP ? sizeof(ARPTABLE) : sizeof(CONNERRTABLE));
-    return library().run({"SDGetLogs", handle, words(logType, *count), entries, size, count, logType});
-}
-
-SD_UINT32 SDGetCHAPEntryNum(SDMGT_HANDLE handle, SD_UINT32 *count)
-{
-    return library().run({"SDGetCHAPEntryNum", handle, "", nullptr, 0, count});
-}
-
-SD_UINT32 SDGetCHAPTable(SDMGT_HANDLE handle, CHAPTABLE *table, SD_UINT32 *count)
-{
-    return library().run({"SDGetCHAPTable", handle, words(*count), table, CHAP_CAPACITY * sizeof(CHAPTABLE), count});
-}
-
-SD_UINT32 SDSetCHAPTable(SDMGT_HANDLE handle, CHAPTABLE *table, SD_UINT32 *count)
-{
-    return library().run(
-        {"SDSetCHAPTable", handle, record(table, *count * sizeof *table) + words(*count), nullptr, 0, nullptr, *count});
-}
-
-SD_UINT32 SDSet_iSNSDiscoveryConfig(SDMGT_HANDLE handle, SDM_ISNS_CONFIG config)
-{
-    return write("SDSet_iSNSDiscoveryConfig", handle, &config);
-}
-
-SD_UINT32 SDGetAlliSNSDiscoveredTargets(SDMGT_HANDLE handle, SD_UINT32 *count, SDM_ISNS_DISCOVERED_TARGET *targets,
-                                        SD_UINT32 size)
-{
-    return library().run({"SDGetAlliSNSDiscoveredTargets", handle, words(*count, size), targets, size, count, size});
-}

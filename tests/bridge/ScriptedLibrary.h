@@ -20,13 +20,13 @@ struct Answer {
 // One call, as the answering function sees it.
 struct Operation {
     std::string name;
-    SDMGT_HANDLE handle = 0;
-    std::string arguments; // for the journal
+    SDMGT_HANDLE handle = 0; // the adapter's index when it is opened
+    std::string arguments;   // for the journal
     void *out = nullptr;
     std::size_t outSize = 0;
     SD_UINT32 *count = nullptr;
-    SD_UINT32 index = 0; // the entry, target or adapter asked for
-    bool cleared = true; // the out record is expected to arrive as zeros
+    SD_UINT32 number = 0; // the last one handed in
+    bool cleared = true;  // the out record is expected to arrive as zeros
 };
 
 class ScriptedLibrary

@@ -32,6 +32,11 @@ std::string SeededValues::number(unsigned bits)
     return std::to_string(static_cast<std::int32_t>(random_()) >> (32 - bits));
 }
 
+std::string SeededValues::flag()
+{
+    return std::to_string(random_() & 1U);
+}
+
 std::string SeededValues::shorts(std::size_t count)
 {
     std::string out;

@@ -16,6 +16,8 @@ public:
     std::string text(std::size_t length);
     // A number with as many bits, its sign included, in decimal digits.
     std::string number(unsigned bits);
+    // 0 or 1.
+    std::string flag();
     // `count` numbers of 16 bits.
     std::string shorts(std::size_t count);
     // A record whose every byte is set. A text ends within its field and rubbish follows, or it fills the field.

@@ -33,7 +33,7 @@ void openAdapters(JNIEnv *env)
 {
     auto responder = library().responder;
     library().responder = [](const Operation &operation) {
-        return Answer{0, "", handleOf(jint(operation.index))};
+        return Answer{0, "", handleOf(jint(operation.handle))};
     };
     for (jint dev = 0; dev < 32; ++dev) {
         Java_com_varden_tavo_iscsi_jni_ApiWrapper_openDevice(env, nullptr, dev);
@@ -178,8 +178,6 @@ Outcome call(World &world, const std::function<void(JniWatch &)> &arrange)
     mustBeNone(world.method.name == std::string("setCHAPTableData") ? long(watch.unwiped) : 0,
                "blocks of secrets freed");
     out.pending = watch.pending();
-    out.failed = watch.failed;
     out.counts = watch.counts;
-    out.failedAt = watch.failedAt;
     return out;
 }

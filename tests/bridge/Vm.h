@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -17,6 +18,19 @@ JNIEnv *vmEnv();
 
 // Ends the program when a Java error is pending: the tests' own Java calls must not fail.
 void mustBeClear(JNIEnv *env, const std::string &doing);
+
+// Calls work() while a stub stands in for one function of the VM.
+template <typename Function, typename Work>
+void withStub(Function JNINativeInterface_::*function, std::type_identity_t<Function> stub, const Work &work)
+{
+    JNIEnv *env = vmEnv();
+    const JNINativeInterface_ *real = env->functions;
+    JNINativeInterface_ functions = *real;
+    functions.*function = stub;
+    env->functions = &functions;
+    work(env);
+    env->functions = real;
+}
 
 // One native method and how to call it.
 struct World;
@@ -65,9 +79,7 @@ struct Outcome {
     std::string printed;
     std::string left; // what no call may do or leave behind, empty when there is nothing
     bool pending = false;
-    bool failed = false; // the fault was met
     Counts counts;
-    std::string failedAt;
 };
 
 // Calls the world's method under a watch that `arrange` may set up. The stack below is full of rubbish.

@@ -17,8 +17,6 @@ void __real_free(void *block);
 void *__wrap_malloc(size_t size);
 void __wrap_free(void *block);
 int __wrap_printf(const char *format, ...) __attribute__((format(printf, 1, 2)));
-int __wrap_puts(const char *text);
-int __wrap_putchar(int character);
 }
 
 namespace
@@ -75,14 +73,4 @@ int __wrap_printf(const char *format, ...)
         std::cout << text << std::flush;
     }
     return length;
-}
-
-int __wrap_puts(const char *text)
-{
-    return __wrap_printf("%s\n", text);
-}
-
-int __wrap_putchar(int character)
-{
-    return __wrap_printf("%c", character);
 }

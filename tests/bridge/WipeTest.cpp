@@ -1,5 +1,5 @@
 // No CHAP secret stays in memory that the bridge gives back: the table read from the adapter and the text made of each
-// secret. The table that is written lies on the heap, where the fault sweep looks.
+// secret. The table that is written lies on the heap, where every call looks.
 #include "JavaAccess.h"
 #include "ScriptedLibrary.h"
 #include "Vm.h"
@@ -49,19 +49,17 @@ const char *lastText = nullptr;
 
 TEST(Wipe, theTextOfASecret)
 {
-    JNIEnv *env = vmEnv();
-    const JNINativeInterface_ *real = env->functions;
-    JNINativeInterface_ functions = *real;
-    functions.NewStringUTF = [](JNIEnv *, const char *text) -> jstring {
+    const auto noText = [](JNIEnv *, const char *text) -> jstring {
         lastText = text;
         return nullptr;
     };
     std::array<SD_UINT8, 100> secret{};
     secret.fill(SECRET);
-    env->functions = &functions;
-    const Local<jstring> made = newText(env, secret);
-    const std::size_t left = secretsIn(lastText, secret.size());
-    env->functions = real;
+    std::size_t left = secret.size();
+    withStub(&JNINativeInterface_::NewStringUTF, noText, [&](JNIEnv *env) {
+        newText(env, secret);
+        left = secretsIn(lastText, secret.size());
+    });
     EXPECT_EQ(left, 0U);
 }
 } // namespace

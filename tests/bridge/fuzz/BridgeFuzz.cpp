@@ -6,47 +6,32 @@
 #include "../WatchedRuntime.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 namespace
 {
-// Takes the input piece by piece; zeros when it has run out.
-class Input
+// The next piece of the input; zeros when it has run out.
+std::string take(std::string_view &input, std::size_t size)
 {
-public:
-    Input(const std::uint8_t *data, std::size_t size) : at_(data), left_(size) {}
+    std::string out(input.substr(0, size));
+    input.remove_prefix(out.size());
+    out.resize(size);
+    return out;
+}
 
-    std::string take(std::size_t size)
-    {
-        std::string out(size, '\0');
-        std::size_t taken = std::min(size, left_);
-        std::memcpy(out.data(), at_, taken);
-        at_ += taken;
-        left_ -= taken;
-        return out;
-    }
-
-    std::uint8_t byte()
-    {
-        return std::uint8_t(take(1)[0]);
-    }
-
-private:
-    const std::uint8_t *at_;
-    std::size_t left_;
-};
+std::uint8_t takeByte(std::string_view &input)
+{
+    return std::uint8_t(take(input, 1)[0]);
+}
 
 // A number that is often small or at a border, and sometimes anything.
-SD_UINT32 number(Input &input)
+SD_UINT32 takeNumber(std::string_view &input)
 {
-    std::uint8_t kind = input.byte();
-    if (kind < 0xf0) {
-        return kind;
+    SD_UINT32 any = takeByte(input);
+    if (any >= 0xf0) {
+        std::memcpy(&any, take(input, sizeof any).data(), sizeof any);
     }
-    SD_UINT32 any = 0;
-    std::memcpy(&any, input.take(sizeof any).data(), sizeof any);
     return any;
 }
 } // namespace
@@ -56,30 +41,30 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     quietRuntime(true);
-    Input input(data, size);
-    const NativeMethod &method = nativeMethods()[input.byte() % nativeMethods().size()];
+    std::string_view input(reinterpret_cast<const char *>(data), size);
+    const NativeMethod &method = nativeMethods()[takeByte(input) % nativeMethods().size()];
     World world(method);
     library().responder = [&](const Operation &operation) {
         Answer answer;
-        answer.status = input.byte() < 0xe0 ? 0 : number(input);
-        answer.count = number(input);
+        answer.status = takeByte(input) < 0xe0 ? 0 : takeNumber(input);
+        answer.count = takeNumber(input);
         // A short record is repeated over the whole field: large tables are reached by small inputs.
-        std::string bytes = input.take(std::min<std::size_t>(operation.outSize, 1 + 4U * input.byte()));
+        std::string bytes = take(input, std::min<std::size_t>(operation.outSize, 1 + 4U * takeByte(input)));
         while (!bytes.empty() && bytes.size() < operation.outSize) {
             bytes += bytes;
         }
         answer.bytes = bytes.substr(0, operation.outSize);
-        if (operation.name == "SDSendScsiReportLunsCmdiSCSI" && input.byte() < 0xf0) {
+        if (operation.name == "SDSendScsiReportLunsCmdiSCSI" && takeByte(input) < 0xf0) {
             // A list length up to 4095; most other lengths are refused at once.
-            answer.bytes.replace(0, 3, {0, 0, char(input.byte() % 16)});
+            answer.bytes.replace(0, 3, {0, 0, char(takeByte(input) % 16)});
         }
         return answer;
     };
-    Outcome outcome = call(world, [](JniWatch &watch) { watch.recording = false; });
+    const Outcome outcome = call(world, [](JniWatch &watch) { watch.recording = false; });
     library().responder = nullptr;
+    quietRuntime(false);
     if (!outcome.left.empty()) {
-        std::fprintf(stderr, "%s: %s", method.name, outcome.left.c_str());
-        std::abort();
+        giveUp(std::string(method.name) + ": " + outcome.left);
     }
     return 0;
 }
