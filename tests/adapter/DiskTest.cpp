@@ -7,7 +7,6 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 
 #include <atomic>
 #include <cerrno>
@@ -39,102 +38,74 @@ using Disk = AdapterTest;
 TEST_F(Disk, FilesAreForTheirOwnerAlone)
 {
     const mode_t before = umask(0);
-    const SDMGT_HANDLE handle = open(0);
-    writeFile(settings().string() + ".new", "left by a killed process, or put there by somebody");
-    DEVICEENTRYISCSI entry = sampleEntry(3);
-    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 3), 0U);
-    EXPECT_EQ(SDResetStatisticsiSCSI(handle, 0), 0U);
+    const OpenAdapter adapter(0);
+    writeFile(settings.string() + ".new", "left by a killed process, or put there by somebody");
+    EXPECT_EQ(adapter.write(3, sampleEntry(3)), 0U);
+    EXPECT_EQ(SDResetStatisticsiSCSI(adapter, 0), 0U);
     umask(before);
     int files = 0;
     for (const auto &file : std::filesystem::directory_iterator(folder)) {
-        struct stat properties {
-        };
-        ASSERT_EQ(stat(file.path().c_str(), &properties), 0);
-        EXPECT_EQ(properties.st_mode & 0777, 0600U) << file.path();
+        constexpr auto ownersAlone = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+        EXPECT_EQ(file.status().permissions(), ownersAlone) << file.path();
         ++files;
     }
     EXPECT_EQ(files, 6) << "two databases, each with its -wal and -shm";
 }
 
-TEST_F(Disk, FullDiskLeavesTheOldSettings)
+// Runs work while no file can grow beyond a number of bytes.
+void withLimit(rlim_t bytes, const std::function<void()> &work)
 {
-    const SDMGT_HANDLE handle = open(0);
-    DEVICEENTRYISCSI entry = sampleEntry(17);
-    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 17), 0U);
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    testing::internal::CaptureStderr();
-    entry = sampleEntry(33);
-    const auto written = std::filesystem::file_size(settings().string() + "-wal");
-    for (const rlim_t room : {rlim_t{0}, rlim_t{100}, rlim_t{written - 1}, rlim_t{written + 400}}) {
-        const rlimit limit{room, before.rlim_max};
-        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-        const SD_UINT32 status = SDSetDDBEntry(handle, &entry, 33);
-        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-        EXPECT_EQ(status, ERR_FLASH_WRITE) << room;
-        EXPECT_EQ(entryAt(handle, 33).DeviceState, 0U) << "what could not be written is not shown either";
-        EXPECT_EQ(entryAt(handle, 17).ReservedFlags, 17U);
-    }
-    EXPECT_NE(std::signal(SIGXFSZ, handler), SIG_ERR);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("cannot write " + settings().string()), std::string::npos);
-    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U) << "with room again the write succeeds";
+    (void)std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{bytes, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    work();
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+}
+
+TEST_F(Disk, FullDiskLeavesTheOldSettings)
+{
+    const OpenAdapter adapter(0);
+    ASSERT_EQ(adapter.write(17, sampleEntry(17)), 0U);
+    const auto written = std::filesystem::file_size(settings.string() + "-wal");
+    const std::string said = saidDuring([&] {
+        for (const rlim_t room : {rlim_t{0}, rlim_t{100}, rlim_t{written - 1}, rlim_t{written + 400}}) {
+            SD_UINT32 status = 0;
+            withLimit(room, [&] { status = adapter.write(33, sampleEntry(33)); });
+            EXPECT_EQ(status, ERR_FLASH_WRITE) << room;
+            EXPECT_EQ(adapter.entry(33).DeviceState, 0U) << "what could not be written is not shown either";
+            EXPECT_EQ(adapter.entry(17).ReservedFlags, 17U);
+        }
+    });
+    EXPECT_NE(said.find("cannot write " + settings.string()), std::string::npos);
+    EXPECT_EQ(adapter.write(33, sampleEntry(33)), 0U) << "with room again the write succeeds";
 }
 
 TEST_F(Disk, ASyncThatFailsLeavesTheOutcomeOpen)
 {
-    const SDMGT_HANDLE handle = open(0);
-    DEVICEENTRYISCSI entry = sampleEntry(33);
-    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 17), 0U);
-    testing::internal::CaptureStderr();
-    syncFails = true;
-    const SD_UINT32 status = SDSetDDBEntry(handle, &entry, 33);
-    syncFails = false;
-    EXPECT_EQ(status, ERR_FLASH_WRITE);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("whether the change will last is not known"),
-              std::string::npos);
-    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U) << "the next write is as good as any";
-    EXPECT_EQ(entryAt(handle, 33).ReservedFlags, 33U);
+    const OpenAdapter adapter(0);
+    ASSERT_EQ(adapter.write(17, sampleEntry(17)), 0U);
+    const std::string said = saidDuring([&] {
+        syncFails = true;
+        EXPECT_EQ(adapter.write(33, sampleEntry(33)), ERR_FLASH_WRITE);
+        syncFails = false;
+    });
+    EXPECT_NE(said.find("whether the change will last is not known"), std::string::npos);
+    EXPECT_EQ(adapter.write(33, sampleEntry(33)), 0U) << "the next write is as good as any";
+    EXPECT_EQ(adapter.entry(33).ReservedFlags, 33U);
 }
 
 TEST_F(Disk, ATraceThatTheDiskCannotTakeIsReportedAtTheEnd)
 {
-    SDMGT_HANDLE handle = open(0);
+    const OpenAdapter adapter(0);
+    SDMGT_HANDLE handle = adapter;
     const std::string file = folder / "trace";
     ASSERT_EQ(SDEnableDebugTraceiSCSI(&handle, file.c_str(), 1), 0U);
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{0, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    SD_UINT32 count = 0;
-    const SD_UINT32 counted = SDGetDDBEntryNum(handle, &count);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-    EXPECT_NE(std::signal(SIGXFSZ, handler), SIG_ERR);
-    EXPECT_EQ(counted, 0U) << "the operation itself is not concerned";
-    testing::internal::CaptureStderr();
-    ASSERT_EQ(SDCloseDeviceiSCSI(open(1)), 0U);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    withLimit(0, [&] { EXPECT_EQ(adapter.count(), 8U) << "the operation itself is not concerned"; });
+    EXPECT_EQ(saidDuring([] { OpenAdapter(1).close(); }),
               "libvdsdm: the trace " + file + " is not complete: File too large\n");
     ASSERT_EQ(SDEnableDebugTraceiSCSI(&handle, file.c_str(), 0), 0U);
-}
-
-// Exit status of a child process that runs work: 1 when an expectation failed, 77 when it could not be begun.
-int inChild(const std::function<bool()> &begin, const std::function<void()> &work)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        if (!begin()) {
-            _exit(77);
-        }
-        testing::internal::CaptureStderr();
-        work();
-        testing::internal::GetCapturedStderr();
-        _exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 100 + WTERMSIG(status);
 }
 
 TEST_F(Disk, FullAndReadOnlyFileSystems)
@@ -143,54 +114,39 @@ TEST_F(Disk, FullAndReadOnlyFileSystems)
         return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
                && mount("none", folder.c_str(), "tmpfs", 0, "size=256k") == 0;
     };
-    const int status = inChild(ownDisk, [&] {
-        SDMGT_HANDLE handle = open(0);
-        DEVICEENTRYISCSI entry = sampleEntry(1);
-        EXPECT_EQ(SDSetDDBEntry(handle, &entry, 100), 0U);
-        const SDMGT_HANDLE large = open(2);
-        EXPECT_EQ(SDSetDDBEntry(large, &entry, 200), ERR_FLASH_WRITE) << "512 entries have no room";
-        EXPECT_EQ(entryAt(large, 200).ReservedFlags, 0U);
-        EXPECT_EQ(entryAt(handle, 100).ReservedFlags, 1U);
-        close(handle);
-        close(large);
+    inChild(ownDisk, [&] {
+        OpenAdapter adapter(0);
+        EXPECT_EQ(adapter.write(100, sampleEntry(1)), 0U);
+        OpenAdapter large(2);
+        EXPECT_EQ(large.write(200, sampleEntry(1)), ERR_FLASH_WRITE) << "512 entries have no room";
+        EXPECT_EQ(large.entry(200).ReservedFlags, 0U);
+        EXPECT_EQ(adapter.entry(100).ReservedFlags, 1U);
+        adapter.close();
+        large.close();
         EXPECT_EQ(mount("none", folder.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
-        handle = open(0);
-        EXPECT_EQ(entryAt(handle, 100).ReservedFlags, 1U) << "reading goes on";
-        EXPECT_EQ(SDSetDDBEntry(handle, &entry, 300), ERR_FLASH_WRITE);
-        EXPECT_EQ(entryAt(handle, 300).DeviceState, 0U);
+        const OpenAdapter again(0);
+        EXPECT_EQ(again.entry(100).ReservedFlags, 1U) << "reading goes on";
+        EXPECT_EQ(again.write(300, sampleEntry(1)), ERR_FLASH_WRITE);
+        EXPECT_EQ(again.entry(300).DeviceState, 0U);
     });
-    if (status == 77) {
-        GTEST_SKIP() << "this user may not mount a small disk";
-    }
-    EXPECT_EQ(status, 0);
-}
-
-constexpr uid_t NOBODY = 65534;
-
-// Root may read and write everything and becomes somebody else, to whom the folder is given.
-bool becomeNobody(const std::filesystem::path &folder)
-{
-    return geteuid() != 0 || (chown(folder.c_str(), NOBODY, NOBODY) == 0 && setuid(NOBODY) == 0);
 }
 
 TEST_F(Disk, ReadOnlyFolderLeavesTheOldSettings)
 {
-    const int status = inChild([&] { return becomeNobody(folder); },
-                               [&] {
-                                   writeSettings();
-                                   std::filesystem::permissions(folder, std::filesystem::perms::owner_read
-                                                                            | std::filesystem::perms::owner_exec);
-                                   SDMGT_HANDLE handle = open(3);
-                                   EXPECT_EQ(entryAt(handle, 17).ReservedFlags, 17U);
-                                   DEVICEENTRYISCSI entry = sampleEntry(33);
-                                   EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), ERR_FLASH_WRITE);
-                                   EXPECT_EQ(SDSetDDBEntry(open(1), &entry, 33), ERR_FLASH_WRITE);
-                                   EXPECT_EQ(entryAt(handle, 33).DeviceState, 0U);
-                                   std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
-                                   EXPECT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U);
-                                   EXPECT_EQ(entryAt(handle, 33).ReservedFlags, 33U);
-                               });
-    EXPECT_EQ(status, 0);
+    using std::filesystem::perms;
+    inChild([&] { return becomeNobody(folder); },
+            [&] {
+                writeSettings();
+                std::filesystem::permissions(folder, perms::owner_read | perms::owner_exec);
+                const OpenAdapter adapter(3);
+                EXPECT_EQ(adapter.entry(17).ReservedFlags, 17U);
+                EXPECT_EQ(adapter.write(33, sampleEntry(33)), ERR_FLASH_WRITE);
+                EXPECT_EQ(OpenAdapter(1).write(33, sampleEntry(33)), ERR_FLASH_WRITE);
+                EXPECT_EQ(adapter.entry(33).DeviceState, 0U);
+                std::filesystem::permissions(folder, perms::owner_all);
+                EXPECT_EQ(adapter.write(33, sampleEntry(33)), 0U);
+                EXPECT_EQ(adapter.entry(33).ReservedFlags, 33U);
+            });
 }
 
 TEST_F(Disk, SettingsOfSomebodyElseAreNotRead)
@@ -199,34 +155,27 @@ TEST_F(Disk, SettingsOfSomebodyElseAreNotRead)
         GTEST_SKIP() << "takes two users";
     }
     writeSettings();
-    std::filesystem::permissions(folder, std::filesystem::perms::all);
-    const int status = inChild(
-        [] { return setuid(NOBODY) == 0; },
-        [&] {
-            SD_UINT32 entries = 0;
-            testing::internal::GetCapturedStderr();
-            testing::internal::CaptureStderr();
-            EXPECT_EQ(SDGetDDBEntryNum(open(3), &entries), ERR_FLASH_READ);
-            const std::string said = testing::internal::GetCapturedStderr();
-            EXPECT_NE(said.find("cannot read " + settings().string() + ": Permission denied"), std::string::npos)
-                << said;
-            EXPECT_EQ(said.find("make it readable"), std::string::npos);
-            testing::internal::CaptureStderr();
-        });
-    EXPECT_EQ(status, 0);
+    inChild([&] { return becomeNobody(folder); },
+            [&] {
+                const std::string said = saidDuring([] {
+                    SD_UINT32 entries = 0;
+                    EXPECT_EQ(SDGetDDBEntryNum(OpenAdapter(3), &entries), ERR_FLASH_READ);
+                });
+                EXPECT_NE(said.find("cannot read " + settings.string() + ": Permission denied"), std::string::npos)
+                    << said;
+            });
 }
 
 TEST_F(Disk, UnusableFoldersAreRefusedAtOnce)
 {
-    writeFile(folder / "file", "");
-    testing::internal::CaptureStderr();
-    for (const std::string &name :
-         {(folder / "file").string(), (folder / "missing").string(), std::string("relative")}) {
-        setenv("TAVO_ADAPTER_FLASH", name.c_str(), 1);
-        SDMGT_HANDLE handle = 0;
-        EXPECT_EQ(SDOpenDeviceiSCSI(0, &handle), ERR_FLASH_READ) << name;
-    }
-    const std::string said = testing::internal::GetCapturedStderr();
+    const std::string said = saidDuring([&] {
+        for (const std::string &name :
+             {writeFile(folder / "file", ""), (folder / "missing").string(), std::string("relative")}) {
+            setenv("TAVO_ADAPTER_FLASH", name.c_str(), 1);
+            SDMGT_HANDLE handle = 0;
+            EXPECT_EQ(SDOpenDeviceiSCSI(0, &handle), ERR_FLASH_READ) << name;
+        }
+    });
     EXPECT_NE(said.find("TAVO_ADAPTER_FLASH names no folder by its whole path: relative"), std::string::npos) << said;
 }
 

@@ -2,9 +2,9 @@
 // has not changed is not read again.
 #include "ActivityStore.h"
 #include "AdapterTest.h"
+#include "Sqlite.h"
 
 #include <fcntl.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <array>
@@ -21,48 +21,33 @@ protected:
     void place(const std::string &bytes) const
     {
         writeFile(folder / "placed", bytes);
-        std::filesystem::remove(settings().string() + "-wal");
-        std::filesystem::remove(settings().string() + "-shm");
-        std::filesystem::rename(folder / "placed", settings());
-    }
-    static SD_UINT32 count(SDMGT_HANDLE handle)
-    {
-        SD_UINT32 entries = 0;
-        EXPECT_EQ(SDGetDDBEntryNum(handle, &entries), 0U);
-        return entries;
+        std::filesystem::remove(settings.string() + "-wal");
+        std::filesystem::remove(settings.string() + "-shm");
+        std::filesystem::rename(folder / "placed", settings);
     }
     // What the settings from writeSettings look like from outside; "refused" when they are. Nothing else may happen.
-    std::string look()
+    static std::string look()
     {
-        const SDMGT_HANDLE handle = open(3);
+        const OpenAdapter adapter(3);
         DEVICEENTRYISCSI entry{};
-        std::vector<CHAPTABLE> table(CHAP_CAPACITY);
-        SD_UINT32 records = CHAP_CAPACITY;
-        INITFWISCSI block{};
-        const SD_UINT32 status = SDGetDDBEntry(handle, &entry, 17);
-        std::string seen = "refused";
-        if (status == 0) {
-            EXPECT_EQ(SDGetCHAPTable(handle, table.data(), &records), 0U);
-            EXPECT_EQ(SDGetInitFW(handle, &block), 0U);
-            seen.assign(reinterpret_cast<const char *>(&entry), sizeof entry);
-            seen.append(reinterpret_cast<const char *>(table.data()), records * sizeof(CHAPTABLE));
-            seen.append(reinterpret_cast<const char *>(&block), sizeof block);
-        } else {
+        const SD_UINT32 status = SDGetDDBEntry(adapter, &entry, 17);
+        if (status != 0) {
             EXPECT_EQ(status, ERR_FLASH_DAMAGED);
-            EXPECT_EQ(SDSetDDBEntry(handle, &entry, 9), ERR_FLASH_DAMAGED);
+            EXPECT_EQ(adapter.write(9, entry), ERR_FLASH_DAMAGED);
+            return "refused";
         }
-        close(handle);
-        return seen;
+        const ChapTable table = adapter.chapTable();
+        const INITFWISCSI block = adapter.read(SDGetInitFW);
+        std::string seen(reinterpret_cast<const char *>(&entry), sizeof entry);
+        seen.append(reinterpret_cast<const char *>(table.data()), table.size() * sizeof(CHAPTABLE));
+        return seen.append(reinterpret_cast<const char *>(&block), sizeof block);
     }
 };
 
 // Runs SQL on a database as somebody else would.
-void alter(const std::filesystem::path &file, const std::string &sql)
+void alter(const std::filesystem::path &file, const char *sql)
 {
-    sqlite3 *database = nullptr;
-    ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
-    sqlite3_close(database);
+    Connection(file, SQLITE_OPEN_READWRITE).run(sql);
 }
 
 TEST_F(Store, DamagedBytesAndTruncationsAreRefusedOrDoNotMatter)
@@ -70,56 +55,50 @@ TEST_F(Store, DamagedBytesAndTruncationsAreRefusedOrDoNotMatter)
     const std::string good = writeSettings();
     const std::string expected = look();
     ASSERT_NE(expected, "refused");
-    testing::internal::CaptureStderr();
-    int refused = 0;
-    int harmless = 0;
-    const auto attempt = [&](const std::string &bad, const std::string &what) {
-        place(bad);
-        const std::string seen = look();
-        ASSERT_TRUE(seen == "refused" || seen == expected) << what << ": something else was read";
-        EXPECT_EQ(readFile(settings()), bad) << what << ": the file was changed";
-        ++(seen == "refused" ? refused : harmless);
-    };
+    std::vector<std::string> attempts;
     for (std::size_t byte = 0; byte < good.size(); byte += byte < 100 ? 3 : 41) {
-        std::string bad = good;
-        bad[byte] = static_cast<char>(bad[byte] ^ (byte % 2 == 0 ? 0x01 : 0xFF));
-        ASSERT_NO_FATAL_FAILURE(attempt(bad, "byte " + std::to_string(byte)));
+        attempts.push_back(good);
+        char &letter = attempts.back()[byte];
+        letter = static_cast<char>(letter ^ (byte % 2 == 0 ? 0x01 : 0xFF));
     }
     for (std::size_t length = 0; length < good.size(); length += 509) {
-        ASSERT_NO_FATAL_FAILURE(attempt(good.substr(0, length), "length " + std::to_string(length)));
+        attempts.push_back(good.substr(0, length));
     }
-    // Each byte of a record and of its checksum counts.
-    for (const std::string part : {"sample 17", "a secret"}) {
-        std::string bad = good;
-        const std::size_t found = bad.find(part);
-        ASSERT_NE(found, std::string::npos) << part;
-        bad[found] = 'X';
-        place(bad);
-        EXPECT_EQ(look(), "refused") << part;
+    for (const char *part : {"sample 17", "a secret"}) { // each byte of a record counts
+        attempts.push_back(good);
+        attempts.back().at(good.find(part)) = 'X';
     }
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_NE(said.find("libvdsdm: " + settings().string() + " is refused: "), std::string::npos) << said;
-    EXPECT_NE(said.find("the checksum of device database entry 17 does not match"), std::string::npos);
-    EXPECT_NE(said.find("the checksum of CHAP record 1 does not match"), std::string::npos);
-    EXPECT_EQ(said.find("a secret"), std::string::npos);
+    std::string seen;
+    int refused = 0; // other damage is in unused room of the file
+    const std::string said = saidDuring([&] {
+        for (std::size_t number = 0; number < attempts.size(); ++number) {
+            place(attempts[number]);
+            seen = look();
+            ASSERT_TRUE(seen == "refused" || seen == expected) << number << ": something else was read";
+            ASSERT_EQ(readFile(settings), attempts[number]) << number << ": the file was changed";
+            refused += seen == "refused" ? 1 : 0;
+        }
+    });
     EXPECT_GT(refused, 30);
-    RecordProperty("refused", refused);
-    RecordProperty("harmless", harmless); // unused room in the file
+    EXPECT_EQ(said.find("a secret"), std::string::npos);
+    for (const char *line : {"settings.db is refused: ", "the checksum of device database entry 17 does not match",
+                             "the checksum of CHAP record 1 does not match"}) {
+        EXPECT_NE(said.find(line), std::string::npos) << line;
+    }
 
     place(good);
     EXPECT_EQ(look(), expected) << "a good copy in its place is taken at once";
-    std::filesystem::remove(settings());
-    EXPECT_TRUE(walk(open(3)).empty()) << "without its file the adapter is factory-fresh";
+    std::filesystem::remove(settings);
+    EXPECT_TRUE(OpenAdapter(3).walk().empty()) << "without its file the adapter is factory-fresh";
 }
 
 TEST_F(Store, ForeignFilesAndLostRecordsAreRefused)
 {
     const std::string good = writeSettings();
-    testing::internal::CaptureStderr();
-    place(std::string(5000, 'x'));
-    EXPECT_EQ(look(), "refused");
-    place("");
-    EXPECT_EQ(look(), "refused") << "an empty file is not a fresh adapter";
+    for (const std::string &foreign : {std::string(5000, 'x'), std::string()}) {
+        place(foreign);
+        EXPECT_EQ(look(), "refused") << "an empty file is not a fresh adapter";
+    }
     for (const char *sql : {
              "PRAGMA application_id = 1",
              "PRAGMA user_version = 2",
@@ -136,49 +115,49 @@ TEST_F(Store, ForeignFilesAndLostRecordsAreRefused)
              "INSERT INTO record VALUES ('TV2010C000009', 'new kind', 0, x'00', 0)",
          }) {
         place(good);
-        alter(settings(), sql);
+        alter(settings, sql);
         EXPECT_EQ(look(), "refused") << sql;
     }
     place(good);
-    alter(settings(), "UPDATE record SET bytes = zeroblob(484) WHERE number = 17");
-    EXPECT_EQ(walk(open(0)).size(), 8U) << "the settings of other adapters are still good";
+    alter(settings, "UPDATE record SET bytes = zeroblob(484) WHERE number = 17");
+    EXPECT_EQ(OpenAdapter(0).count(), 8U) << "the settings of other adapters are still good";
 
-    std::filesystem::remove(settings());
-    std::filesystem::create_directory(settings());
+    std::filesystem::remove(settings);
+    std::filesystem::create_directory(settings);
     EXPECT_EQ(look(), "refused");
-    std::filesystem::remove(settings());
-    ASSERT_EQ(mkfifo(settings().c_str(), 0600), 0);
+    std::filesystem::remove(settings);
+    ASSERT_EQ(mkfifo(settings.c_str(), 0600), 0);
     EXPECT_EQ(look(), "refused") << "a pipe must not hold us up";
-    std::filesystem::remove(settings());
-    writeFile(folder / "elsewhere", good);
-    std::filesystem::create_symlink(folder / "elsewhere", settings());
+    std::filesystem::remove(settings);
+    std::filesystem::create_symlink(writeFile(folder / "elsewhere", good), settings);
     EXPECT_EQ(look(), "refused") << "a link may lead into somebody else's file";
-    testing::internal::GetCapturedStderr();
+}
+
+SD_UINT64 packetsSent(SD_UINT32 index)
+{
+    return OpenAdapter(index).counters().IPTxPacketsCount;
 }
 
 TEST_F(Store, DamagedCountersStartAfresh)
 {
-    const SD_UINT64 factory = statistics(open(0)).IPTxPacketsCount;
-    SDMGT_HANDLE handle = open(1);
-    ASSERT_EQ(ping(handle, "fd00:20::1", 9), 0U);
-    close(handle);
+    const SD_UINT64 factory = packetsSent(0);
+    ASSERT_EQ(OpenAdapter(1).ping("fd00:20::1", 9), 0U);
     writeFile(folder / "activity.db", "nonsense");
-    testing::internal::CaptureStderr();
-    handle = open(0);
-    EXPECT_EQ(statistics(handle).IPTxPacketsCount, factory);
-    ASSERT_EQ(ping(handle, "10.20.0.1", 2), 0U);
-    EXPECT_EQ(statistics(handle).IPTxPacketsCount, factory + 2);
-    EXPECT_EQ(SDResetStatisticsiSCSI(handle, 0), 0U);
-    EXPECT_EQ(statistics(handle).IPTxPacketsCount, 0U);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("activity.db is refused"), std::string::npos);
+    const std::string said = saidDuring([&] {
+        const OpenAdapter adapter(0);
+        EXPECT_EQ(packetsSent(0), factory);
+        ASSERT_EQ(adapter.ping("10.20.0.1", 2), 0U);
+        EXPECT_EQ(packetsSent(0), factory + 2);
+        EXPECT_EQ(SDResetStatisticsiSCSI(adapter, 0), 0U);
+        EXPECT_EQ(packetsSent(0), 0U);
+    });
+    EXPECT_NE(said.find("activity.db is refused"), std::string::npos);
     EXPECT_EQ(readFile(folder / "activity.db.damaged"), "nonsense");
 }
 
 TEST_F(Store, AFileDated2040IsAFile)
 {
-    SDMGT_HANDLE handle = open(0);
-    ASSERT_EQ(SDResetStatisticsiSCSI(handle, 0), 0U);
-    close(handle);
+    ASSERT_EQ(SDResetStatisticsiSCSI(OpenAdapter(0), 0), 0U);
     writeSettings();
     timespec late{};
     late.tv_sec = 2'208'988'800;
@@ -186,31 +165,34 @@ TEST_F(Store, AFileDated2040IsAFile)
     for (const char *name : {"settings.db", "activity.db"}) {
         ASSERT_EQ(utimensat(AT_FDCWD, (folder / name).c_str(), dates.data(), 0), 0);
     }
-    handle = open(3);
-    EXPECT_EQ(entryAt(handle, 17).ReservedFlags, 17U);
-    EXPECT_EQ(statistics(open(0)).IPTxPacketsCount, 0U) << "the counters were reset";
-    DEVICEENTRYISCSI entry = sampleEntry(18);
-    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 18), 0U);
-    close(handle);
-    handle = open(3);
-    EXPECT_EQ(entryAt(handle, 18).ReservedFlags, 18U);
+    EXPECT_EQ(OpenAdapter(3).entry(17).ReservedFlags, 17U);
+    EXPECT_EQ(packetsSent(0), 0U) << "the counters were reset";
+    EXPECT_EQ(OpenAdapter(3).write(18, sampleEntry(18)), 0U);
+    EXPECT_EQ(OpenAdapter(3).entry(18).ReservedFlags, 18U);
     EXPECT_FALSE(std::filesystem::exists(folder / "activity.db.damaged"));
 }
 
-TEST_F(Store, CountersReachTheFileOnceASecondAndAtClose)
+TEST_F(Store, CountersReachTheFileOnceASecondAtCloseAndAtTheEnd)
 {
-    SDMGT_HANDLE handle = open(0);
-    const SD_UINT64 before = statistics(handle).IPTxPacketsCount;
-    for (int round = 0; round < 20; ++round) {
-        ASSERT_EQ(ping(handle, "10.20.0.1", 1), 0U);
+    const SD_UINT64 before = packetsSent(0);
+    {
+        const OpenAdapter adapter(0);
+        for (int round = 0; round < 20; ++round) {
+            ASSERT_EQ(adapter.ping("10.20.0.1", 1), 0U);
+        }
+        EXPECT_FALSE(std::filesystem::exists(folder / "activity.db"));
+        usleep(1'100'000);
+        EXPECT_EQ(packetsSent(0), before + 20);
+        EXPECT_TRUE(std::filesystem::exists(folder / "activity.db"));
+        ASSERT_EQ(adapter.ping("10.20.0.1", 1), 0U);
     }
-    EXPECT_FALSE(std::filesystem::exists(folder / "activity.db"));
-    usleep(1'100'000);
-    EXPECT_EQ(statistics(handle).IPTxPacketsCount, before + 20);
-    EXPECT_TRUE(std::filesystem::exists(folder / "activity.db"));
-    ASSERT_EQ(ping(handle, "10.20.0.1", 1), 0U);
-    close(handle);
-    EXPECT_EQ(statistics(open(0)).IPTxPacketsCount, before + 21);
+    EXPECT_EQ(packetsSent(0), before + 21);
+    inChild([] { return true; },
+            [] {
+                const OpenAdapter left(0);
+                std::exit(left.ping("10.20.0.1", 1) == 0 ? 0 : 1); // without closing the adapter
+            });
+    EXPECT_EQ(packetsSent(0), before + 22);
 }
 
 TEST_F(Store, CountersThatBeginAnewAreNotBelowZero)
@@ -234,81 +216,78 @@ TEST_F(Store, CountersThatBeginAnewAreNotBelowZero)
     EXPECT_EQ(store.counters(kernels).IPTxBytesCount, 500U);
 }
 
-SD_UINT64 bytesRead()
+// How many bytes this process reads from files during work.
+SD_UINT64 bytesRead(const std::function<void()> &work)
 {
-    std::ifstream file("/proc/self/io");
-    std::string name;
-    SD_UINT64 bytes = 0;
-    file >> name >> bytes;
-    return bytes;
+    const auto sum = [] {
+        std::ifstream file("/proc/self/io");
+        std::string name;
+        SD_UINT64 bytes = 0;
+        file >> name >> bytes;
+        return bytes;
+    };
+    const SD_UINT64 before = sum();
+    work();
+    return sum() - before;
 }
 
 TEST_F(Store, UnchangedSettingsAreReadOnce)
 {
-    DEVICEENTRYISCSI entry = sampleEntry(5);
-    const SDMGT_HANDLE full = open(2);
-    ASSERT_EQ(SDSetDDBEntry(full, &entry, 5), 0U);
-    close(full);
-    const SDMGT_HANDLE handle = open(2);
-    EXPECT_EQ(walk(handle).size(), DDB_SLOTS);
-    SD_UINT64 before = bytesRead();
-    EXPECT_EQ(walk(handle).size(), DDB_SLOTS);
-    EXPECT_LT(bytesRead() - before, 4096U);
+    ASSERT_EQ(OpenAdapter(2).write(5, sampleEntry(5)), 0U);
+    const OpenAdapter adapter(2);
+    const auto walk = [&] {
+        EXPECT_EQ(adapter.walk().size(), DDB_SLOTS);
+    };
+    walk();
+    EXPECT_LT(bytesRead(walk), 4096U);
     // Somebody writes to another adapter, then to this one.
-    ASSERT_EQ(SDSetDDBEntry(open(3), &entry, 5), 0U);
-    before = bytesRead();
-    EXPECT_EQ(walk(handle).size(), DDB_SLOTS);
-    EXPECT_LT(bytesRead() - before, 3U * 4096);
-    alter(settings(), "DELETE FROM record WHERE adapter = 'TV2060B000343-XL';"
-                      "DELETE FROM adapter WHERE key = 'TV2060B000343-XL';");
-    EXPECT_EQ(entryAt(handle, 5).ReservedFlags, 0U) << "what others write is seen";
+    ASSERT_EQ(OpenAdapter(3).write(5, sampleEntry(5)), 0U);
+    EXPECT_LT(bytesRead(walk), 3U * 4096);
+    alter(settings, "DELETE FROM record WHERE adapter = 'TV2060B000343-XL';"
+                    "DELETE FROM adapter WHERE key = 'TV2060B000343-XL';");
+    EXPECT_EQ(adapter.entry(5).ReservedFlags, 0U) << "what others write is seen";
 }
 
 TEST_F(Store, CommandsFollowWhatOthersDoToTheSettings)
 {
-    const auto ask = [](SDMGT_HANDLE handle) {
+    ASSERT_EQ(OpenAdapter(0).write(33, OpenAdapter(0).entry(0)), 0U);
+    const std::string good = readFile(settings);
+    const OpenAdapter adapter(0);
+    const auto ask = [&] {
         TARGETINFORMATION unit{};
         unit.TargetID = 33;
         std::array<SD_UINT8, 64> area{};
-        return SDSendScsiReportLunsCmdiSCSI(handle, &unit, area.data(), area.size(), nullptr, 0);
+        return SDSendScsiReportLunsCmdiSCSI(adapter, &unit, area.data(), area.size(), nullptr, 0);
     };
-    SDMGT_HANDLE handle = open(0);
-    DEVICEENTRYISCSI entry = entryAt(handle, 0);
-    ASSERT_EQ(SDSetDDBEntry(handle, &entry, 33), 0U);
-    close(handle);
-    const std::string good = readFile(settings());
-    handle = open(0);
     for (int round = 0; round < 3; ++round) {
-        EXPECT_EQ(ask(handle), 0U);
-        EXPECT_EQ(ask(handle), 0U);
-        alter(settings(), "DELETE FROM record WHERE adapter = 'TV2040A000117';"
-                          "DELETE FROM adapter WHERE key = 'TV2040A000117'");
-        EXPECT_EQ(ask(handle), ERR_NO_SUCH_TARGET) << "what others write is seen at once";
+        EXPECT_EQ(ask(), 0U);
+        EXPECT_EQ(ask(), 0U);
+        alter(settings, "DELETE FROM record WHERE adapter = 'TV2040A000117';"
+                        "DELETE FROM adapter WHERE key = 'TV2040A000117'");
+        EXPECT_EQ(ask(), ERR_NO_SUCH_TARGET) << "what others write is seen at once";
         place(good);
         usleep(100'000);
-        EXPECT_EQ(ask(handle), 0U) << "another file is noticed";
+        EXPECT_EQ(ask(), 0U) << "another file is noticed";
     }
-    std::filesystem::remove(settings());
+    std::filesystem::remove(settings);
     usleep(100'000);
-    EXPECT_EQ(ask(handle), ERR_NO_SUCH_TARGET) << "so is none";
+    EXPECT_EQ(ask(), ERR_NO_SUCH_TARGET) << "so is none";
 }
 
 TEST_F(Store, WritersWaitForWritersAndReadersForNobody)
 {
     writeSettings();
-    const SDMGT_HANDLE handle = open(3);
-    sqlite3 *other = nullptr;
-    ASSERT_EQ(sqlite3_open(settings().c_str(), &other), SQLITE_OK);
-    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const OpenAdapter adapter(3);
+    auto other = std::make_unique<Connection>(settings, SQLITE_OPEN_READWRITE);
+    other->run("BEGIN IMMEDIATE");
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(count(handle), 1U);
-    EXPECT_EQ(ping(handle, "10.20.0.1", 1), ERR_UNREACHABLE);
+    EXPECT_EQ(adapter.count(), 1U);
+    EXPECT_EQ(adapter.ping("10.20.0.1", 1), ERR_UNREACHABLE);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
-    DEVICEENTRYISCSI entry = sampleEntry(9);
-    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 9), ERR_BUSY);
+    EXPECT_EQ(adapter.write(9, sampleEntry(9)), ERR_BUSY);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(4500));
-    sqlite3_close(other);
-    EXPECT_EQ(SDSetDDBEntry(handle, &entry, 9), 0U);
+    other.reset();
+    EXPECT_EQ(adapter.write(9, sampleEntry(9)), 0U);
 }
 
 } // namespace

@@ -1,11 +1,11 @@
 // Targets that fail in every way: each ends in a status within the deadline, and nothing is left behind.
-#include "PortTest.h"
-#include "ScsiStandard.h"
+#include "DaemonTest.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <future>
+#include <set>
 #include <thread>
 
 namespace
@@ -15,148 +15,92 @@ using namespace std::chrono_literals;
 
 constexpr auto SHORT_DEADLINE = 700ms;
 constexpr auto MARGIN = 400ms; // for a busy machine
-constexpr const char *NAME = "iqn.2024-01.example:faulty";
+const std::string NAME = "iqn.2024-01.example:faulty";
 
-template <typename Work>
-std::chrono::steady_clock::duration timeOf(Work &&work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::steady_clock::now() - start;
-}
+constexpr SD_UINT8 GARBAGE = 0xA5;
+constexpr std::size_t ALL = 1000000;
 
-// What a target does with a connection, one after the other; then it closes.
-enum Step {
-    receive,
-    login,
-    garbage,
-    halfLoginAnswer,
-    longLoginAnswer,
-    endlessText,
-    halfAnswer,
-    data,
-    dataWithoutEnd,
-    pingsWithoutEnd,
-    stay
+enum class At { login, command };
+enum class Then { stays, closes, repeats };
+
+// What a target answers, and what it does then.
+struct Fault {
+    const char *what;
+    At at;
+    SD_UINT8 opcode;
+    std::size_t data; // bytes in the answer
+    std::size_t sent; // bytes of it that are sent
+    Then then;
+    Reach reach;          // what becomes of the command
+    SD_UINT16 status = 0; // of the login
 };
 
-Pdu dataFor(const Pdu &request, std::size_t bytes)
+constexpr Fault FAULTS[]{
+    {"silent after connecting", At::login, LOGIN_RESPONSE, 0, 0, Then::stays, Reach::timeout},
+    {"closes instead of an answer", At::login, LOGIN_RESPONSE, 0, 0, Then::closes, Reach::refused},
+    {"answers the login with garbage", At::login, GARBAGE, 100000, ALL, Then::stays, Reach::refused},
+    {"half a login answer", At::login, LOGIN_RESPONSE, 0, 20, Then::stays, Reach::timeout},
+    {"half a login answer and an end", At::login, LOGIN_RESPONSE, 0, 20, Then::closes, Reach::refused},
+    {"login answer that promises too much", At::login, LOGIN_RESPONSE, 100000, ALL, Then::stays, Reach::refused},
+    {"login text without an end", At::login, LOGIN_RESPONSE, 64, ALL, Then::stays, Reach::refused},
+    {"not authenticated", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::authentication, 0x0201},
+    {"not authorised", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::authentication, 0x0202},
+    {"not found", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::unknownTarget, 0x0203},
+    {"moved", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::refused, 0x0101},
+    {"of another version", At::login, LOGIN_RESPONSE, 0, ALL, Then::stays, Reach::refused, 0x0206},
+    {"closes instead of a command's answer", At::command, SCSI_RESPONSE, 0, 0, Then::closes, Reach::unreachable},
+    {"silent to a command", At::command, SCSI_RESPONSE, 0, 0, Then::stays, Reach::timeout},
+    {"answers a command with garbage", At::command, GARBAGE, 100000, ALL, Then::stays, Reach::unreachable},
+    {"half an answer to a command", At::command, SCSI_RESPONSE, 0, 30, Then::stays, Reach::timeout},
+    {"more data than asked for", At::command, DATA_IN, 5000, ALL, Then::stays, Reach::unreachable},
+    {"data without end", At::command, DATA_IN, 8, ALL, Then::repeats, Reach::timeout},
+    {"pings without end", At::command, NOP_IN, 100000, ALL, Then::repeats, Reach::timeout},
+};
+
+std::vector<SD_UINT8> answerOf(const Fault &fault, const Pdu &request)
 {
-    Pdu answer = answerTo(request, 0x25);
-    answer.header[1] = 0; // more to come
-    answer.data.assign(bytes, 0xDD);
-    return answer;
+    Pdu answer = fault.at == At::login ? loginAnswer(request, fault.status) : answerTo(request, fault.opcode);
+    answer.header[0] = fault.opcode;
+    answer.data.assign(fault.data, GARBAGE);
+    if (fault.opcode == GARBAGE) {
+        std::ranges::fill(answer.header, GARBAGE);
+    } else if (fault.opcode == NOP_IN) { // which asks for an answer
+        std::fill_n(answer.header.begin() + 16, 4, SD_UINT8{0xFF});
+        answer.header[23] = 1;
+    }
+    std::vector<SD_UINT8> bytes = bytesOf(answer);
+    bytes.resize(std::min(bytes.size(), fault.sent));
+    return bytes;
 }
 
-// With data, and asking for an answer.
-Pdu pingFor(const Pdu &request)
+void play(const Fault &fault, ScriptedConnection &to)
 {
-    Pdu ping = answerTo(request, 0x20);
-    std::fill_n(ping.header.begin() + 16, 4, SD_UINT8{0xFF});
-    ping.header[23] = 1;
-    ping.data.assign(100000, 0x55);
-    return ping;
-}
-
-std::vector<SD_UINT8> beginningOf(const Pdu &pdu, std::size_t bytes)
-{
-    std::vector<SD_UINT8> all = bytesOf(pdu);
-    all.resize(bytes);
-    return all;
-}
-
-Pdu loginAnswer(const Pdu &request, std::size_t bytes)
-{
-    Pdu answer = answerTo(request, 0x23);
-    answer.header[1] = 0x87;
-    answer.data.assign(bytes, 'x');
-    return answer;
-}
-
-void play(const std::vector<Step> &steps, ScriptedConnection &to)
-{
-    Pdu request;
-    const auto sendWithoutEnd = [&](const Pdu &pdu) {
-        for (;;) {
-            to.send(pdu);
-        }
-    };
-    for (const Step step : steps) {
-        switch (step) {
-        case receive:
-            request = to.receive();
-            break;
-        case login:
-            to.acceptLogin();
-            break;
-        case garbage:
-            to.send(std::vector<SD_UINT8>(100000, 0xA5));
-            break;
-        case halfLoginAnswer:
-            to.send(beginningOf(loginAnswer(request, 0), 20));
-            break;
-        case longLoginAnswer:
-            to.send(loginAnswer(request, 100000));
-            break;
-        case endlessText:
-            to.send(loginAnswer(request, 64));
-            break;
-        case halfAnswer:
-            to.send(beginningOf(answerTo(request, 0x21), 30));
-            break;
-        case data:
-            to.send(dataFor(request, 5000));
-            break;
-        case dataWithoutEnd:
-            sendWithoutEnd(dataFor(request, 8));
-            break;
-        case pingsWithoutEnd:
-            sendWithoutEnd(pingFor(request));
-            break;
-        case stay:
-            to.stayUntilClosed();
-            break;
-        }
+    if (fault.at == At::command) {
+        to.acceptLogin();
+    }
+    const Pdu request = to.receive();
+    do {
+        to.send(answerOf(fault, request));
+    } while (fault.then == Then::repeats);
+    if (fault.then == Then::stays) {
+        to.stayUntilClosed();
     }
 }
 
-struct Fault {
-    const char *what;
-    std::vector<Step> steps;
-    Reach reach;
-};
-
-const std::vector<Fault> FAULTS{
-    {"silent after connecting", {stay}, Reach::timeout},
-    {"closes instead of an answer", {receive}, Reach::refused},
-    {"answers the login with garbage", {garbage, stay}, Reach::refused},
-    {"half a login answer", {receive, halfLoginAnswer, stay}, Reach::timeout},
-    {"half a login answer and an end", {receive, halfLoginAnswer}, Reach::refused},
-    {"login answer that promises too much", {receive, longLoginAnswer, stay}, Reach::refused},
-    {"login text without an end", {receive, endlessText, stay}, Reach::refused},
-    {"closes instead of a command's answer", {login, receive}, Reach::unreachable},
-    {"silent to a command", {login, stay}, Reach::timeout},
-    {"answers a command with garbage", {login, receive, garbage, stay}, Reach::unreachable},
-    {"half an answer to a command", {login, receive, halfAnswer, stay}, Reach::timeout},
-    {"more data than asked for", {login, receive, data, stay}, Reach::unreachable},
-    {"data without end", {login, receive, dataWithoutEnd}, Reach::timeout},
-    {"pings without end", {login, receive, pingsWithoutEnd}, Reach::timeout},
-};
-
 TEST(Fault, EachIsAStatusWithinTheDeadline)
 {
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
+    const OpenPort port;
     for (const Fault &fault : FAULTS) {
-        const std::size_t descriptors = countOwn("fd");
+        const auto descriptors = countOwn("fd");
         {
-            const ScriptedTarget target([&](ScriptedConnection &to) { play(fault.steps, to); });
+            const ScriptedTarget target([&](ScriptedConnection &to) { play(fault, to); });
             const SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
             // The second command finds no session any more and meets the same.
             for (int attempt = 0; attempt < 2; ++attempt) {
                 CommandResult result;
-                EXPECT_LT(timeOf([&] { result = reportLuns(*port, request); }), SHORT_DEADLINE + MARGIN) << fault.what;
+                EXPECT_LT(timeOf([&] { result = port.reportLuns(request); }), SHORT_DEADLINE + MARGIN) << fault.what;
                 EXPECT_EQ(result.login.reach, fault.reach) << fault.what;
+                EXPECT_EQ(result.login.status, fault.status) << fault.what;
             }
             port->logout(request.index);
         }
@@ -170,17 +114,16 @@ TEST(Fault, SenseDataOfAnyLength)
     const ScriptedTarget target([](ScriptedConnection &to) {
         to.acceptLogin();
         for (std::size_t length = 0;; ++length) {
-            Pdu answer = answerTo(to.receive(), 0x21);
+            Pdu answer = answerTo(to.receive(), SCSI_RESPONSE);
             answer.header[3] = SCSI_CHECK_CONDITION;
             answer.data.assign(length, 0x05);
             to.send(answer);
         }
     });
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
+    const OpenPort port;
     const SessionRequest request = requestFor(target.port(), NAME);
     for (std::size_t length = 0; length < 300; ++length) {
-        const CommandResult result = reportLuns(*port, request);
+        const CommandResult result = port.reportLuns(request);
         ASSERT_EQ(result.login.reach, Reach::session) << length;
         EXPECT_EQ(result.status, SCSI_CHECK_CONDITION);
         EXPECT_TRUE(result.data.empty());
@@ -189,106 +132,80 @@ TEST(Fault, SenseDataOfAnyLength)
     }
 }
 
-// 0102h and its like, which no target at hand gives.
-TEST(Fault, LoginStatusReachesTheCaller)
+// Of two sessions with one initiator name and session ID a target ends the older.
+TEST(Fault, NoTwoSessionsHaveOneId)
 {
-    std::atomic<int> status{0};
+    std::set<std::vector<SD_UINT8>> ids;
     const ScriptedTarget target([&](ScriptedConnection &to) {
-        Pdu answer = answerTo(to.receive(), 0x23);
-        answer.header[36] = static_cast<SD_UINT8>(status >> 8);
-        answer.header[37] = static_cast<SD_UINT8>(status);
-        to.send(answer);
-        to.stayUntilClosed();
+        const Pdu request = to.receive();
+        EXPECT_TRUE(ids.emplace(request.header.begin() + 8, request.header.begin() + 14).second);
+        to.send(loginAnswer(request, 0x0203));
     });
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
-    const std::pair<int, Reach> expected[] = {{0x0201, Reach::authentication}, {0x0202, Reach::authentication},
-                                              {0x0203, Reach::unknownTarget},  {0x0101, Reach::refused},
-                                              {0x0206, Reach::refused},        {0x0301, Reach::refused}};
-    for (const auto &[sent, reach] : expected) {
-        status = sent;
-        const LoginResult login = logIn(*port, requestFor(target.port(), NAME, SHORT_DEADLINE));
-        EXPECT_EQ(login.reach, reach) << sent;
-        EXPECT_EQ(login.status, sent);
+    for (int session = 0; session < 5; ++session) {
+        EXPECT_EQ(OpenPort().logIn(requestFor(target.port(), NAME)).reach, Reach::unknownTarget);
     }
 }
 
-TEST(Fault, FiveHundredLoginsToATargetThatIsFrozen)
+// As when the units are listed: one of them never answers, which does not concern the others.
+TEST(Fault, OneUnitOfManyIsSilent)
+{
+    const ScriptedTarget target([](ScriptedConnection &to) {
+        to.acceptLogin();
+        for (Pdu request = to.receive(); request.header[9] != 2; request = to.receive()) {
+            to.send(answerTo(request, SCSI_RESPONSE));
+        }
+        to.stayUntilClosed();
+    });
+    const OpenPort port;
+    const SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
+    EXPECT_EQ(port.reach(request), Reach::session);
+    for (SD_UINT16 lun = 0; lun < 5; ++lun) {
+        CommandResult result;
+        EXPECT_LT(timeOf([&] { result = port.readCapacity(request, lun); }), SHORT_DEADLINE + MARGIN);
+        EXPECT_EQ(result.login.reach, lun == 2 ? Reach::timeout : Reach::session) << lun;
+    }
+}
+
+TEST(Fault, APortThatClosesHasToldOfEveryLogin)
 {
     constexpr SD_UINT32 entries = 512;
     const ScriptedTarget target([](ScriptedConnection &to) { to.stayUntilClosed(); });
-    Counters counters;
-    auto port = openPortOf("lo", counters);
+    OpenPort port;
     std::atomic<SD_UINT32> ended{0};
-    const auto logInToAll = [&] {
-        for (SD_UINT32 index = 0; index < entries; ++index) {
-            SessionRequest request = requestFor(target.port(), NAME, SHORT_DEADLINE);
-            request.index = index;
-            port->login(request, [&](const LoginResult &login) {
-                EXPECT_EQ(login.reach, Reach::timeout);
-                ++ended;
-            });
-        }
-    };
-    EXPECT_LT(timeOf(logInToAll), SHORT_DEADLINE) << "a login is waited for";
-    EXPECT_LT(timeOf([&] {
-                  while (ended < entries) {
-                      std::this_thread::sleep_for(5ms);
-                  }
-              }),
-              3 * SHORT_DEADLINE);
-
-    // Who closes the port waits for a second at most, and every login has been told of.
-    ended = 0;
-    logInToAll();
-    EXPECT_LT(timeOf([&] { port.reset(); }), 2s);
+    SessionRequest request = requestFor(target.port(), NAME);
+    for (request.index = 0; request.index < entries; ++request.index) {
+        port->login(request, [&](const LoginResult &login) {
+            EXPECT_EQ(login.reach, Reach::timeout);
+            ++ended;
+        });
+    }
+    EXPECT_EQ(ended, 0U) << "a login is waited for";
+    EXPECT_LT(timeOf([&] { port.close(); }), 2s);
     EXPECT_EQ(ended, entries);
 }
 
-class Victim : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        if (!isInstalled("tgtd")) {
-            GTEST_SKIP() << "tgtd is not installed";
-        }
-        daemon_ = std::make_unique<TargetDaemon>();
-        target_ = daemon_->addTarget(NAME);
-        daemon_->addUnit(target_, 1);
-        daemon_->addTarget("iqn.2024-01.example:bystander"); // tgtd without any target answers nobody
-        port_ = openPortOf("lo", counters_);
-        request_ = requestFor(daemon_->port(), NAME, SHORT_DEADLINE);
-    }
-
-    std::unique_ptr<TargetDaemon> daemon_;
-    int target_ = 0;
-    Counters counters_;
-    std::unique_ptr<TargetPort> port_;
-    SessionRequest request_;
-};
+using Victim = DaemonTest;
 
 TEST_F(Victim, KilledFrozenDeletedAndBackAgain)
 {
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
-    daemon_->freeze();
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::timeout);
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::timeout);
-    daemon_->resume();
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
-
-    daemon_->kill();
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::unreachable);
-    daemon_->start();
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::session);
-
-    daemon_->removeTarget(target_);
-    EXPECT_EQ(reportLuns(*port_, request_).login.reach, Reach::unknownTarget);
-
+    const SessionRequest request = requestTo(OPEN, SHORT_DEADLINE);
+    EXPECT_EQ(port.reach(request), Reach::session);
+    signal(SIGSTOP);
+    EXPECT_EQ(port.reach(request), Reach::timeout);
+    signal(SIGCONT);
+    EXPECT_EQ(port.reach(request), Reach::session);
+    killDaemon();
+    EXPECT_EQ(port.reach(request), Reach::unreachable);
+    startDaemon();
+    EXPECT_EQ(port.reach(request), Reach::session);
+    administer("administer --mode target --op delete --force --tid 1");
+    EXPECT_EQ(port.reach(request), Reach::unknownTarget);
+    killDaemon();
+    startDaemon();
+    EXPECT_EQ(port.reach(request), Reach::session);
     // A frozen target does not keep its port from going.
-    daemon_->freeze();
-    EXPECT_LT(timeOf([&] { port_.reset(); }), 2s + MARGIN);
-    daemon_->resume();
+    signal(SIGSTOP);
+    EXPECT_LT(timeOf([&] { port.close(); }), 2s + MARGIN);
 }
 
 TEST_F(Victim, EightThreadsReadWhileTheTargetComesAndGoes)
@@ -298,31 +215,31 @@ TEST_F(Victim, EightThreadsReadWhileTheTargetComesAndGoes)
     std::atomic<bool> ending{false};
     std::atomic<int> reads{0};
     std::atomic<int> failures{0};
-    std::vector<std::future<bool>> readers;
+    std::vector<std::future<Reach>> readers;
     for (SD_UINT32 reader = 0; reader < 8; ++reader) {
         readers.push_back(std::async(std::launch::async, [&, reader] {
-            SessionRequest request = request_;
+            SessionRequest request = requestTo(OPEN, SHORT_DEADLINE);
             request.index = reader / 2; // two threads share a session
             while (!ending) {
-                ++(succeeded(reportLuns(*port_, request)) ? reads : failures);
+                ++(port.reach(request) == Reach::session ? reads : failures);
             }
-            return succeeded(reportLuns(*port_, request));
+            return port.reach(request);
         }));
     }
     const auto end = std::chrono::steady_clock::now() + duration;
     while (std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(300ms);
-        daemon_->freeze();
+        signal(SIGSTOP);
         std::this_thread::sleep_for(SHORT_DEADLINE + 100ms);
-        daemon_->resume();
+        signal(SIGCONT);
         std::this_thread::sleep_for(200ms);
-        daemon_->kill();
+        killDaemon();
         std::this_thread::sleep_for(100ms);
-        daemon_->start();
+        startDaemon();
     }
     ending = true;
     for (auto &reader : readers) {
-        EXPECT_TRUE(reader.get()) << "a thread does not succeed at the end";
+        EXPECT_EQ(reader.get(), Reach::session) << "a thread does not succeed at the end";
     }
     EXPECT_GT(reads, 100);
     EXPECT_GT(failures, 0);

@@ -1,10 +1,9 @@
 // What the host adapter finds out of the network around it: interfaces, neighbours, ping, silence.
 #include "Fields.h"
-#include "PortTest.h"
+#include "OpenPort.h"
+#include "Sandbox.h"
 
 #include <sched.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <string>
@@ -16,11 +15,7 @@ using namespace std::chrono_literals;
 
 PingRequest pingOf(const std::string &address)
 {
-    PingRequest request;
-    request.address = makeAddress(address);
-    request.packets = 2;
-    request.deadline = 3s;
-    return request;
+    return {makeAddress(address), 2, {}, 3s};
 }
 
 TEST(Network, AdaptersAreTheInterfacesThatAreNamed)
@@ -41,80 +36,64 @@ TEST(Network, AdaptersAreTheInterfacesThatAreNamed)
 
 TEST(Network, PingIsAnsweredOrNot)
 {
-    Counters counters;
-    const auto port = openPortOf("lo", counters);
+    const OpenPort port;
     const PingResult answer = port->ping(pingOf("127.0.0.1"));
     if (answer == PingResult::notSupported) {
         GTEST_SKIP() << "this user may send no ICMP";
     }
     EXPECT_EQ(answer, PingResult::answered);
     EXPECT_EQ(port->ping(pingOf("::1")), PingResult::answered);
-    EXPECT_TRUE(port->linkUp());
     EXPECT_EQ(toText(port->addresses()->address), "127.0.0.1");
-    EXPECT_EQ(toText(port->addresses()->subnetMask), "255.0.0.0");
 }
 
 // What only a network of its own shows: runs in a process that has one, with a neighbour at the other end of a cable
-// who takes everything and says nothing. Skipped where this user may not make networks.
-template <typename Check>
-void inOwnNetwork(Check &&check)
+// who takes everything and says nothing.
+void inOwnNetwork(const std::function<void(const OpenPort &)> &check)
 {
-    constexpr int notAllowed = 2;
-    const pid_t process = fork();
-    if (process == 0) {
-        const bool made = unshare(CLONE_NEWNET) == 0
-                          && std::system("{ ip link set lo up && ip link add name near type veth peer name far"
-                                         " && ip link add name bridge type bridge && ip link set far master bridge"
-                                         " && ip link set far up && ip link set bridge up && ip link set near up"
-                                         " && ip address add 10.9.0.1/24 dev near && ip route add default via 10.9.0.2"
-                                         " && ip neighbour add 10.9.0.2 lladdr 02:00:00:00:00:09 dev near nud permanent"
-                                         " && ip neighbour add fd09::2 lladdr 02:00:00:00:00:0a dev near nud permanent"
-                                         "; } 2>/dev/null")
-                                 == 0;
-        if (!made) {
-            _exit(notAllowed);
-        }
-        Counters counters;
-        check(*openPortOf("near", counters));
-        _exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = 0;
-    waitpid(process, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status));
-    if (WEXITSTATUS(status) == notAllowed) {
-        GTEST_SKIP() << "this user may not make network namespaces";
-    }
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+    const auto make = [] {
+        return unshare(CLONE_NEWNET) == 0
+               && std::system("{ ip link set lo up && ip link add name near type veth peer name far"
+                              " && ip link add name bridge type bridge && ip link set far master bridge"
+                              " && ip link set far up && ip link set bridge up && ip link set near up"
+                              " && ip address add 10.9.0.1/20 dev near && ip route add default via 10.9.0.2"
+                              " && ip neighbour add 10.9.0.2 lladdr 02:00:00:00:00:09 dev near nud permanent"
+                              " && ip neighbour add fd09::2 lladdr 02:00:00:00:00:0a dev near nud permanent"
+                              "; } 2>/dev/null")
+                      == 0;
+    };
+    inChild(make, [&] { check(OpenPort("near")); });
 }
 
 TEST(Network, NeighboursAreTheKernels)
 {
-    inOwnNetwork([](TargetPort &port) {
-        const auto table = port.neighbours();
+    inOwnNetwork([](const OpenPort &port) {
+        const auto table = port->neighbours();
         ASSERT_TRUE(table && table->size() == 2);
         EXPECT_EQ(toText((*table)[0].ipAddr), "10.9.0.2");
         EXPECT_EQ((*table)[0].macAddr[5], 0x09);
         EXPECT_EQ(toText((*table)[1].ipAddr), "fd09::2");
         EXPECT_EQ((*table)[1].macAddr[5], 0x0A);
-        const auto addresses = port.addresses();
+        const auto addresses = port->addresses();
         EXPECT_EQ(toText(addresses->address), "10.9.0.1");
+        EXPECT_EQ(toText(addresses->subnetMask), "255.255.240.0");
         EXPECT_EQ(toText(addresses->gateway), "10.9.0.2");
-        EXPECT_TRUE(port.linkUp());
-        EXPECT_EQ(port.ping(pingOf("10.9.0.2")), PingResult::silent);
+        EXPECT_TRUE(port->linkUp());
+        EXPECT_EQ(port->ping(pingOf("10.9.0.2")), PingResult::silent);
     });
 }
 
 TEST(Network, NoAnswerIsUnreachableWithinTheDeadline)
 {
-    inOwnNetwork([](TargetPort &port) {
+    inOwnNetwork([](const OpenPort &port) {
         SessionRequest request = requestFor(3260, "iqn.2024-01.example:nobody", 500ms);
         // Somebody who does not answer, nobody, a host behind a router, one without a route to it.
         for (const char *address : {"10.9.0.2", "10.9.0.7", "10.10.0.1", "fd0a::1"}) {
             request.target.address = makeAddress(address);
-            const auto start = std::chrono::steady_clock::now();
-            EXPECT_EQ(reportLuns(port, request).login.reach, Reach::unreachable) << address;
-            EXPECT_EQ(port.discover(request).login.reach, Reach::unreachable) << address;
-            EXPECT_LT(std::chrono::steady_clock::now() - start, 2 * request.deadline + 500ms) << address;
+            const auto ask = [&] {
+                EXPECT_EQ(port.reach(request), Reach::unreachable) << address;
+                EXPECT_EQ(port->discover(request).login.reach, Reach::unreachable) << address;
+            };
+            EXPECT_LT(timeOf(ask), 2 * request.deadline + 500ms) << address;
         }
     });
 }

@@ -8,53 +8,20 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace
-{
-
-struct Bound {
-    int socket;
-    SD_UINT16 port;
-};
-
-Bound bindSocket()
-{
-    sockaddr_in name{};
-    name.sin_family = AF_INET;
-    name.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof name;
-    const int made = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (made < 0 || bind(made, reinterpret_cast<sockaddr *>(&name), size) != 0
-        || getsockname(made, reinterpret_cast<sockaddr *>(&name), &size) != 0) {
-        throw std::runtime_error("no port");
-    }
-    return {made, ntohs(name.sin_port)};
-}
-
-} // namespace
-
-SD_UINT16 freePort()
-{
-    const Bound bound = bindSocket();
-    close(bound.socket);
-    return bound.port;
-}
-
 Pdu ScriptedConnection::receive()
 {
+    const auto fill = [this](std::vector<SD_UINT8> &bytes) {
+        const auto size = static_cast<ssize_t>(bytes.size());
+        if (size != 0 && recv(socket_, bytes.data(), bytes.size(), MSG_WAITALL) != size) {
+            throw std::runtime_error("closed");
+        }
+    };
     Pdu pdu;
-    receive(pdu.header);
+    fill(pdu.header);
     const std::size_t length = static_cast<std::size_t>(pdu.header[5] << 16 | pdu.header[6] << 8 | pdu.header[7]);
     pdu.data.resize((length + 3) / 4 * 4);
-    receive(pdu.data);
+    fill(pdu.data);
     return pdu;
-}
-
-void ScriptedConnection::receive(std::vector<SD_UINT8> &bytes)
-{
-    if (!bytes.empty()
-        && recv(socket_, bytes.data(), bytes.size(), MSG_WAITALL) != static_cast<ssize_t>(bytes.size())) {
-        throw std::runtime_error("closed");
-    }
 }
 
 void ScriptedConnection::send(const std::vector<SD_UINT8> &bytes)
@@ -75,12 +42,7 @@ void ScriptedConnection::send(const Pdu &pdu)
 
 void ScriptedConnection::acceptLogin()
 {
-    const Pdu request = receive();
-    Pdu answer = answerTo(request, 0x23);
-    answer.header[1] = 0x87; // on to the full feature phase
-    std::copy_n(request.header.begin() + 8, 6, answer.header.begin() + 8);
-    answer.header[15] = 1; // the session's number
-    send(answer);
+    send(loginAnswer(receive(), 0));
 }
 
 void ScriptedConnection::stayUntilClosed()
@@ -103,6 +65,17 @@ Pdu answerTo(const Pdu &request, SD_UINT8 opcode)
     return answer;
 }
 
+Pdu loginAnswer(const Pdu &request, int status)
+{
+    Pdu answer = answerTo(request, LOGIN_RESPONSE);
+    answer.header[1] = status == 0 ? 0x87 : 0x80;
+    std::copy_n(request.header.begin() + 8, 6, answer.header.begin() + 8);
+    answer.header[15] = 1; // the session's number
+    answer.header[36] = static_cast<SD_UINT8>(status >> 8);
+    answer.header[37] = static_cast<SD_UINT8>(status);
+    return answer;
+}
+
 std::vector<SD_UINT8> bytesOf(const Pdu &pdu)
 {
     std::vector<SD_UINT8> bytes = pdu.header;
@@ -116,10 +89,16 @@ std::vector<SD_UINT8> bytesOf(const Pdu &pdu)
 
 ScriptedTarget::ScriptedTarget(Script script) : script_(std::move(script))
 {
-    const Bound bound = bindSocket();
-    listener_ = bound.socket;
-    port_ = bound.port;
-    listen(listener_, 1024);
+    sockaddr_in name{};
+    socklen_t size = sizeof name;
+    name.sin_family = AF_INET;
+    name.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (bind(listener_, reinterpret_cast<sockaddr *>(&name), size) != 0 || listen(listener_, 1024) != 0
+        || getsockname(listener_, reinterpret_cast<sockaddr *>(&name), &size) != 0) {
+        throw std::runtime_error("no port");
+    }
+    port_ = ntohs(name.sin_port);
     thread_ = std::thread([this] { serve(); });
 }
 

@@ -8,8 +8,12 @@
 #include <thread>
 #include <vector>
 
-// A TCP port of 127.0.0.1 that nobody has at the moment.
-SD_UINT16 freePort();
+// Kinds of PDUs that a target sends.
+inline constexpr SD_UINT8 NOP_IN = 0x20;
+inline constexpr SD_UINT8 SCSI_RESPONSE = 0x21;
+inline constexpr SD_UINT8 LOGIN_RESPONSE = 0x23;
+inline constexpr SD_UINT8 TEXT_RESPONSE = 0x24;
+inline constexpr SD_UINT8 DATA_IN = 0x25;
 
 // A PDU of iSCSI.
 struct Pdu {
@@ -32,13 +36,13 @@ public:
     void stayUntilClosed();
 
 private:
-    void receive(std::vector<SD_UINT8> &bytes);
-
     int socket_;
 };
 
 // The answer to a request: its kind, with the numbers that an answer repeats.
 Pdu answerTo(const Pdu &request, SD_UINT8 opcode);
+// The answer to a login. Status 0 goes on to the full feature phase.
+Pdu loginAnswer(const Pdu &request, int status);
 std::vector<SD_UINT8> bytesOf(const Pdu &pdu);
 
 // Listens on 127.0.0.1 and plays the script for each connection.
