@@ -8,17 +8,16 @@ import java.nio.ByteBuffer;
 import java.nio.channels.FileChannel;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
+import java.util.function.LongSupplier;
 
 /**
  * What a durable write of one device database entry costs, through the bridge and the software adapter: {@code
  * DurableWrite PAIRS FOLDER}, with the folder of the adapter's settings. The VM stands in the adapter's folder.
  */
 final class DurableWrite {
-    private static final String SECTION = "What does the store cost? A durable write of one entry";
+    private static final String SECTION = "8 What does the store cost? A durable write of one entry";
     private static final int SMALL_ADAPTER = 0;
     private static final int LARGE_ADAPTER = 2;
-    private static final int SMALL_TABLE = 16;
-    private static final int LARGE_TABLE = 500;
     private static final int RECORD = 484;
 
     private final ApiWrapper api = new ApiWrapper();
@@ -28,24 +27,24 @@ final class DurableWrite {
 
     public static void main(String[] arguments) throws IOException {
         DurableWrite writes = new DurableWrite();
-        writes.open(SMALL_ADAPTER, 1, SMALL_TABLE);
-        writes.open(LARGE_ADAPTER, LARGE_TABLE, Fixture.ENTRIES);
-        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), System::nanoTime, () -> {});
+        Measured.require(writes.open(SMALL_ADAPTER) <= 16, "the small table is not small");
+        Measured.require(writes.open(LARGE_ADAPTER) >= 500, "the full table is not full");
+        int pairs = Integer.parseInt(arguments[0]);
+        LongSupplier small = () -> Pairs.time(System::nanoTime, () -> writes.write(SMALL_ADAPTER));
+        LongSupplier large = () -> Pairs.time(System::nanoTime, () -> writes.write(LARGE_ADAPTER));
         try (FileChannel file = FileChannel.open(Path.of(arguments[1], "beside"), StandardOpenOption.CREATE,
             StandardOpenOption.WRITE)) {
-            timing.ratio(() -> writes.write(SMALL_ADAPTER), () -> sync(file))
-                .print(SECTION, "bridge and adapter / 484 bytes and fdatasync", "0..2");
+            LongSupplier bare = () -> Pairs.time(System::nanoTime, () -> sync(file));
+            Measured.print(SECTION, "bridge and adapter / 484 bytes and fdatasync", "0..2",
+                Pairs.ratios(pairs, small, bare));
         }
-        timing.ratio(() -> writes.write(LARGE_ADAPTER), () -> writes.write(SMALL_ADAPTER))
-            .print(SECTION, "into a full table / into a small one", "0..1.1");
+        Measured.print(SECTION, "into a full table / into a small one", "0..1.1", Pairs.ratios(pairs, large, small));
     }
 
-    private void open(int dev, int fewest, int most) {
-        boolean opened = api.openDevice(dev);
-        int entries = opened ? api.getiSCSIEntryNum(dev) : -1;
-        if (entries < fewest || entries > most) {
-            throw new IllegalStateException("adapter " + dev + " holds " + entries + " entries");
-        }
+    // The number of entries.
+    private int open(int dev) {
+        Measured.require(api.openDevice(dev), "adapter " + dev + " cannot be opened");
+        return api.getiSCSIEntryNum(dev);
     }
 
     // Every write changes the entry, so that none can be left out.

@@ -12,9 +12,7 @@ final class FirstUse {
         HBA hba = new HBA();
         int status = Peer.open(arguments[0]).snapshot().applyAsInt(hba);
         long time = System.nanoTime() - start;
-        if (status != 0 || hba.getDeviceDataBaseEntries().size() != Fixture.ENTRIES) {
-            throw new IllegalStateException("no full snapshot");
-        }
+        Measured.require(status == 0 && hba.getDeviceDataBaseEntries().size() == Fixture.ENTRIES, "no full snapshot");
         System.out.println(time);
     }
 }

@@ -2,27 +2,19 @@ package com.varden.tavo.iscsi.bench;
 
 import java.nio.file.Path;
 
-/** Hold on the management library with constant answers; the VM stands in its folder. */
+/** Hold on the management library that costs nothing; the VM stands in its folder. */
 final class Fixture {
-    static final String LIBRARY = Path.of("libvdsdm.so").toAbsolutePath().toString();
-
     /** Number of device database entries that the library answers with unless told otherwise. */
     static final int ENTRIES = 512;
 
-    /** The longest array of entries that is written. */
-    static final int MOST_WRITTEN = 511;
-
     static {
-        System.load(LIBRARY);
+        System.load(Path.of("libvdsdm.so").toAbsolutePath().toString());
     }
 
     private Fixture() {}
 
     /** Number of device database entries, 0 to 512. */
     static native void setEntryCount(int count);
-
-    /** The 512 records as they were written since the last call. */
-    static native byte[] takeWritten();
 
     /** Nanoseconds of processor time that all threads of this process have taken. */
     static native long processorTime();

@@ -5,16 +5,12 @@ import java.util.List;
 import java.util.concurrent.Callable;
 import java.util.concurrent.ExecutorService;
 import java.util.concurrent.Executors;
-import java.util.function.IntSupplier;
+import java.util.stream.LongStream;
 
 /** How the bridge's snapshot grows with the entries, and what a second thread gains: {@code Growth ROUNDS}. */
 final class Growth {
-    private static final int[] SIZES = {1, 64, 512};
-    private static final int WARM_UP_ROUNDS = 60;
     private static final int SNAPSHOTS = 10;
     private static final int SPINS = 20_000_000;
-
-    private static volatile long sink;
 
     private final Peer bridge = Peer.open("bridge");
 
@@ -23,31 +19,39 @@ final class Growth {
     public static void main(String[] arguments) throws InterruptedException {
         int rounds = Integer.parseInt(arguments[0]);
         Growth growth = new Growth();
-        growth.furtherEntries(WARM_UP_ROUNDS);
-        Figure.of(growth.furtherEntries(rounds)).print("Does it grow straight? Time for each further entry",
-            "from 64 to 512 / from 1 to 64", "0.95..1.05");
+        growth.furtherEntries(rounds / 5);
+        Measured.print("5 Does it grow straight? Time for each further entry", "from 64 to 512 / from 1 to 64",
+            "0.95..1.05", growth.furtherEntries(rounds));
         growth.threads(rounds / 5);
     }
 
-    // Every round takes all sizes in turn, each as often as it needs to convert 512 entries. The sizes lie far apart,
-    // since the difference of two times that are nearly the same is mostly chance.
+    // The sizes lie far apart, since the difference of two times that are nearly the same is mostly chance.
     private double[] furtherEntries(int rounds) {
-        HBA hba = new HBA();
-        Pairs timing = new Pairs(rounds, Fixture::processorTime, hba::clearDeviceDataBaseEntries);
-        IntSupplier snapshot = () -> bridge.snapshot().applyAsInt(hba);
         double[] ratios = new double[rounds];
         for (int i = 0; i < rounds; i++) {
-            double[] times = new double[SIZES.length];
-            for (int k = 0; k < SIZES.length; k++) {
-                Fixture.setEntryCount(SIZES[k]);
-                int calls = Fixture.ENTRIES / SIZES[k];
-                times[k] = (double) timing.time(snapshot, calls) / calls;
-            }
-            double few = (times[1] - times[0]) / (SIZES[1] - SIZES[0]);
-            double many = (times[2] - times[1]) / (SIZES[2] - SIZES[1]);
-            ratios[i] = many / few;
+            double one = snapshot(1);
+            double few = snapshot(64);
+            double many = snapshot(512);
+            ratios[i] = (many - few) / (512 - 64) / ((few - one) / (64 - 1));
         }
         return ratios;
+    }
+
+    // Nanoseconds for one snapshot of so many entries, repeated until 512 entries are converted.
+    private double snapshot(int entries) {
+        Fixture.setEntryCount(entries);
+        int calls = Fixture.ENTRIES / entries;
+        HBA hba = new HBA();
+        return (double) Pairs.time(Fixture::processorTime, () -> snapshots(hba, calls)) / calls;
+    }
+
+    private int snapshots(HBA hba, int calls) {
+        int status = 0;
+        for (int i = 0; i < calls; i++) {
+            hba.clearDeviceDataBaseEntries();
+            status |= bridge.snapshot().applyAsInt(hba);
+        }
+        return status;
     }
 
     // The same work on one thread and on two at once; the spin tells what this machine grants a second thread.
@@ -57,15 +61,15 @@ final class Growth {
         double[] beside = new double[rounds];
         ExecutorService pool = Executors.newFixedThreadPool(2);
         for (int i = 0; i < rounds; i++) {
-            snapshots[i] = slowdown(pool, Executors.callable(this::snapshots));
-            spins[i] = slowdown(pool, Executors.callable(Growth::spin));
+            snapshots[i] = slowdown(pool, () -> snapshots(new HBA(), SNAPSHOTS));
+            spins[i] = slowdown(pool, Growth::spin);
             beside[i] = snapshots[i] / spins[i];
         }
         pool.shutdown();
-        String section = "Do threads help? Time of two threads at once / of one";
-        Figure.of(snapshots).print(section, "snapshots", "");
-        Figure.of(spins).print(section, "a loop that touches no memory", "");
-        Figure.of(beside).print(section, "the first / the second", "0..1.5");
+        String section = "6 Do threads help? Time of two threads at once / of one";
+        Measured.print(section, "a loop that touches no memory", "", spins);
+        Measured.print(section, "snapshots", "", snapshots);
+        Measured.print(section, "snapshots / the loop", "0..1.5", beside);
     }
 
     private static double slowdown(ExecutorService pool, Callable<Object> work) throws InterruptedException {
@@ -76,19 +80,7 @@ final class Growth {
         return (double) (System.nanoTime() - one) / (one - start);
     }
 
-    private void snapshots() {
-        HBA hba = new HBA();
-        for (int i = 0; i < SNAPSHOTS; i++) {
-            hba.clearDeviceDataBaseEntries();
-            bridge.snapshot().applyAsInt(hba);
-        }
-    }
-
-    private static void spin() {
-        long state = 1;
-        for (int i = 0; i < SPINS; i++) {
-            state = state * 6364136223846793005L + 1442695040888963407L;
-        }
-        sink = state;
+    private static long spin() {
+        return LongStream.range(0, SPINS).reduce(1, (state, i) -> state * 6364136223846793005L + i);
     }
 }

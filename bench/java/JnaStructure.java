@@ -14,16 +14,6 @@ import java.util.function.ToIntFunction;
 
 /** The device database by way of JNA: direct mapping, and a new Structure for each record, as its manual teaches. */
 final class JnaStructure implements ToIntFunction<HBA> {
-    private static final int SLOTS = 512;
-
-    /** One address. */
-    @FieldOrder({"IPAddress", "Type", "Reserved"})
-    public static class Address extends Structure {
-        public byte[] IPAddress = new byte[16];
-        public short Type;
-        public short Reserved;
-    }
-
     /** Session parameters. */
     @FieldOrder({"deviceType", "exeThrottle", "Reserved", "retryCount", "retryDelay", "iSCSIOptions", "TCPOptions",
         "IPOptions", "MaxRxDataSegmentLen", "firstBurstSize", "DefaultTime2Wait", "DefaultTime2Retain",
@@ -49,10 +39,12 @@ final class JnaStructure implements ToIntFunction<HBA> {
         public byte[] targetAddr = new byte[32];
     }
 
-    /** Identity of a node. */
-    @FieldOrder({"IPAddr", "iSCSIName", "Alias", "PortalCount", "Reserved"})
+    /** Identity of a node, with its address. */
+    @FieldOrder({"IPAddress", "Type", "AddressReserved", "iSCSIName", "Alias", "PortalCount", "Reserved"})
     public static class Node extends Structure {
-        public Address IPAddr;
+        public byte[] IPAddress = new byte[16];
+        public short Type;
+        public short AddressReserved;
         public byte[] iSCSIName = new byte[256];
         public byte[] Alias = new byte[32];
         public short PortalCount;
@@ -82,40 +74,30 @@ final class JnaStructure implements ToIntFunction<HBA> {
         public short TargetPortalGroupID;
     }
 
-    /** The management library's operations. */
-    private static final class Library {
-        static {
-            Native.register(Library.class, Path.of("libvdsdm.so").toAbsolutePath().toString());
-        }
-
-        static native int SDOpenDeviceiSCSI(int adapterIndex, IntByReference handle);
-
-        static native int SDGetDDBEntryNum(int handle, IntByReference count);
-
-        static native int SDGetDDBEntry(int handle, Entry entry, int index);
+    static {
+        Native.register(JnaStructure.class, Path.of("libvdsdm.so").toAbsolutePath().toString());
     }
 
-    private final int handle;
+    static native int SDOpenDeviceiSCSI(int adapterIndex, IntByReference handle);
+
+    static native int SDGetDDBEntryNum(int handle, IntByReference count);
+
+    static native int SDGetDDBEntry(int handle, Entry entry, int index);
+
+    private final IntByReference handle = new IntByReference();
 
     JnaStructure() {
-        IntByReference opened = new IntByReference();
-        Library.SDOpenDeviceiSCSI(Peer.DEV, opened);
-        handle = opened.getValue();
+        SDOpenDeviceiSCSI(Peer.DEV, handle);
     }
 
     @Override
     public int applyAsInt(HBA hba) {
         IntByReference count = new IntByReference();
-        int status = Library.SDGetDDBEntryNum(handle, count);
-        int found = 0;
-        for (int index = 0; index < SLOTS && found < count.getValue();) {
+        int status = SDGetDDBEntryNum(handle.getValue(), count);
+        for (int index = 0; index < count.getValue(); index++) {
             Entry record = new Entry();
-            status |= Library.SDGetDDBEntry(handle, record, index);
-            if (record.DeviceState != 0) {
-                hba.addDeviceDataBaseEntry(entry(record, found));
-                found++;
-            }
-            index = record.NextValid > index && record.NextValid < SLOTS ? record.NextValid : index + 1;
+            status |= SDGetDDBEntry(handle.getValue(), record, index);
+            hba.addDeviceDataBaseEntry(entry(record, index));
         }
         return status;
     }
@@ -136,9 +118,11 @@ final class JnaStructure implements ToIntFunction<HBA> {
         entry.setTargetSessionID(Short.toUnsignedInt(record.TargetSessID));
         entry.setTargetPortalGroupID(Short.toUnsignedInt(record.TargetPortalGroupID));
         NodeInfo nodeInfo = entry.getNodeInfo();
-        nodeInfo.setiSCSIName(text(record.EntryInfo.iSCSIName));
-        nodeInfo.setAlias(text(record.EntryInfo.Alias));
-        nodeInfo.setIPAddress(address(record.EntryInfo.IPAddr));
+        nodeInfo.setiSCSIName(Native.toString(record.EntryInfo.iSCSIName, "UTF-8"));
+        nodeInfo.setAlias(Native.toString(record.EntryInfo.Alias, "UTF-8"));
+        IPAddr address = new IPAddr();
+        address.setAddress(shorts(record.EntryInfo.IPAddress));
+        nodeInfo.setIPAddress(address);
         nodeInfo.setPortalCount(Short.toUnsignedInt(record.EntryInfo.PortalCount));
         setDevice(record.DeviceInfo, entry.getDeviceEntry());
         return entry;
@@ -160,7 +144,7 @@ final class JnaStructure implements ToIntFunction<HBA> {
         device.setKeepAliveTO(Short.toUnsignedInt(record.keepAliveTimeout));
         device.setMaxOutstandingR2T(Short.toUnsignedInt(record.maxOutstandingR2T));
         device.setTCPOptions(Short.toUnsignedInt(record.TCPOptions));
-        device.setTargetAddress(text(record.targetAddr));
+        device.setTargetAddress(Native.toString(record.targetAddr, "UTF-8"));
         device.setPortNumber(Short.toUnsignedInt(record.portNumber));
     }
 
@@ -170,15 +154,5 @@ final class JnaStructure implements ToIntFunction<HBA> {
             shorts[i] = (short) Byte.toUnsignedInt(bytes[i]);
         }
         return shorts;
-    }
-
-    private static IPAddr address(Address record) {
-        IPAddr address = new IPAddr();
-        address.setAddress(shorts(record.IPAddress));
-        return address;
-    }
-
-    private static String text(byte[] field) {
-        return Native.toString(field, "UTF-8");
     }
 }

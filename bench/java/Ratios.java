@@ -3,73 +3,61 @@ package com.varden.tavo.iscsi.bench;
 import com.google.gson.Gson;
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
-import java.util.Arrays;
 import java.util.List;
+import java.util.function.LongSupplier;
 
-/** The bridge's time divided by that of its peers: {@code Ratios PAIRS PEER...}. */
+/** The bridge's time divided by that of a peer: {@code Ratios PAIRS PEER SECTION MARK}. */
 final class Ratios {
-    private final HBA hba = new HBA();
-    private final Peer bridge = Peer.open("bridge");
-    private final DevDBEntry[] entries;
+    private static final int MOST_WRITTEN = 511;
 
-    private Ratios() {
-        HBA source = new HBA();
-        bridge.snapshot().applyAsInt(source);
-        List<DevDBEntry> all = source.getDeviceDataBaseEntries();
-        entries = all.subList(0, Fixture.MOST_WRITTEN).toArray(new DevDBEntry[0]);
-    }
+    private final HBA hba = new HBA();
+    private DevDBEntry[] entries;
+
+    private Ratios() {}
 
     public static void main(String[] arguments) {
+        int pairs = Integer.parseInt(arguments[0]);
+        String name = arguments[1];
         Ratios ratios = new Ratios();
-        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), Fixture::processorTime,
-            ratios.hba::clearDeviceDataBaseEntries);
-        for (String name : Arrays.asList(arguments).subList(1, arguments.length)) {
-            ratios.compare(timing, name);
-        }
-    }
-
-    private void compare(Pairs timing, String name) {
+        Peer bridge = Peer.open("bridge");
         Peer peer = Peer.open(name);
-        requireTheSame(name, snapshot(bridge), snapshot(peer));
-        timing.ratio(() -> bridge.snapshot().applyAsInt(hba), () -> peer.snapshot().applyAsInt(hba))
-            .print(section(name), "snapshot of 512 entries / " + name, mark(name));
+        Measured.require(ratios.read(peer).equals(ratios.read(bridge)), name + " reads other values than the bridge");
+        Measured.print(arguments[2], "snapshot of 512 entries / " + name, arguments[3],
+            Pairs.ratios(pairs, ratios.snapshot(bridge), ratios.snapshot(peer)));
         if (peer.write() != null) {
-            requireTheSame(name, write(bridge), write(peer));
-            timing.ratio(() -> bridge.write().applyAsInt(entries), () -> peer.write().applyAsInt(entries))
-                .print(section(name), "write of 511 entries / " + name, mark(name));
+            String written = ratios.change(peer);
+            Measured.require(ratios.read(bridge).equals(written), name + " writes other values than it was given");
+            Measured.print(arguments[2], "write of 511 entries / " + name, arguments[3],
+                Pairs.ratios(pairs, ratios.write(bridge), ratios.write(peer)));
         }
     }
 
-    private static String section(String peer) {
-        return switch (peer) {
-            case "twin" -> Report.CONTROLS;
-            case "straight" -> "Are the helpers free? The bridge / straight lines by hand";
-            default -> "Is it faster than the alternatives? The bridge / the alternative, once compiled";
+    private LongSupplier snapshot(Peer peer) {
+        return () -> {
+            hba.clearDeviceDataBaseEntries();
+            return Pairs.time(Fixture::processorTime, () -> peer.snapshot().applyAsInt(hba));
         };
     }
 
-    private static String mark(String peer) {
-        return switch (peer) {
-            case "twin" -> "0.98..1.02";
-            case "straight" -> "0..1.05";
-            case "jna-structure" -> "0..1";
-            default -> "";
-        };
+    private LongSupplier write(Peer peer) {
+        return () -> Pairs.time(Fixture::processorTime, () -> peer.write().applyAsInt(entries));
     }
 
-    private static String snapshot(Peer peer) {
+    // The entries that can be written, as the peer reads them.
+    private String read(Peer peer) {
         HBA filled = new HBA();
-        return peer.snapshot().applyAsInt(filled) + new Gson().toJson(filled.getDeviceDataBaseEntries());
+        Measured.require(peer.snapshot().applyAsInt(filled) == 0, "a snapshot failed");
+        List<DevDBEntry> read = filled.getDeviceDataBaseEntries().subList(0, MOST_WRITTEN);
+        entries = read.toArray(new DevDBEntry[0]);
+        return new Gson().toJson(entries);
     }
 
-    private String write(Peer peer) {
-        Fixture.takeWritten();
-        return peer.write().applyAsInt(entries) + Arrays.toString(Fixture.takeWritten());
-    }
-
-    private static void requireTheSame(String name, String expected, String found) {
-        if (!found.equals(expected)) {
-            throw new IllegalStateException(name + " gives other values than the bridge");
+    // Has the peer write them with other names.
+    private String change(Peer peer) {
+        for (DevDBEntry entry : entries) {
+            entry.getNodeInfo().setAlias("changed " + entry.getTargetID());
         }
+        Measured.require(peer.write().applyAsInt(entries) == 0, "a write failed");
+        return new Gson().toJson(entries);
     }
 }

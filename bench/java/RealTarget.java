@@ -13,9 +13,8 @@ import java.nio.file.Path;
  * how many targets there are. The VM stands in the adapter's folder; the device database is empty.
  */
 final class RealTarget {
-    private static final String SECTION = "What does a real target cost? On the loopback interface";
+    private static final String SECTION = "9 What does a real target cost? On the loopback interface";
     private static final String ADDRESS = "127.0.0.1";
-    private static final int DEV = 0;
     private static final int CONFIGURED = 1;
     private static final int ASKED = 0;
 
@@ -29,49 +28,47 @@ final class RealTarget {
     public static void main(String[] arguments) {
         RealTarget target = new RealTarget(Integer.parseInt(arguments[2]));
         System.load(Path.of(arguments[1]).toString());
-        require(target.api.openDevice(DEV), "the adapter cannot be opened");
-        require(target.entries() == 0, "the device database is not empty");
+        Measured.require(target.api.openDevice(Peer.DEV), "the adapter cannot be opened");
+        Measured.require(target.api.getiSCSIEntryNum(Peer.DEV) == 0, "the device database is not empty");
         target.write(ASKED, arguments[3]);
-        require(Libiscsi.login(ADDRESS + ":" + target.port, arguments[3]), "libiscsi cannot log in");
-        Pairs timing = new Pairs(Integer.parseInt(arguments[0]), System::nanoTime, () -> {});
-        timing.ratio(target::reportLUNs, Libiscsi::reportLUNs)
-            .print(SECTION, "REPORT LUNS / libiscsi alone", "0..1.5");
+        Measured.require(loginAlone(ADDRESS + ":" + target.port, arguments[3]), "libiscsi cannot log in");
+        double[] ratios = Pairs.ratios(Integer.parseInt(arguments[0]),
+            () -> Pairs.time(System::nanoTime, target::reportLUNs),
+            () -> Pairs.time(System::nanoTime, RealTarget::reportLUNsAlone));
+        Measured.print(SECTION, "REPORT LUNS / libiscsi alone", "0..1.5", ratios);
 
         // One of them is known already.
         int targets = Integer.parseInt(arguments[4]);
         long start = System.nanoTime();
         target.write(ASKED + 1, "");
         double seconds = (System.nanoTime() - start) / 1e9;
-        require(target.entries() == targets, "discovery found " + target.entries() + " of " + targets + " targets");
-        Figure.of(new double[] {seconds}).print(SECTION, "discovery of " + targets + " targets, seconds", "0..1");
-        require(target.api.closeDevice(DEV), "the adapter cannot be closed");
+        int found = target.api.getiSCSIEntryNum(Peer.DEV);
+        Measured.require(found == targets, "discovery found " + found + " of " + targets + " targets");
+        Measured.print(SECTION, "discovery of " + targets + " targets, seconds", "0..1", seconds);
+        Measured.require(target.api.closeDevice(Peer.DEV), "the adapter cannot be closed");
     }
 
-    private static void require(boolean condition, String otherwise) {
-        if (!condition) {
-            throw new IllegalStateException(otherwise);
-        }
-    }
+    // Logs libiscsi alone in to a target, once.
+    private static native boolean loginAlone(String portal, String target);
 
-    private int entries() {
-        return api.getiSCSIEntryNum(DEV);
-    }
+    // Has libiscsi alone send what the bridge sends for one call; 0 when every answer came.
+    private static native int reportLUNsAlone();
 
     // Without a name this is the discovery of what the portal offers.
     private void write(int id, String name) {
         DevDBEntry entry = new DevDBEntry();
-        require(api.getInitialDDBEntry(DEV, entry, id) == 0, "there is no initial entry");
+        Measured.require(api.getInitialDDBEntry(Peer.DEV, entry, id) == 0, "there is no initial entry");
         entry.setTargetID(id);
         entry.setState(CONFIGURED);
         entry.getNodeInfo().setiSCSIName(name);
         entry.getNodeInfo().setIPAddress(IPAddr.parse(ADDRESS));
         entry.getDeviceEntry().setPortNumber(port);
-        require(api.setDDBData(DEV, entry, id) == 0, "entry " + id + " cannot be written");
+        Measured.require(api.setDDBData(Peer.DEV, entry, id) == 0, "entry " + id + " cannot be written");
     }
 
     private int reportLUNs() {
         Target target = new Target();
         target.getTargetInfo().setTargetID(ASKED);
-        return api.getScsiReportLUNsData(DEV, new HBA(), target);
+        return api.getScsiReportLUNsData(Peer.DEV, new HBA(), target);
     }
 }

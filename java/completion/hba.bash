@@ -1,15 +1,15 @@
 # Completion of hba for bash. The tool itself knows what may follow; it answers with a candidate and what that is.
 _hba() {
   local current=${COMP_WORDS[COMP_CWORD]} words=() i candidate what
-  # bash parts words at =, which belongs to those with an option.
+  # bash parts words at = and :, which belong to those with an option and to iSCSI names.
   for ((i = 1; i <= COMP_CWORD; i++)); do
-    if ((i > 1)) && [[ ${COMP_WORDS[i]} == = || ${COMP_WORDS[i - 1]} == = ]]; then
+    if ((i > 1)) && [[ ${COMP_WORDS[i]} == [=:] || ${COMP_WORDS[i - 1]} == [=:] ]]; then
       words[-1]+=${COMP_WORDS[i]}
     else
       words+=("${COMP_WORDS[i]}")
     fi
   done
-  [[ $current != = ]] || current=
+  [[ $current != [=:] ]] || current=
   # What bash leaves standing before the part that it replaces.
   local before=${words[-1]%"$current"}
   COMPREPLY=()

@@ -92,42 +92,6 @@ TEST(HostileLibrary, chapTableThatFillsItsRoom)
     }
 }
 
-// The figures of a call for a table of `count` entries.
-Counts countsFor(const char *method, SD_UINT32 count)
-{
-    World world(nativeMethod(method));
-    if (world.array != nullptr) { // the same element over and over
-        world.array =
-            world.env->NewObjectArray(jsize(count), world.env->FindClass("java/lang/Object"), world.objects[0].second);
-    }
-    const Outcome outcome = hostile(world, [&](const Operation &operation) {
-        return operation.name == "SDGetInitFW" ? Answer{} : filled(operation, '3', count);
-    });
-    EXPECT_EQ(outcome.result, "0");
-    return outcome.counts;
-}
-
-// What is made for an element goes with it: the live references are as many for a full table as for one entry.
-TEST(HostileLibrary, liveReferencesDoNotGrowWithTheTable)
-{
-    struct Row {
-        const char *method;
-        SD_UINT32 most;
-    };
-    for (const Row &row : {Row{"getiSCSIHBAData", 512}, Row{"getCHAPTableData", 128}, Row{"getiSNSTargets", 512},
-                           Row{"setDDBsData", 511}, Row{"setCHAPTableData", 127}}) {
-        SCOPED_TRACE(row.method);
-        const Counts one = countsFor(row.method, 1), some = countsFor(row.method, 64),
-                     all = countsFor(row.method, row.most);
-        EXPECT_EQ(one.peak, some.peak);
-        EXPECT_EQ(one.peak, all.peak);
-        EXPECT_GT(all.lookups, 5 * row.most) << "not every entry was handled";
-        // And nothing but the number of entries makes the calls grow.
-        EXPECT_EQ((all.lookups - one.lookups) % (row.most - 1), 0U);
-        EXPECT_EQ((all.calls - one.calls) % (row.most - 1), 0U);
-    }
-}
-
 // Array writes at their borders: what is handed over, and what is quietly not.
 TEST(HostileLibrary, arraysAtTheirBorders)
 {

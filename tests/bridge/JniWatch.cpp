@@ -57,7 +57,6 @@ struct WatchedTable {
     static jmethodID JNICALL getMethodID(JNIEnv *env, jclass cls, const char *name, const char *signature)
     {
         JniWatch &w = watch(env);
-        ++w.counts.lookups;
         if (w.fails("java/lang/NoSuchMethodError",
                     [&] { return "lookup " + w.className(cls) + " " + name + " " + signature; })) {
             return nullptr;
@@ -88,7 +87,6 @@ struct WatchedTable {
     static void call(JNIEnv *env, jobject object, jmethodID id, char result, va_list values, const Work &carryOut)
     {
         JniWatch &w = watch(env);
-        ++w.counts.calls;
         const JniWatch::Method &method = w.method(object, id, result);
         const bool canFail = result == 'L' || w.leavePending;
         va_list copy;

@@ -12,12 +12,6 @@
 #include <utility>
 #include <vector>
 
-// What one native call did, in figures.
-struct Counts {
-    unsigned lookups = 0, calls = 0;
-    unsigned peak = 0; // most local references alive at once
-};
-
 class JniWatch
 {
 public:
@@ -53,7 +47,7 @@ public:
     bool leavePending = false; // the failing JNI call also leaves the error pending that the VM would raise
     std::string failedAt;      // the event that failed
 
-    Counts counts;
+    std::size_t peak = 0;            // most local references alive at once
     long heapBlocks = 0;             // blocks allocated and not freed
     const void *lastBlock = nullptr; // the block allocated last, and its size
     std::size_t lastSize = 0;
@@ -107,7 +101,7 @@ private:
     {
         if (reference != nullptr) {
             alive_.push_back(reference);
-            counts.peak = std::max(counts.peak, unsigned(alive_.size()));
+            peak = std::max(peak, alive_.size());
         }
         return reference;
     }

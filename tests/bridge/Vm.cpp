@@ -178,6 +178,6 @@ Outcome call(World &world, const std::function<void(JniWatch &)> &arrange)
     mustBeNone(world.method.name == std::string("setCHAPTableData") ? long(watch.unwiped) : 0,
                "blocks of secrets freed");
     out.pending = watch.pending();
-    out.counts = watch.counts;
+    out.peak = watch.peak;
     return out;
 }

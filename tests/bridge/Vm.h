@@ -79,7 +79,7 @@ struct Outcome {
     std::string printed;
     std::string left; // what no call may do or leave behind, empty when there is nothing
     bool pending = false;
-    Counts counts;
+    std::size_t peak = 0; // most local references alive at once
 };
 
 // Calls the world's method under a watch that `arrange` may set up. The stack below is full of rubbish.

@@ -12,11 +12,9 @@ import com.varden.tavo.iscsi.model.HBA;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.util.List;
-import java.util.Map;
-import java.util.TreeMap;
-import java.util.regex.Matcher;
+import java.util.regex.MatchResult;
 import java.util.regex.Pattern;
+import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
@@ -24,17 +22,11 @@ import org.junit.jupiter.api.io.TempDir;
 final class CodesTest {
     @Test
     void statusesAreThoseOfTheHeader() throws IOException {
-        Map<String, Integer> header = new TreeMap<>();
-        Matcher lines = Pattern.compile("SD_UINT32 (ERR_\\w+) = (0x\\w+);")
-            .matcher(Files.readString(Tool.SOURCES.resolve("include/vdsdm/Status.h")));
-        while (lines.find()) {
-            header.put(lines.group(1), Integer.decode(lines.group(2)));
-        }
-        Map<String, Integer> known = new TreeMap<>();
-        for (Status status : Status.values()) {
-            known.put(status.name(), status.code());
-        }
-        assertEquals(header, known);
+        String header = Files.readString(Tool.SOURCES.resolve("include/vdsdm/Status.h"));
+        assertEquals(
+            Pattern.compile("ERR_\\w+ = 0x\\w+").matcher(header).results().map(MatchResult::group).sorted().toList(),
+            Stream.of(Status.values()).map(status -> String.format("%s = 0x%x", status, status.code())).sorted()
+                .toList());
     }
 
     @Test
@@ -62,9 +54,7 @@ final class CodesTest {
     void anAdapterClosesItself(@TempDir Path folder) throws IOException {
         Tool tool = new Tool(folder);
         tool.directory = Tool.PREFIX.resolve("lib/vdsdm");
-        tool.execute(null, List.of(System.getProperty("java.home") + "/bin/java",
-            "-Dtavo.iscsi.library=" + Tool.PREFIX.resolve("lib/libtavoiscsi.so"), "-cp",
-            System.getProperty("java.class.path"), Application.class.getName())).expect(0).shows("all closed");
+        tool.execute(null, Tool.application(Application.class)).expect(0).shows("all closed");
     }
 
     /** Runs in a VM that finds the libraries. */

@@ -1,34 +1,25 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
 import com.google.gson.JsonArray;
-import com.google.gson.JsonElement;
-import com.google.gson.JsonObject;
 import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.attribute.PosixFilePermissions;
+import java.util.ArrayList;
 import java.util.List;
 import org.junit.jupiter.api.Test;
 
 /** Targets that portals offer, the choice of the management library, and what the doctor finds. */
 final class DiscoveryTest extends ToolTest {
-    private static JsonObject element(JsonArray list, int index) {
-        return list.get(index).getAsJsonObject();
-    }
-
     @Test
     void discover() throws IOException {
-        JsonArray before = tool.json("target list 0").getAsJsonArray();
-        JsonArray found = tool.json("discover 0 10.24.1.3 --chap-index=1").getAsJsonArray();
+        int before = array("target list 0").size();
+        JsonArray found = array("discover 0 10.24.1.3 --chap-index=1");
         assertEquals(1, found.size());
-        JsonObject disk = element(found, 0);
-        assertTrue(disk.toString().contains("iqn.2004-07.com.varden.tavo:shelf.disk0002"), disk.toString());
-        assertEquals("2 2 1", disk.get("targetID") + " " + disk.get("state") + " " + disk.get("chapIndex"));
-        assertEquals(before.size() + 1, tool.json("target list 0").getAsJsonArray().size());
+        assertEquals("2 2 1 iqn.2004-07.com.varden.tavo:shelf.disk0002",
+            Tool.values(found, "0.targetID", "0.state", "0.chapIndex", "0.nodeInfo.iSCSIName"));
+        assertEquals(before + 1, array("target list 0").size());
 
         tool.run("discover 0 10.24.1.3").expect(0).shows("1 target is known", "0 of them new");
-        assertEquals(before.size() + 1, tool.json("target list 0").getAsJsonArray().size());
+        assertEquals(before + 1, array("target list 0").size());
 
         int settings = tool.settings();
         tool.run("discover 0 10.20.0.14").expect(1).says("ERR_UNREACHABLE", "10.20.0.14, port 3260");
@@ -47,16 +38,7 @@ final class DiscoveryTest extends ToolTest {
         tool.refused("version --library", "needs a value");
         // Where an argument is a value, it stays one.
         tool.run(null, "target", "set", "0", "7", "--iscsi-name=iqn.2004-07.com.example:a b", "--force").expect(0);
-        assertTrue(tool.json("target show 0 7").toString().contains("example:a b"));
-    }
-
-    private static String result(JsonElement findings, String check) {
-        for (JsonElement finding : findings.getAsJsonArray()) {
-            if (finding.getAsJsonObject().get("check").getAsString().equals(check)) {
-                return finding.getAsJsonObject().get("result").getAsString();
-            }
-        }
-        return "not checked";
+        assertEquals("iqn.2004-07.com.example:a b", Tool.values(object("target show 0 7"), "nodeInfo.iSCSIName"));
     }
 
     @Test
@@ -65,9 +47,10 @@ final class DiscoveryTest extends ToolTest {
             tool.flash.toString());
         tool.run("target set 0 1 --alias=new").expect(0);
         Files.setPosixFilePermissions(tool.settingsFile(), PosixFilePermissions.fromString("rw-r--r--"));
-        JsonElement findings = tool.json("doctor");
-        assertEquals("ok ok warning", result(findings, "bridge") + " " + result(findings, "adapters") + " "
-            + result(findings, "stored settings"));
+        List<String> findings = new ArrayList<>();
+        array("doctor").forEach(finding -> findings.add(Tool.values(finding, "check", "result")));
+        assertTrue(findings.containsAll(List.of("bridge ok", "adapters ok", "stored settings warning")),
+            findings::toString);
 
         Path bridge = tool.folder.resolve("bridge.so");
         tool.environment.put("HBA_BRIDGE", bridge.toString());
@@ -79,7 +62,6 @@ final class DiscoveryTest extends ToolTest {
 
     @Test
     void currentFolderGone() {
-        tool.execute(null, List.of("/bin/sh", "-c", "mkdir gone; cd gone; rmdir ../gone; '" + tool.launcher
-            + "' version")).expect(2).says("no longer exists");
+        tool.script("mkdir gone; cd gone; rmdir ../gone; \"$0\" version").expect(2).says("no longer exists");
     }
 }

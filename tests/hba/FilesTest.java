@@ -1,8 +1,3 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertFalse;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
-import com.google.gson.JsonArray;
 import com.google.gson.JsonParser;
 import java.io.IOException;
 import java.nio.file.Files;
@@ -10,7 +5,6 @@ import java.nio.file.Path;
 import java.nio.file.attribute.PosixFilePermissions;
 import java.util.List;
 import java.util.stream.Stream;
-import org.junit.jupiter.api.BeforeEach;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.CsvSource;
@@ -18,28 +12,18 @@ import org.junit.jupiter.params.provider.ValueSource;
 
 /** The files that export writes and import reads: where they may stand, who may read them, and that none gets lost. */
 final class FilesTest extends ToolTest {
-    private Path file;
-
-    @BeforeEach
-    void nameFile() {
-        file = tool.directory.resolve("x.json");
+    private Path file() {
+        return tool.directory.resolve("x.json");
     }
 
     private String permissions() throws IOException {
-        return PosixFilePermissions.toString(Files.getPosixFilePermissions(file));
+        return PosixFilePermissions.toString(Files.getPosixFilePermissions(file()));
     }
 
     private long filesBeside() throws IOException {
         try (Stream<Path> files = Files.list(tool.directory)) {
             return files.count();
         }
-    }
-
-    @Test
-    void standardOutput() throws IOException {
-        tool.run("export 0 x.json").expect(0);
-        assertEquals(Files.readString(file), tool.run("export 0 -").expect(0).out());
-        assertEquals(1, filesBeside());
     }
 
     /** Nothing but a regular file is written to, and an old one only after a question. */
@@ -60,10 +44,9 @@ final class FilesTest extends ToolTest {
     @ParameterizedTest
     @CsvSource({"027, rw-r-----", "000, rw-rw-rw-"})
     void whoMayRead(String umask, String expected) throws IOException {
-        tool.execute(null, List.of("sh", "-c", "umask " + umask + "; exec " + tool.launcher + " export 0 x.json"))
-            .expect(0);
+        tool.script("umask " + umask + "; exec \"$0\" export 0 x.json").expect(0);
         assertEquals(expected, permissions());
-        Files.setPosixFilePermissions(file, PosixFilePermissions.fromString("rw-r--r--"));
+        Files.setPosixFilePermissions(file(), PosixFilePermissions.fromString("rw-r--r--"));
         tool.run("export 0 x.json --yes").expect(0);
         assertEquals("rw-r--r--", permissions());
         tool.run("export 0 x.json --yes --reveal").expect(0);
@@ -74,22 +57,20 @@ final class FilesTest extends ToolTest {
     @ParameterizedTest
     @ValueSource(strings = {"INT", "TERM", "HUP"})
     void interrupted(String signal) throws Exception {
-        Files.writeString(file, "precious");
         int status = 0;
         for (int i = 0; i < 20 && status == 0; i++) {
-            Files.writeString(file, "precious");
-            Process process = tool.process(List.of("env", "--default-signal=" + signal, tool.launcher.toString(),
-                "export", "2", "x.json", "--yes")).redirectErrorStream(true).start();
+            Files.writeString(file(), "precious");
+            Process process = tool.start("export 2 x.json --yes");
             while (process.isAlive() && filesBeside() == 1) {
                 Thread.onSpinWait();
             }
-            new ProcessBuilder("kill", "-" + signal, Long.toString(process.pid())).start().waitFor();
+            tool.signal(process, signal);
             process.getInputStream().readAllBytes();
             status = process.waitFor();
             assertEquals(1, filesBeside());
         }
         assertTrue(status > 128, "no signal came in time");
-        assertEquals("precious", Files.readString(file));
+        assertEquals("precious", Files.readString(file()));
     }
 
     /** A power cut leaves the old document or the new one: contents, rename and folder reach the disk in order. */
@@ -103,22 +84,18 @@ final class FilesTest extends ToolTest {
         List<String> order = Files.readAllLines(log).stream().filter(line -> line.contains(folder)).toList();
         assertEquals(3, order.size(), order::toString);
         String draft = order.get(0).substring("sync ".length());
-        assertEquals(List.of("sync " + draft, "rename " + draft + " to " + file, "sync " + folder), order);
-    }
-
-    private static JsonArray chapTable(String document) {
-        return JsonParser.parseString(document).getAsJsonObject().getAsJsonArray("CHAPTable");
+        assertEquals(List.of("sync " + draft, "rename " + draft + " to " + file(), "sync " + folder), order);
     }
 
     /** What goes out can come in again: what cannot be written back is named, stays out, and stays as it is. */
     @Test
     void whatIsExportedCanBeImported() throws IOException {
         tool.run("export 0 x.json --reveal").expect(0).says("CHAPTable[3].link: 261", "0 to 255", "left out");
-        assertFalse(chapTable(Files.readString(file)).get(3).getAsJsonObject().has("link"));
+        assertFalse(Tool.values(JsonParser.parseString(Files.readString(file())), "CHAPTable.3").contains("link"));
         tool.run("import 0 x.json --yes").expect(0).shows("Nothing differs.");
-        assertEquals(261, tool.json("chap list 0").getAsJsonArray().get(3).getAsJsonObject().get("link").getAsInt());
+        assertEquals("261", Tool.values(array("chap list 0"), "3.link"));
         // The table is written as a whole: a change of another entry would cut this one's link.
-        Files.writeString(file, Files.readString(file).replace("initiator-b", "initiator-c"));
+        Files.writeString(file(), Files.readString(file()).replace("initiator-b", "initiator-c"));
         tool.refused("import 0 x.json --yes", "CHAPTable[3].link", "261", "0 to 255");
     }
 }

@@ -1,6 +1,3 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
 import java.io.IOException;
 import java.nio.file.Files;
 import org.junit.jupiter.api.Test;
@@ -29,8 +26,8 @@ final class InputTest extends ToolTest {
         chap set 0 1 --secret-file=latin1               | not text in UTF-8
         chap set 0 1 --secret-file=long                 | 101 bytes & at most 100
         chap set 0 1 --no-secret --secret               | exclude each other
-        stats show 0 --times 3                          | --times
-        stats show 0 --watch=0                          | 0.1 to 65535
+        target list 0 --times 3                         | --times goes with --watch
+        stats show 0 --watch=0.09 --times=1             | 0.1 to 65535
         target set 0 7 --ip-address=10.20.0.11          | no iSCSI name & --force
         target set 0 7 --iscsi-name=disk                | 'disk' is no iSCSI name & 'iqn.' & --force
         target set 0 7 --iscsi-name=iqn.2004-13.com.x   | is no iSCSI name
@@ -95,8 +92,7 @@ final class InputTest extends ToolTest {
         tool.run("target set 0 7 --force --iscsi-name=" + name).expect(0);
         // What is there already may stay.
         tool.run("target set 0 7 --alias=" + "\u00e4".repeat(16)).expect(0);
-        assertEquals(name, tool.json("target show 0 7").getAsJsonObject().getAsJsonObject("nodeInfo").get("iSCSIName")
-            .getAsString());
+        assertEquals(name, Tool.values(object("target show 0 7"), "nodeInfo.iSCSIName"));
         tool.refused("target set 0 7 --iscsi-name=" + name + "n", "--iscsi-name", "257 bytes", "at most 256");
         tool.refused("firmware set 0 --alias=" + "\u00e4".repeat(16) + "a", "--alias", "33 bytes", "at most 32");
         tool.run("target set 0 8 --iscsi-name=eui.02004567A425678D --alias @all.json").expect(0);

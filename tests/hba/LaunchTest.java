@@ -1,6 +1,4 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertFalse;
-import static org.junit.jupiter.api.Assertions.assertTrue;
+import static org.junit.jupiter.api.Assumptions.assumeTrue;
 
 import java.io.IOException;
 import java.nio.charset.StandardCharsets;
@@ -8,6 +6,7 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.StandardCopyOption;
 import java.util.List;
+import java.util.Map;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -17,7 +16,6 @@ import org.junit.jupiter.params.provider.ValueSource;
 final class LaunchTest extends ToolTest {
     private static final Path BRIDGE = Tool.PREFIX.resolve("lib/libtavoiscsi.so");
     private static final Path LIBRARY = Tool.PREFIX.resolve("lib/vdsdm/libvdsdm.so");
-    private static final int ELF_CLASS = 4;
 
     @Test
     void fromEverywhere() throws IOException {
@@ -51,20 +49,32 @@ final class LaunchTest extends ToolTest {
         assertTrue(tool.readFile("Gr\u00f6\u00dfe\u4e2d.json").contains("Gr\u00f6\u00dfe"));
     }
 
-    /** The folder that is shown is the one that a write goes to: that of the variable, or the library's own. */
+    private void keepsSettingsIn(Path folder) throws IOException {
+        assertEquals(folder.toString(), Tool.values(object("version"), "settingsFolder"));
+        tool.run("chap set 3 5 --name=five --yes").expect(0);
+        assertTrue(Files.exists(folder.resolve("settings.db")), folder::toString);
+    }
+
+    /** The folder that is shown is the one that a write goes to, by each rule of the libraries. */
     @Test
     void settingsFolder() throws IOException {
-        tool.run("version").expect(0).shows("settings in " + tool.flash.toRealPath() + "\n");
-        Path tree = tool.folder.resolve("a tree");
+        keepsSettingsIn(tool.flash.toRealPath());
+        Path tree = tool.folder.toRealPath();
         Path library = Files.createDirectories(tree.resolve("lib/vdsdm")).resolve("libvdsdm.so");
         Files.copy(LIBRARY, library);
-        Files.createFile(tree.resolve("CMakeCache.txt"));
-        tool.environment.remove("TAVO_ADAPTER_FLASH");
+        Path cache = Files.createFile(tree.resolve("CMakeCache.txt"));
+        tool.environment.put("TAVO_ADAPTER_FLASH", "");
         tool.environment.put("HBA_LIBRARY_DIR", library.getParent().toString());
-        String folder = tool.json("version").getAsJsonObject().get("settingsFolder").getAsString();
-        assertEquals(library.getParent().toRealPath().toString(), folder);
-        tool.run("chap set 3 5 --name=five --yes").expect(0);
-        assertTrue(Stream.of(library.getParent().toFile().list()).anyMatch(name -> !name.equals("libvdsdm.so")));
+        keepsSettingsIn(library.getParent());
+        // Outside a build tree, for somebody else than root.
+        assumeTrue(tool.execute(null, List.of("unshare", "--map-user=1000", "true")).status() == 0, "no namespaces");
+        Files.delete(cache);
+        tool.launcher = tool.write("hba", "#!/bin/sh\nexec unshare --map-user=1000 " + tool.launcher + " \"$@\"");
+        tool.execute(null, List.of("chmod", "+x", tool.launcher.toString())).expect(0);
+        tool.environment.putAll(Map.of("HOME", tree.toString(), "XDG_STATE_HOME", "relative"));
+        keepsSettingsIn(tree.resolve(".local/state/tavoiscsi"));
+        tool.environment.put("XDG_STATE_HOME", tree.resolve("state").toString());
+        keepsSettingsIn(tree.resolve("state/tavoiscsi"));
     }
 
     /** The lines of the libraries come beside the messages and never into a document. */
@@ -74,8 +84,7 @@ final class LaunchTest extends ToolTest {
         assertEquals("", failed.out());
         failed.says("SDGet_iSNSDiscoveryConfig call failed!", "adapter 3");
         tool.run("isns show 3 --debug").expect(1).says("\tat com.varden.tavo.iscsi.hba");
-        tool.execute(null, List.of("/bin/sh", "-c", tool.launcher + " show 0 > /dev/full")).expect(1)
-            .says("could not be written");
+        tool.script("\"$0\" show 0 >/dev/full").expect(1).says("could not be written");
     }
 
     private static void flip(Path file, String found, String replaced) throws IOException {
@@ -84,14 +93,12 @@ final class LaunchTest extends ToolTest {
         Files.writeString(file, bytes.replace(found, replaced), StandardCharsets.ISO_8859_1);
     }
 
-    private static void flipWidth(Path file) throws IOException {
-        byte[] bytes = Files.readAllBytes(file);
-        bytes[ELF_CLASS] = (byte) (3 - bytes[ELF_CLASS]);
-        Files.write(file, bytes);
-    }
-
     private static String width(boolean own) {
         return System.getProperty("sun.arch.data.model").equals("32") == own ? "32-bit" : "64-bit";
+    }
+
+    private static String elfHeader(boolean own) {
+        return "\177ELF" + (width(own).equals("32-bit") ? '\1' : '\2');
     }
 
     @Test
@@ -125,7 +132,7 @@ final class LaunchTest extends ToolTest {
         flip(bridge, "ApiWrapper_getiSCSIHBAData\0", "ApiWrapper_getiSCSIHBADatX\0");
         notLoaded("another version", "getiSCSIHBAData");
         for (Path file : List.of(bridge, library)) {
-            flipWidth(file);
+            flip(file, elfHeader(true), elfHeader(false));
             notLoaded(file.toString(), width(false) + " library", width(true) + " Java VM");
             Files.copy(file.equals(bridge) ? BRIDGE : LIBRARY, file, StandardCopyOption.REPLACE_EXISTING);
         }

@@ -1,10 +1,6 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
 import com.google.gson.JsonObject;
 import com.google.gson.JsonParser;
-import java.nio.file.Files;
-import java.nio.file.Path;
+import java.io.BufferedReader;
 import java.util.List;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -60,11 +56,9 @@ final class ListingTest extends ToolTest {
             "adapter 1: no session with target 300");
         tool.run("target set 0 5 --chap-index=0 --yes").expect(0);
         tool.run("firmware set 0 --alias=x").expect(0);
-        JsonObject status = tool.run("status 0 --json").expect(1).document().getAsJsonObject();
-        JsonObject adapter = status.getAsJsonArray("adapters").get(0).getAsJsonObject();
-        assertEquals("\"trouble\" 8 6 1 [\"no session with targets 5, 100\"]", status.get("verdict") + " "
-            + adapter.get("targetCount") + " " + adapter.get("sessionCount") + " " + adapter.get("errorCount") + " "
-            + adapter.get("troubles"));
+        assertEquals("trouble 8 6 1 [\"no session with targets 5, 100\"]",
+            Tool.values(JsonParser.parseString(tool.run("status 0 --json").expect(1).out()), "verdict",
+                "adapters.0.targetCount", "adapters.0.sessionCount", "adapters.0.errorCount", "adapters.0.troubles"));
         // What was logged out of on request, and a port that nobody uses, are no trouble; nor is a reset to come.
         tool.run("target logout 0 5 --yes").expect(0);
         tool.run("target set 0 100 --state=0 --yes").expect(0);
@@ -79,22 +73,16 @@ final class ListingTest extends ToolTest {
         assertEquals(3, looks.size());
         JsonObject last = JsonParser.parseString(looks.get(2)).getAsJsonObject();
         assertEquals(33, last.getAsJsonObject("perSecond").size());
-        assertEquals("0.0", last.getAsJsonObject("perSecond").get("MACTxFramesCount").toString());
+        assertEquals("0.0", Tool.values(last, "perSecond.MACTxFramesCount"));
         assertEquals(2, tool.run("stats show 0 --watch 0.1 --times 2").expect(0).shows("Per second").out()
             .split("MAC frames sent", -1).length - 1);
         // It ends at an interrupt, with whole documents, and when its reader has gone.
-        String watching = "'" + tool.launcher + "' status --watch=0.1 --json";
-        Path file = tool.directory.resolve("looks");
-        Process process = tool.process(List.of("sh", "-c", "exec " + watching)).redirectOutput(file.toFile()).start();
-        while (process.isAlive() && Files.readString(file).lines().count() < 2) {
-            Thread.sleep(20);
-        }
-        tool.execute(null, List.of("kill", "-INT", String.valueOf(process.pid()))).expect(0);
+        Process process = tool.start("status --watch=0.1 --json");
+        BufferedReader documents = process.inputReader();
+        JsonParser.parseString(documents.readLine());
+        tool.signal(process, "INT");
+        documents.lines().forEach(JsonParser::parseString);
         assertEquals(130, process.waitFor());
-        tool.readFile("looks").lines().forEach(JsonParser::parseString);
-        assertTrue(tool.readFile("looks").endsWith("}\n"));
-        tool.execute(null, List.of("bash", "-c", watching + " | head -n 2; exit ${PIPESTATUS[0]}")).expect(141);
-        tool.refused("target list 0 --watch=0.09", "0.1 to 65535");
-        tool.refused("target list 0 --times=2", "--times goes with --watch");
+        tool.script("\"$0\" status --watch=0.1 --json | head -n 2; exit ${PIPESTATUS[0]}").expect(141);
     }
 }

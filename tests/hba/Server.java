@@ -4,9 +4,8 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.google.gson.JsonElement;
 import com.google.gson.JsonParser;
-import java.io.BufferedReader;
 import java.io.IOException;
-import java.io.InputStreamReader;
+import java.io.UncheckedIOException;
 import java.net.Socket;
 import java.net.SocketException;
 import java.net.URI;
@@ -18,7 +17,6 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.time.Duration;
 import java.util.ArrayList;
-import java.util.Arrays;
 import java.util.List;
 import java.util.concurrent.TimeUnit;
 import java.util.function.BooleanSupplier;
@@ -34,10 +32,9 @@ final class Server implements AutoCloseable {
     Server(Tool tool, String... more) throws IOException {
         List<String> command = new ArrayList<>(List.of("setpriv", "--pdeathsig", "KILL", tool.launcher.toString(),
             "serve", "--interval=1", "--listen=127.0.0.1:0"));
-        command.addAll(Arrays.asList(more));
+        command.addAll(List.of(more));
         process = tool.process(command).redirectError(ProcessBuilder.Redirect.DISCARD).start();
-        String said = new BufferedReader(new InputStreamReader(process.getInputStream(), StandardCharsets.UTF_8))
-            .readLine();
+        String said = process.inputReader().readLine();
         assertTrue(said != null && said.startsWith("Serving http://127.0.0.1:"), said);
         address = URI.create(said.substring("Serving ".length()));
     }
@@ -72,13 +69,15 @@ final class Server implements AutoCloseable {
     }
 
     /** Sends bytes as they are and returns all that comes back until the server closes; what it resets is lost. */
-    String send(String request) throws IOException {
+    String send(String request) {
         try (Socket socket = connect()) {
             socket.setSoTimeout((int) PATIENCE.toMillis());
             socket.getOutputStream().write(request.getBytes(StandardCharsets.ISO_8859_1));
             return new String(socket.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
         } catch (SocketException e) {
             return "";
+        } catch (IOException e) {
+            throw new UncheckedIOException(e);
         }
     }
 
@@ -96,20 +95,14 @@ final class Server implements AutoCloseable {
 
     /** The memory of the process that is in use, in KiB. */
     long memory() throws IOException {
-        return Files.readAllLines(Path.of("/proc/" + process.pid() + "/status")).stream()
-            .filter(line -> line.startsWith("VmRSS:")).mapToLong(line -> Long.parseLong(line.replaceAll("\\D", "")))
-            .findFirst().orElseThrow();
+        String status = Files.readString(Path.of("/proc/" + process.pid() + "/status"));
+        return Long.parseLong(status.replaceAll("(?s).*VmRSS:\\s*(\\d+).*", "$1"));
     }
 
     @Override
     public void close() {
         process.destroy();
-        try {
-            if (!process.waitFor(PATIENCE.toSeconds(), TimeUnit.SECONDS)) {
-                process.destroyForcibly();
-            }
-        } catch (InterruptedException e) {
-            process.destroyForcibly();
-        }
+        process.onExit().completeOnTimeout(process, PATIENCE.toSeconds(), TimeUnit.SECONDS).join();
+        process.destroyForcibly();
     }
 }

@@ -1,5 +1,4 @@
 import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import com.google.gson.JsonElement;
@@ -16,7 +15,6 @@ import java.util.Arrays;
 import java.util.List;
 import java.util.Map;
 import java.util.TreeMap;
-import java.util.regex.Pattern;
 import java.util.stream.Stream;
 
 /** Runs the tool as a user would: by its launcher, in a folder of its own, without a locale. */
@@ -26,8 +24,6 @@ final class Tool {
     static final Path SOURCES = Path.of(System.getProperty("tavo.sources"));
     /** Secrets of the adapters in the factory and of these tests: no output may hold one, except with --reveal. */
     static final List<String> SECRETS = List.of("sample-secret", "ssssssssss", "swordfish");
-
-    private static final Pattern ASIDE = Pattern.compile("(.+)(Text|Bytes)");
 
     final Path folder;
     final Path flash;
@@ -52,11 +48,7 @@ final class Tool {
 
         /** The document on the standard output; nothing else may stand there. */
         JsonElement json() {
-            return expect(0).document();
-        }
-
-        JsonElement document() {
-            return JsonParser.parseString(out);
+            return JsonParser.parseString(expect(0).out);
         }
 
         Result says(String... parts) {
@@ -68,11 +60,6 @@ final class Tool {
             Stream.of(parts).forEach(part -> assertTrue(out.contains(part), () -> "no '" + part + "' from " + this));
             return this;
         }
-
-        @Override
-        public String toString() {
-            return "'" + command + "':\n" + out + err;
-        }
     }
 
     /** Runs a command line; arguments are separated by blanks. */
@@ -81,9 +68,47 @@ final class Tool {
     }
 
     Result run(String input, String... arguments) {
-        List<String> command = new ArrayList<>(List.of(launcher.toString()));
-        command.addAll(Arrays.asList(arguments));
-        return execute(input, command);
+        return execute(input, command(arguments));
+    }
+
+    private List<String> command(String... arguments) {
+        return Stream.concat(Stream.of(launcher.toString()), Stream.of(arguments)).toList();
+    }
+
+    /** Starts a command line that a signal ends; what it says comes in one stream. */
+    Process start(String line) throws IOException {
+        Stream<String> command = command(line.split(" +")).stream();
+        return process(Stream.concat(Stream.of("env", "--default-signal"), command).toList())
+            .redirectErrorStream(true).start();
+    }
+
+    void signal(Process process, String name) {
+        execute(null, List.of("kill", "-" + name, Long.toString(process.pid())));
+    }
+
+    /** Runs command lines in as many processes at the same time; each has to succeed. */
+    void runAtOnce(List<String> lines) throws IOException, InterruptedException {
+        List<Process> processes = new ArrayList<>();
+        for (String line : lines) {
+            processes.add(start(line));
+        }
+        for (Process process : processes) {
+            String said = new String(process.getInputStream().readAllBytes(), StandardCharsets.UTF_8);
+            assertEquals(0, process.waitFor(), said);
+        }
+    }
+
+    /** The command that runs an application in a VM that finds the bridge. */
+    static List<String> application(Class<?> main, String... arguments) {
+        List<String> command = List.of(System.getProperty("java.home") + "/bin/java",
+            "-Dtavo.iscsi.library=" + PREFIX.resolve("lib/libtavoiscsi.so"), "-cp",
+            System.getProperty("java.class.path"), main.getName());
+        return Stream.concat(command.stream(), Stream.of(arguments)).toList();
+    }
+
+    /** Runs lines of a shell, in which "$0" is the tool. */
+    Result script(String lines) {
+        return execute(null, List.of("bash", "-c", lines, launcher.toString()));
     }
 
     /** Runs any command in this tool's surroundings. */
@@ -149,13 +174,27 @@ final class Tool {
         return withoutAsides(run(line + " --json").json());
     }
 
+    /** Members of a document, or of one within it, by their paths: "nodeInfo.alias", "0.state". */
+    static String values(JsonElement document, String... paths) {
+        List<String> values = new ArrayList<>();
+        for (String path : paths) {
+            JsonElement value = document;
+            for (String name : path.split("\\.")) {
+                value = value.isJsonArray() ? value.getAsJsonArray().get(Integer.parseInt(name))
+                                            : value.getAsJsonObject().get(name);
+            }
+            values.add(value.isJsonPrimitive() ? value.getAsString() : value.toString());
+        }
+        return String.join(" ", values);
+    }
+
     private static JsonElement withoutAsides(JsonElement document) {
         if (document.isJsonArray()) {
             document.getAsJsonArray().forEach(Tool::withoutAsides);
         } else if (document.isJsonObject()) {
             JsonObject object = document.getAsJsonObject();
-            object.entrySet().removeIf(member -> ASIDE.matcher(member.getKey()).matches()
-                && object.has(ASIDE.matcher(member.getKey()).replaceFirst("$1")));
+            object.keySet().removeIf(name -> name.matches(".+(Text|Bytes)")
+                && object.has(name.replaceFirst("(Text|Bytes)$", "")));
             object.entrySet().forEach(member -> withoutAsides(member.getValue()));
         }
         return document;
@@ -185,19 +224,6 @@ final class Tool {
         Result result = run(line).expect(2).says(says);
         assertEquals("", result.out, line);
         assertEquals(before, settings(), line);
-    }
-
-    /** Every command with arguments that fit adapter 0, from the table in java/README.md, without the word hba. */
-    static Map<String, String> methods() throws IOException {
-        Map<String, String> commands = new TreeMap<>();
-        for (String line : Files.readAllLines(SOURCES.resolve("java/README.md"))) {
-            String[] cells = line.split("`");
-            if (line.startsWith("| `") && cells.length == 5 && cells[3].startsWith("hba ")) {
-                commands.put(cells[1], cells[3].substring("hba ".length()));
-            }
-        }
-        assertFalse(commands.isEmpty());
-        return commands;
     }
 
     /** Writes the files that the commands of the table name. */

@@ -1,38 +1,22 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertFalse;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
 import com.google.gson.JsonArray;
-import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
 import java.io.IOException;
-import java.util.ArrayList;
-import java.util.List;
+import java.util.regex.MatchResult;
+import java.util.regex.Pattern;
+import java.util.stream.Collectors;
 import org.junit.jupiter.api.Test;
 
 /** What an administrator does with targets and documents: one command each, and its effect. */
 final class VerbsTest extends ToolTest {
     private static final String SHELF = "iqn.2004-07.com.varden.tavo:shelf.disk";
 
-    private JsonObject target(int dev, int target) {
-        return tool.json("target show " + dev + " " + target).getAsJsonObject();
-    }
-
-    private int state(int dev, int target) {
-        return target(dev, target).get("state").getAsInt();
-    }
-
     @Test
     void addRenameRemove() throws IOException {
-        JsonObject added = tool.json("target add 0 " + SHELF + "0001 10.24.1.2 --alias=one --chap-index=1")
-            .getAsJsonObject();
-        assertEquals("[2] 1", added.get("targetIDs") + " " + added.getAsJsonObject("logins").get("sessions"));
-        JsonObject entry = target(0, 2);
-        assertEquals("2 1", entry.get("state") + " " + entry.get("chapIndex"));
-        assertEquals(Tool.document("{iSCSIName: '%s0001', alias: 'one', IPAddress: '10.24.1.2', portalCount: 1}",
-            SHELF), entry.get("nodeInfo"));
-        assertEquals("\"10.24.1.2\" 3260", entry.getAsJsonObject("deviceEntry").get("targetAddress") + " "
-            + entry.getAsJsonObject("deviceEntry").get("portNumber"));
+        assertEquals("[2] 1", Tool.values(tool.json("target add 0 " + SHELF
+            + "0001 10.24.1.2 --alias=one --chap-index=1"), "targetIDs", "logins.sessions"));
+        assertEquals("2 1 " + SHELF + "0001 one 10.24.1.2 1 10.24.1.2 3260", Tool.values(object("target show 0 2"),
+            "state", "chapIndex", "nodeInfo.iSCSIName", "nodeInfo.alias", "nodeInfo.IPAddress", "nodeInfo.portalCount",
+            "deviceEntry.targetAddress", "deviceEntry.portNumber"));
         tool.run("target add 1 " + SHELF + "0002 2001:db8:1111:2222:3333:4444:5555:6666 --port=860 --target-id=9")
             .expect(0).shows("Target 9 of adapter 1 was added.", "It did not log in: nothing answers");
 
@@ -56,32 +40,13 @@ final class VerbsTest extends ToolTest {
         }
     }
 
-    /** Each of those who add at the same time gets an ID of its own. */
-    @Test
-    void addedAtOnce() throws Exception {
-        List<Process> writers = new ArrayList<>();
-        for (int i = 1; i <= 6; i++) {
-            writers.add(tool.process(List.of(tool.launcher.toString(), "target", "add", "0", SHELF + "000" + i,
-                "10.24.1." + (i + 1))).redirectErrorStream(true).start());
-        }
-        for (Process writer : writers) {
-            String said = new String(writer.getInputStream().readAllBytes());
-            assertEquals(0, writer.waitFor(), said);
-        }
-        String targets = tool.json("target list 0").toString();
-        for (int i = 1; i <= 6; i++) {
-            assertTrue(targets.contains(SHELF + "000" + i), targets);
-        }
-        assertEquals(8 + 6, tool.json("target list 0").getAsJsonArray().size());
-    }
-
     @Test
     void sessions() throws IOException {
         tool.refused("target logout 0 1", "ends the session with target 1");
         tool.run("target logout 0 1 --yes").expect(0);
-        assertEquals(3, state(0, 1));
+        assertEquals("3", Tool.values(object("target show 0 1"), "state"));
         tool.run("target login 0 1").expect(0).shows("logged in to target 1.");
-        assertEquals(2, state(0, 1));
+        assertEquals("2", Tool.values(object("target show 0 1"), "state"));
         int settings = tool.settings();
         tool.run("target login 0 1").expect(0).shows("already");
         assertEquals(settings, tool.settings());
@@ -97,59 +62,70 @@ final class VerbsTest extends ToolTest {
         assertEquals(0, tool.settings());
         tool.run("isns add 1 " + SHELF + "0035 " + SHELF + "0001").expect(0).shows("2 targets were added to adapter 1",
             "2 logged in");
-        assertEquals(Tool.document("{iSCSIName: '%s0001', alias: 'shelf disk 1', IPAddress: 'fd00:24::2', "
-            + "portalCount: 1}", SHELF).toString(), target(1, 0).get("nodeInfo").toString());
-        assertEquals(34, tool.json("isns add 1 --all").getAsJsonObject().getAsJsonArray("targetIDs").size());
+        assertEquals(SHELF + "0001 shelf disk 1 fd00:24::2", Tool.values(object("target show 1 0"),
+            "nodeInfo.iSCSIName", "nodeInfo.alias", "nodeInfo.IPAddress"));
+        assertEquals(34, object("isns add 1 --all").getAsJsonArray("targetIDs").size());
         tool.run("isns add 1 --all").expect(0).shows("0 targets were added to adapter 1, 36 were configured already.");
-        assertEquals(5 + 36, tool.json("target list 1").getAsJsonArray().size());
+        assertEquals(5 + 36, array("target list 1").size());
         tool.run("isns add 2 --all").expect(1).says("room for 0 more targets, and 48 would be new");
     }
 
     @Test
     void units() throws IOException {
         tool.run("lun list 0 1").expect(0).shows("TAVO DISK 4096          1.0 TiB", "2.0 TiB or more", "512 bytes");
-        JsonArray units = tool.json("lun list 0 6").getAsJsonObject().getAsJsonArray("units");
-        JsonObject last = units.get(160).getAsJsonObject();
-        assertEquals("161 16383 \"VARDEN  \" 21474836480 null", units.size() + " "
-            + last.getAsJsonObject("targetInfo").get("LUN") + " "
-            + last.getAsJsonObject("SCSIInqInfo").get("vendorID") + " " + last.get("capacity") + " "
-            + last.get("failure"));
+        JsonArray units = object("lun list 0 6").getAsJsonArray("units");
+        assertEquals(161, units.size());
+        assertEquals("16383 VARDEN   21474836480 null", Tool.values(units.get(160), "targetInfo.LUN",
+            "SCSIInqInfo.vendorID", "capacity", "failure"));
         // The unit that a target without units is given refuses to say anything.
         assertTrue(tool.run("lun list 0 42").expect(0).out().matches("(?s).*\n0 +- +- +-\n"));
         tool.refused("lun list 0 1 --rescan", "interrupts the session with target 1");
         tool.run("target logout 0 1 --yes").expect(0);
         tool.run("lun list 0 1").expect(1).says("ERR_NO_SUCH_TARGET");
         tool.run("lun list 0 1 --rescan").expect(0).shows("500.0 GiB");
-        assertEquals(2, state(0, 1));
+        assertEquals("2", Tool.values(object("target show 0 1"), "state"));
     }
 
-    /** What an import would do is what it does; with --prune the adapter then equals the document. */
+    /** What an import would do is what it does, and nothing more; with --prune the adapter then equals the document. */
     @Test
-    void dryRunAndPrune() throws IOException {
+    void importWritesWhatDiffers() throws IOException {
         tool.run("export 0 before.json").expect(0);
         tool.run("target add 0 " + SHELF + "0001 10.24.1.2").expect(0);
         tool.run("target remove 0 5 --yes").expect(0);
         tool.run("target set 0 17 --alias=changed").expect(0);
+        tool.run("target set 0 42 --alias=changed").expect(0);
+        tool.run("firmware restore 0 --yes").expect(0);
         int settings = tool.settings();
+        tool.run("import 0 before.json --compare").expect(1).shows("firmware.gateway: 10.20.0.1 in the file, - on",
+            "targets[targetID 42].nodeInfo.alias: nothing behind it in the file, changed on the adapter");
         tool.run("import 0 before.json --dry-run").expect(0).shows("targets[targetID 5]: is added",
             "Only on the adapter, and staying there without --prune: target 2.", "Nothing was written.");
-        JsonElement plan = tool.json("import 0 before.json --dry-run --prune");
-        assertEquals(Tool.document("""
-            {done: 'Nothing was written.', changes: [
-             'targets[targetID 2]: is removed (%s0001)',
-             'targets[targetID 5]: is added (iqn.2004-07.com.varden.tavo:array2.many)',
-             'targets[targetID 17].nodeInfo.alias: changed becomes three hundred disks'],
-             losses: ['overwrites the settings of adapter 0',
-             'frees target 2 (%<s0001): its settings are lost, its session ends',
-             'changes target 17 (iqn.2004-07.com.varden.tavo:array2.farm), which interrupts its session'],
-             refusals: [], onlyOnAdapter: []}""", SHELF), plan);
-        tool.refused("import 0 before.json --prune", "frees target 2 (" + SHELF + "0001)", "changes target 17");
+        JsonObject plan = object("import 0 before.json --dry-run --prune --trace=trace.txt");
+        assertEquals("[\"CHAPTable\",\"iSNS\",\"targets 0 to 1, 6, 100, 511\"] [] []",
+            Tool.values(plan, "unchanged", "refusals", "onlyOnAdapter"));
+        assertTrue(plan.toString().contains(("""
+            "targets[targetID 2]: is removed (%s0001)",\
+            "targets[targetID 5]: is added (iqn.2004-07.com.varden.tavo:array2.many)",\
+            "targets[targetID 17].nodeInfo.alias: changed becomes three hundred disks",""").formatted(SHELF)),
+            plan::toString);
+        tool.refused("import 0 before.json --prune", "overwrites the settings of adapter 0", "frees target 2 (" + SHELF
+            + "0001): its settings are lost, its session ends", "changes target 17", "gateway from - to 10.20.0.1");
         tool.refused("import 0 before.json --prune --compare", "--compare");
         assertEquals(settings, tool.settings());
-        tool.run("import 0 before.json --prune --yes").expect(0).shows("Nothing differs.");
+        assertEquals("[2,5,17,42] [] " + plan.get("unchanged"), Tool.values(
+            object("import 0 before.json --prune --yes --trace=trace.txt"), "targetIDs", "differences", "unchanged"));
+        // The trace has both, and only the second one writes.
+        assertEquals("SDEnableDebugTraceiSCSI SDEnableDebugTraceiSCSI SDSetInitFW" + " SDSetDDBEntry".repeat(4),
+            Pattern.compile("SD(Enable|Set)\\w+").matcher(tool.readFile("trace.txt")).results()
+                .map(MatchResult::group).collect(Collectors.joining(" ")));
         tool.run("export 0 after.json").expect(0);
         assertEquals(tool.readFile("before.json"), tool.readFile("after.json"));
-        tool.run("import 0 before.json --dry-run").expect(0).shows("An import would change nothing.");
+        // Where nothing changes, nobody is asked; what is only on the adapter differs all the same.
+        settings = tool.settings();
+        tool.run("import 0 before.json").expect(0).shows("Nothing was written to adapter 0.", "Nothing differs.");
+        assertEquals(settings, tool.settings());
+        tool.run("target add 0 " + SHELF + "0001 10.24.1.2").expect(0);
+        tool.run("import 0 before.json").expect(1).shows("targets[targetID 2]: only on the adapter");
     }
 
     /** Secrets that are hidden hinder a write to another adapter, and the comparison of nothing else. */

@@ -1,8 +1,3 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
-import com.google.gson.JsonArray;
-import com.google.gson.JsonObject;
 import com.google.gson.JsonParser;
 import java.io.IOException;
 import java.nio.channels.FileChannel;
@@ -17,7 +12,7 @@ import org.junit.jupiter.params.provider.CsvSource;
 
 /** What a writer may count on: it is asked first, overtaken by nobody, and told what is there afterwards. */
 final class WritesTest extends ToolTest {
-    private static final String FORGETFUL = System.getProperty("tavo.forgetful.adapter");
+    private static final String FAULTY = System.getProperty("tavo.faulty.adapter");
 
     // Without a terminal nothing is lost that --yes does not allow, and the message names it.
     @ParameterizedTest
@@ -46,23 +41,18 @@ final class WritesTest extends ToolTest {
         tool.refused(line, loss, "Give --yes");
     }
 
+    /** Nobody's write gets lost, and each who adds a target gets an ID of its own. */
     @Test
-    void eightWritersLoseNothing() throws Exception {
-        for (int round = 0; round < 2; round++) {
-            List<Process> writers = new ArrayList<>();
-            for (int i = 1; i <= 8; i++) {
-                writers.add(tool.process(List.of(tool.launcher.toString(), "chap", "set", "2", "" + i,
-                    "--name=writer-" + round + "-" + i)).redirectErrorStream(true).start());
-            }
-            for (Process writer : writers) {
-                String said = new String(writer.getInputStream().readAllBytes());
-                assertEquals(0, writer.waitFor(), said);
-            }
-            JsonArray table = tool.json("chap list 2").getAsJsonArray();
-            for (int i = 1; i <= 8; i++) {
-                assertEquals("writer-" + round + "-" + i,
-                    table.get(i).getAsJsonObject().get("chapName").getAsString());
-            }
+    void manyWritersAtOnce() throws Exception {
+        List<String> lines = new ArrayList<>();
+        for (int i = 1; i <= 4; i++) {
+            lines.add("chap set 1 " + (10 + i) + " --name=writer-" + i);
+            lines.add("target add 1 iqn.2004-07.com.example:added-" + i + " fd00:24::" + i);
+        }
+        tool.runAtOnce(lines);
+        String written = array("chap list 1") + " " + array("target list 1");
+        for (int i = 1; i <= 4; i++) {
+            assertTrue(written.contains("\"writer-" + i) && written.contains(":added-" + i), written);
         }
     }
 
@@ -94,7 +84,7 @@ final class WritesTest extends ToolTest {
         firmware set 1 --alias=new                     | firmware.alias: new written
         isns set 1 --server-ip-address=fd00::9          | iSNS.serverIPAddress: fd00::9 written""")
     void readsBack(String line, String says) {
-        tool.environment.put("LD_PRELOAD", FORGETFUL);
+        tool.environment.put("LD_PRELOAD", FAULTY);
         assertEquals("", tool.run(line).expect(1).says("what was read back differs", says).out());
     }
 
@@ -104,15 +94,14 @@ final class WritesTest extends ToolTest {
     void interrupted(String signal, int status) throws Exception {
         tool.run(tool.run("target list 2 --json").out(), "target", "load", "3", "-").expect(0);
         tool.write("large.json", tool.run("target list 2 --json").out().replace("pool.disk", "other.disk"));
-        tool.environment.put("LD_PRELOAD", FORGETFUL);
-        Process process = tool.process(List.of("env", "--default-signal=" + signal, tool.launcher.toString(), "target",
-            "load", "3", "large.json", "--yes")).redirectErrorStream(true).start();
+        tool.environment.put("LD_PRELOAD", FAULTY);
+        Process process = tool.start("target load 3 large.json --yes");
         // Some entries have been written when the store's log has grown.
         Path log = tool.flash.resolve("settings.db-wal");
         while (process.isAlive() && !(Files.exists(log) && Files.size(log) > 100_000)) {
             Thread.sleep(20);
         }
-        new ProcessBuilder("kill", "-" + signal, Long.toString(process.pid())).start().waitFor();
+        tool.signal(process, signal);
         String said = new String(process.getInputStream().readAllBytes());
         assertEquals(status, process.waitFor(), said);
         assertTrue(said.matches("(?s).*interrupted: the targets 0 to \\d+ \\(\\d+ of 512\\) were "
@@ -131,30 +120,26 @@ final class WritesTest extends ToolTest {
             "  target 100: nothing answers at this address", "  target 7: the login was refused: 0203h not found");
         assertEquals(Tool.document("{sessions: 1, failed: [{targetID: 7, reason: 'the login was refused: 0203h not "
             + "found'}, {targetID: 100, reason: 'nothing answers at this address'}]}"),
-            tool.json("target load 0 mixed.json --yes").getAsJsonObject().get("logins"));
+            object("target load 0 mixed.json --yes").get("logins"));
         tool.run(tool.run("target list 0 --json").out(), "target", "load", "3", "-").expect(0)
             .shows("0 logged in,", ": the adapter has no link");
     }
 
     @Test
     void failuresForProgramsAndForPeople() {
-        JsonObject error = JsonParser.parseString(tool.run("target show 0 512 --json").expect(2).err())
-            .getAsJsonObject().getAsJsonObject("error");
-        assertEquals("2 BAD_INPUT", error.get("status") + " " + error.get("name").getAsString());
-        error = JsonParser.parseString(tool.run("ping 0 10.99.0.1 --json").expect(1).err().lines()
-            .filter(line -> line.startsWith("{")).findFirst().orElseThrow()).getAsJsonObject().getAsJsonObject("error");
-        assertEquals(0x2000010bL + " ERR_UNREACHABLE", error.get("status") + " " + error.get("name").getAsString());
+        assertEquals("2 BAD_INPUT", Tool.values(JsonParser.parseString(tool.run("target show 0 512 --json").expect(2)
+            .err()), "error.status", "error.name"));
+        // The bridge's own lines stand beside it.
+        String error = tool.run("ping 0 10.99.0.1 --json").expect(1).err().replaceAll("(?m)^[^{].*", "");
+        assertEquals(0x2000010bL + " ERR_UNREACHABLE",
+            Tool.values(JsonParser.parseString(error), "error.status", "error.name"));
         tool.run("target lst 0").expect(2).says("no command 'hba target lst'", "Did you mean", "list");
         tool.run("tagret list 0").expect(2).says("Did you mean", "target");
         tool.run("target set 0 1 --alais=x").expect(2).says("no option '--alais", "Did you mean", "--alias");
         tool.run("help nosuch").expect(2).says("no command 'hba nosuch'");
-        tool.execute(null, List.of("sh", "-c", tool.launcher + " target show 0 $(printf '\\344')")).expect(2)
-            .says("not text in UTF-8");
+        tool.script("\"$0\" target show 0 $(printf '\\344')").expect(2).says("not text in UTF-8");
         // A reader that has seen enough is no failure to speak of.
-        Tool.Result head = tool.execute(null, List.of("bash", "-c", "'" + tool.launcher
-            + "' show 2 | head -1; echo ${PIPESTATUS[0]}"));
-        assertEquals("141", head.out().lines().skip(1).findFirst().orElseThrow());
-        assertEquals("", head.err());
+        assertEquals("", tool.script("\"$0\" show 2 | head -1; exit ${PIPESTATUS[0]}").expect(141).err());
     }
 
     /** Nothing that an adapter, a target or a document says steers the terminal. */
@@ -164,7 +149,7 @@ final class WritesTest extends ToolTest {
         tool.run(null, "target", "set", "0", "7", "--force", "--alias=" + steering).expect(0);
         tool.run("target show 0 7").expect(0).shows("a?b?c?d?e");
         Tool.Result json = tool.run("target show 0 7 --json").expect(0).shows("a\\u001bb\\u009bc\\u202ed\\u2028e");
-        assertEquals(steering, json.json().getAsJsonObject().getAsJsonObject("nodeInfo").get("alias").getAsString());
+        assertEquals(steering, Tool.values(json.json(), "nodeInfo.alias"));
         tool.write("odd.json", "[{\"targetID\": 7, \"x" + steering.substring(2) + "\": 1}]");
         tool.refused("target load 0 odd.json", "xb?c?d?e: there is no such field");
     }

@@ -23,10 +23,7 @@ export TAVO_ADAPTER_FLASH=$work/settings
 mkdir "$TAVO_ADAPTER_FLASH"
 prefix="$work/a prefix"
 hidden=("$build" "$source")
-case $vm in
-  /usr/*) ;;
-  *) hidden=("$vm" "${hidden[@]}") ;;
-esac
+[[ $vm == /usr/* ]] || hidden=("$vm" "${hidden[@]}")
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 [ -s "$prefix/share/java/hba.jsa" ]

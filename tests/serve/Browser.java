@@ -1,6 +1,6 @@
+import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
-import com.google.gson.JsonElement;
 import com.google.gson.JsonObject;
 import com.google.gson.JsonParser;
 import java.io.IOException;
@@ -19,9 +19,8 @@ import java.util.Map;
 import java.util.concurrent.CompletableFuture;
 import java.util.concurrent.CompletionStage;
 import java.util.concurrent.ConcurrentHashMap;
-import java.util.concurrent.ExecutionException;
 import java.util.concurrent.TimeUnit;
-import java.util.concurrent.TimeoutException;
+import java.util.stream.Stream;
 
 /** One page of a headless Chromium, steered by its debugging protocol. */
 final class Browser implements AutoCloseable {
@@ -46,16 +45,10 @@ final class Browser implements AutoCloseable {
         Server.await("Chromium starts", () -> portFile.toFile().length() > 0);
         String port = Files.readAllLines(portFile).get(0);
         HttpClient client = HttpClient.newHttpClient();
-        HttpRequest list = HttpRequest.newBuilder(URI.create("http://127.0.0.1:" + port + "/json/list")).build();
-        String page = null;
-        while (page == null) {
-            for (JsonElement target : JsonParser.parseString(
-                    client.send(list, HttpResponse.BodyHandlers.ofString()).body()).getAsJsonArray()) {
-                if (target.getAsJsonObject().get("type").getAsString().equals("page")) {
-                    page = target.getAsJsonObject().get("webSocketDebuggerUrl").getAsString();
-                }
-            }
-        }
+        HttpRequest newPage = HttpRequest.newBuilder(URI.create("http://127.0.0.1:" + port + "/json/new"))
+            .PUT(HttpRequest.BodyPublishers.noBody()).build();
+        String page = Tool.values(JsonParser.parseString(client.send(newPage,
+            HttpResponse.BodyHandlers.ofString()).body()), "webSocketDebuggerUrl");
         socket = client.newWebSocketBuilder().buildAsync(URI.create(page), new Listener()).join();
         for (String domain : List.of("Page", "Runtime", "Log", "Network")) {
             command(domain + ".enable", "{}");
@@ -84,17 +77,12 @@ final class Browser implements AutoCloseable {
             return;
         }
         JsonObject parameters = message.getAsJsonObject("params");
-        switch (message.get("method").getAsString()) {
-            case "Network.requestWillBeSent" ->
-                requests.add(parameters.getAsJsonObject("request").get("url").getAsString());
-            case "Runtime.exceptionThrown" -> complaints.add(parameters.toString());
-            case "Log.entryAdded" -> complaints.add(parameters.getAsJsonObject("entry").get("text").getAsString());
-            case "Runtime.consoleAPICalled" -> {
-                if (!parameters.get("type").getAsString().matches("log|info|debug")) {
-                    complaints.add(parameters.toString());
-                }
-            }
-            default -> { }
+        String what = message.get("method").getAsString();
+        if (what.equals("Network.requestWillBeSent")) {
+            requests.add(Tool.values(parameters, "request.url"));
+        } else if (what.matches("Runtime.exceptionThrown|Log.entryAdded")
+            || what.equals("Runtime.consoleAPICalled") && !Tool.values(parameters, "type").matches("log|info|debug")) {
+            complaints.add(parameters.toString());
         }
     }
 
@@ -104,13 +92,9 @@ final class Browser implements AutoCloseable {
         waiting.put(++lastCommand, answer);
         String message = "{\"id\":" + lastCommand + ",\"method\":\"" + method + "\",\"params\":" + parameters + "}";
         socket.sendText(message, true).join();
-        try {
-            JsonObject result = answer.get(PATIENCE_SECONDS, TimeUnit.SECONDS);
-            assertTrue(result.has("result"), result::toString);
-            return result.getAsJsonObject("result");
-        } catch (InterruptedException | ExecutionException | TimeoutException e) {
-            throw new IllegalStateException(method, e);
-        }
+        JsonObject result = answer.orTimeout(PATIENCE_SECONDS, TimeUnit.SECONDS).join();
+        assertTrue(result.has("result"), result::toString);
+        return result.getAsJsonObject("result");
     }
 
     /** What a JavaScript expression gives in the page, as text. */
@@ -118,8 +102,8 @@ final class Browser implements AutoCloseable {
         JsonObject parameters = new JsonObject();
         parameters.addProperty("expression", "String(" + expression + ")");
         JsonObject answer = command("Runtime.evaluate", parameters.toString());
-        assertTrue(!answer.has("exceptionDetails"), answer::toString);
-        return answer.getAsJsonObject("result").get("value").getAsString();
+        assertFalse(answer.has("exceptionDetails"), answer::toString);
+        return Tool.values(answer, "result.value");
     }
 
     /** Waits until a JavaScript expression is true in the page. */
@@ -150,17 +134,9 @@ final class Browser implements AutoCloseable {
 
     @Override
     public void close() {
-        List<ProcessHandle> children = process.descendants().toList();
         socket.abort();
-        process.destroyForcibly();
-        children.forEach(ProcessHandle::destroyForcibly);
-        try {
-            process.waitFor();
-            for (ProcessHandle child : children) {
-                child.onExit().join();
-            }
-        } catch (InterruptedException e) {
-            Thread.currentThread().interrupt();
-        }
+        List<ProcessHandle> all = Stream.concat(process.descendants(), Stream.of(process.toHandle())).toList();
+        all.forEach(ProcessHandle::destroyForcibly);
+        all.forEach(ended -> ended.onExit().join());
     }
 }

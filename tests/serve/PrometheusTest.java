@@ -1,15 +1,12 @@
-import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertTrue;
-
+import com.google.gson.JsonArray;
 import com.google.gson.JsonElement;
 import com.google.gson.JsonParser;
 import java.io.IOException;
+import java.io.InputStream;
+import java.io.InputStreamReader;
 import java.net.ServerSocket;
-import java.net.URI;
+import java.net.URL;
 import java.net.URLEncoder;
-import java.net.http.HttpClient;
-import java.net.http.HttpRequest;
-import java.net.http.HttpResponse;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Path;
 import java.util.List;
@@ -21,7 +18,6 @@ final class PrometheusTest extends ToolTest {
     private static final Path BIN = Tool.SOURCES.resolve("runtime/prometheus/usr/bin");
     private static final Path RULES = Tool.SOURCES.resolve("packaging/tavoiscsi.rules.yml");
 
-    private final HttpClient client = HttpClient.newHttpClient();
     private int port;
 
     @Test
@@ -41,10 +37,11 @@ final class PrometheusTest extends ToolTest {
         }
         tool.execute(null, List.of(BIN.resolve("promtool").toString(), "check", "rules", RULES.toString())).expect(0);
         try (Server server = new Server(tool)) {
-            Path settings = tool.write("prometheus.yml", String.join("\n", "global:", "  scrape_interval: 1s",
-                "  evaluation_interval: 1s", "rule_files: ['" + RULES + "']", "scrape_configs:",
-                "  - job_name: tavoiscsi", "    static_configs: [{targets: ['" + server.address.getAuthority()
-                + "']}]", ""));
+            Path settings = tool.write("prometheus.yml", """
+                global: {scrape_interval: 1s, evaluation_interval: 1s}
+                rule_files: ['%s']
+                scrape_configs: [{job_name: tavoiscsi, static_configs: [{targets: ['%s']}]}]
+                """.formatted(RULES, server.address.getAuthority()));
             Process prometheus = tool.process(List.of("setpriv", "--pdeathsig", "KILL",
                 BIN.resolve("prometheus").toString(), "--config.file=" + settings,
                 "--storage.tsdb.path=" + tool.folder.resolve("series"), "--web.listen-address=127.0.0.1:" + port))
@@ -66,25 +63,17 @@ final class PrometheusTest extends ToolTest {
     }
 
     private JsonElement ask(String question) {
-        try {
-            HttpRequest request = HttpRequest.newBuilder(URI.create("http://127.0.0.1:" + port + "/api/v1/" + question))
-                .build();
-            HttpResponse<String> response = client.send(request, HttpResponse.BodyHandlers.ofString());
-            if (response.statusCode() == 200) {
-                return JsonParser.parseString(response.body()).getAsJsonObject().get("data");
-            }
-        } catch (IOException | InterruptedException e) {
-            // Said below.
+        try (InputStream answer = new URL("http://127.0.0.1:" + port + "/api/v1/" + question).openStream()) {
+            return JsonParser.parseReader(new InputStreamReader(answer)).getAsJsonObject().get("data");
+        } catch (IOException e) {
+            return JsonParser.parseString("{result: []}"); // not up yet
         }
-        return JsonParser.parseString("{result: []}"); // not up yet
     }
 
     // The value of an expression, empty when there is none.
     private String value(String expression) {
         String text = URLEncoder.encode(expression, StandardCharsets.UTF_8);
-        for (JsonElement series : ask("query?query=" + text).getAsJsonObject().getAsJsonArray("result")) {
-            return series.getAsJsonObject().getAsJsonArray("value").get(1).getAsString();
-        }
-        return "";
+        JsonArray series = ask("query?query=" + text).getAsJsonObject().getAsJsonArray("result");
+        return series.isEmpty() ? "" : Tool.values(series, "0.value.1");
     }
 }

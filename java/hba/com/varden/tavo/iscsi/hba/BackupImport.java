@@ -8,7 +8,9 @@ import com.varden.tavo.iscsi.model.HBA;
 import com.varden.tavo.iscsi.model.iSNSDiscoveryConfig;
 import java.io.IOException;
 import java.util.ArrayList;
+import java.util.LinkedHashMap;
 import java.util.List;
+import java.util.Map;
 import java.util.function.Consumer;
 import picocli.CommandLine.Model.OptionSpec;
 import picocli.CommandLine.Model.PositionalParamSpec;
@@ -29,16 +31,21 @@ final class BackupImport extends WriteCommand {
 
     BackupImport() {
         super("Writes the settings of a document to the adapter, reads them back and says what differs. Sections that "
-            + "the document lacks are left alone. Nothing is written unless the whole document is in order. The CHAP "
-            + "table becomes that of the document; targets that the document does not name stay without --prune.");
+            + "the document lacks are left alone, and what the adapter has already is not written again. Nothing is "
+            + "written unless the whole document is in order. The CHAP table becomes that of the document; targets "
+            + "that the document does not name stay without --prune.");
     }
 
     /** What the document makes of the adapter's settings; null for sections that it lacks. */
     private record Plan(HBA firmwareBefore, HBA firmware, DeviceDatabaseChanges targets,
-        List<CHAPTableEntry> chapBefore, List<CHAPTableEntry> chap, boolean chapDiffers,
-        iSNSDiscoveryConfig isnsBefore, iSNSDiscoveryConfig isns) {
+        List<CHAPTableEntry> chapBefore, List<CHAPTableEntry> chap, iSNSDiscoveryConfig isnsBefore,
+        iSNSDiscoveryConfig isns) {
+        /** What a write costs; nothing when it changes nothing. */
         List<String> losses(int dev) {
-            List<String> losses = new ArrayList<>(List.of("overwrites the settings of adapter " + dev));
+            List<String> losses = new ArrayList<>();
+            if (changes().values().stream().anyMatch(section -> !section.isEmpty())) {
+                losses.add("overwrites the settings of adapter " + dev);
+            }
             if (firmware != null) {
                 losses.addAll(FirmwareConfiguration.losses(firmwareBefore, firmware));
             }
@@ -54,21 +61,41 @@ final class BackupImport extends WriteCommand {
             return losses;
         }
 
-        Differences changes() {
-            Differences changes = Differences.planned();
+        /** What a write changes in each section of the document. */
+        Map<String, Differences> changes() {
+            Map<String, Differences> changes = new LinkedHashMap<>();
             if (firmware != null) {
-                FirmwareConfiguration.TABLE.compare(firmware, firmwareBefore, Backup.FIRMWARE, changes);
+                FirmwareConfiguration.TABLE.compare(
+                    firmware, firmwareBefore, Backup.FIRMWARE, section(changes, Backup.FIRMWARE));
             }
             if (chap != null) {
-                ChapTable.compare(chap, chapBefore, Backup.CHAP, changes);
+                ChapTable.compare(chap, chapBefore, Backup.CHAP, section(changes, Backup.CHAP));
             }
             if (targets != null) {
-                targets.plan(Backup.TARGETS, changes);
+                targets.plan(Backup.TARGETS, section(changes, Backup.TARGETS));
             }
             if (isns != null) {
-                IsnsDiscovery.TABLE.compare(isns, isnsBefore, Backup.ISNS, changes);
+                IsnsDiscovery.TABLE.compare(isns, isnsBefore, Backup.ISNS, section(changes, Backup.ISNS));
             }
             return changes;
+        }
+
+        private static Differences section(Map<String, Differences> changes, String name) {
+            return changes.computeIfAbsent(name, section -> Differences.planned());
+        }
+
+        /** The sections and targets of the document that the adapter has already. */
+        List<String> unchanged() {
+            List<String> unchanged = new ArrayList<>();
+            changes().forEach((name, section) -> {
+                if (section.isEmpty() && !name.equals(Backup.TARGETS)) {
+                    unchanged.add(name);
+                }
+            });
+            if (targets != null && !targets.unchanged().isEmpty()) {
+                unchanged.add(Backup.TARGETS + " " + DeviceDatabaseEntry.ranges(targets.unchanged()));
+            }
+            return unchanged;
         }
 
         void forgetSecrets() {
@@ -133,12 +160,12 @@ final class BackupImport extends WriteCommand {
         }
         List<CHAPTableEntry> chapBefore = null;
         List<CHAPTableEntry> chap = null;
-        boolean chapDiffers = false;
         if (document.has(Backup.CHAP)) {
             chapBefore = ChapTable.readAll(adapter);
             chap = ChapTable.read(document.getAsJsonArray(Backup.CHAP), Backup.CHAP, chapBefore, hiddenSecret());
-            // The table as it is need not be written, and perhaps cannot be.
-            chapDiffers = !isSet(compare) && ChapTable.differs(chap, chapBefore, Backup.CHAP);
+            if (!isSet(compare)) {
+                ChapTable.requireWritable(chap, chapBefore, Backup.CHAP);
+            }
         }
         iSNSDiscoveryConfig isnsBefore = null;
         iSNSDiscoveryConfig isns = null;
@@ -147,7 +174,7 @@ final class BackupImport extends WriteCommand {
             isns = IsnsDiscovery.read(adapter);
             IsnsDiscovery.TABLE.read(document.get(Backup.ISNS), isns, Backup.ISNS);
         }
-        return new Plan(firmwareBefore, firmware, targets, chapBefore, chap, chapDiffers, isnsBefore, isns);
+        return new Plan(firmwareBefore, firmware, targets, chapBefore, chap, isnsBefore, isns);
     }
 
     // What is unlikely to be meant is not written.
@@ -183,27 +210,29 @@ final class BackupImport extends WriteCommand {
         plan = read(adapter);
         if (writes()) {
             Interruption.watch();
-            BackupSteps steps = new BackupSteps();
-            steps.add(Backup.FIRMWARE, plan.firmware, () -> FirmwareConfiguration.write(adapter, plan.firmware));
-            steps.add(Backup.CHAP, plan.chapDiffers ? plan.chap : null, () -> ChapTable.write(adapter, plan.chap));
-            steps.add(Backup.TARGETS, plan.targets, () -> plan.targets.write(adapter));
-            steps.add(Backup.ISNS, plan.isns, () -> IsnsDiscovery.write(adapter, plan.isns, null));
+            BackupSteps steps = new BackupSteps(plan.changes());
+            steps.add(Backup.FIRMWARE, () -> FirmwareConfiguration.write(adapter, plan.firmware));
+            steps.add(Backup.CHAP, () -> ChapTable.write(adapter, plan.chap));
+            steps.add(Backup.TARGETS, () -> plan.targets.writeChanged(adapter));
+            steps.add(Backup.ISNS, () -> IsnsDiscovery.write(adapter, plan.isns, null));
             steps.run();
         }
-        differences = isSet(dryRun) ? plan.changes() : compare(adapter);
+        differences = isSet(dryRun) ? null : compare(adapter);
     }
 
     @Override
     int report(Adapter adapter) throws IOException {
-        List<DevDBEntry> targets = plan.targets == null ? List.of() : plan.targets.wanted();
         int status;
         if (isSet(dryRun)) {
             status = reportPlan(adapter.dev);
         } else if (isSet(compare)) {
-            status = report("The document was compared with adapter " + adapter.dev + ".", List.of(), differences,
+            status = report("The document was compared with adapter " + adapter.dev + ".", List.of(), null, differences,
                 null);
         } else {
-            status = report("The settings of adapter " + adapter.dev + " were written.", targets, differences,
+            List<DevDBEntry> targets = plan.targets == null ? List.of() : plan.targets.changed();
+            String done = plan.losses(adapter.dev).isEmpty() ? "Nothing was written to adapter %d."
+                                                             : "The settings of adapter %d were written.";
+            status = report(done.formatted(adapter.dev), targets, plan.unchanged(), differences,
                 plan.targets == null ? null : Logins.await(adapter, targets));
         }
         plan.forgetSecrets();
@@ -213,10 +242,12 @@ final class BackupImport extends WriteCommand {
     private int reportPlan(int dev) throws IOException {
         List<Integer> staying = plan.targets == null ? List.of() : plan.targets.notNamed();
         List<String> losses = plan.losses(dev);
+        List<String> changes = plan.changes().values().stream().flatMap(section -> section.lines().stream()).toList();
         if (wantsJson()) {
             JsonWriter json = jsonWriter();
             json.beginObject().name("done").value("Nothing was written.");
-            writeLines(json, "changes", differences.lines());
+            writeLines(json, "changes", changes);
+            writeLines(json, "unchanged", plan.unchanged());
             writeLines(json, "losses", losses);
             writeLines(json, "refusals", refusals);
             json.name("onlyOnAdapter").beginArray();
@@ -226,7 +257,8 @@ final class BackupImport extends WriteCommand {
             json.endArray().endObject();
             finish(json);
         } else {
-            printLines("An import would change nothing.", "An import would change:", differences.lines());
+            printLines("An import would change nothing.", "An import would change:", changes);
+            printLines("", "Unchanged:", plan.unchanged());
             printLines("", "It asks first, since it", losses);
             if (!staying.isEmpty()) {
                 System.out.println("Only on the adapter, and staying there without --prune: target"

@@ -2,15 +2,21 @@ package com.varden.tavo.iscsi.hba;
 
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Map;
 
 /** Sections written one after the other; a failure or a signal in between tells which were and which were not. */
 final class BackupSteps {
     private final List<String> names = new ArrayList<>();
     private final List<Runnable> writes = new ArrayList<>();
+    private final Map<String, Differences> changes;
 
-    /** A section that is null is passed over. */
-    void add(String name, Object section, Runnable write) {
-        if (section != null) {
+    BackupSteps(Map<String, Differences> changes) {
+        this.changes = changes;
+    }
+
+    /** A section in which nothing changes is passed over. */
+    void add(String name, Runnable write) {
+        if (changes.containsKey(name) && !changes.get(name).isEmpty()) {
             names.add(name);
             writes.add(write);
         }

@@ -185,12 +185,12 @@ final class ChapTable {
         return "CHAP entry " + index + " (" + NAME.show(entry) + ")";
     }
 
-    /** Whether the table has to be written to become this one; refuses what cannot be written. */
-    static boolean differs(List<CHAPTableEntry> wanted, List<CHAPTableEntry> present, String place) {
+    /** Refuses a change of the table that cannot be written; the table as it is need not be. */
+    static void requireWritable(List<CHAPTableEntry> wanted, List<CHAPTableEntry> present, String place) {
         Differences differences = new Differences("in the file");
         compare(wanted, present, place, differences);
-        if (differences.lines().isEmpty()) {
-            return false;
+        if (differences.isEmpty()) {
+            return;
         }
         int cut = firstLinkTooLarge(wanted);
         if (cut >= 0) {
@@ -201,7 +201,6 @@ final class ChapTable {
             throw new BadInput(place + "[0]: the adapter has an entry 0, and a change of the table would empty it: "
                 + "name an empty entry 0");
         }
-        return true;
     }
 
     // What the adapter holds when this table was written: an empty entry 0, links of 8 bits.

@@ -217,11 +217,11 @@ public abstract class Command implements Callable<Integer> {
     }
 
     /**
-     * Says what was done, to which targets, what differs afterwards, and what became of logins, if any follow; returns
-     * the exit status.
+     * Says what was done, to which targets, what was left as it is if that was looked at, what differs afterwards, and
+     * what became of logins, if any follow; returns the exit status.
      */
-    final int report(String what, List<DevDBEntry> targets, Differences differences, Logins logins)
-        throws IOException {
+    final int report(String what, List<DevDBEntry> targets, List<String> unchanged, Differences differences,
+        Logins logins) throws IOException {
         List<String> lines = differences.lines();
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
@@ -234,6 +234,13 @@ public abstract class Command implements Callable<Integer> {
                 writer.value(target.getTargetID());
             }
             writer.endArray();
+            if (unchanged != null) {
+                writer.name("unchanged").beginArray();
+                for (String name : unchanged) {
+                    writer.value(name);
+                }
+                writer.endArray();
+            }
             if (logins != null) {
                 writer.name("logins");
                 logins.write(writer);
@@ -242,6 +249,9 @@ public abstract class Command implements Callable<Integer> {
             finish(writer);
         } else {
             System.out.println(what);
+            if (unchanged != null && !unchanged.isEmpty()) {
+                System.out.println("Unchanged: " + String.join("; ", unchanged) + ".");
+            }
             for (String line : logins == null ? List.<String>of() : logins.lines()) {
                 System.out.println(line);
             }

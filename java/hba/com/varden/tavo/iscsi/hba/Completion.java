@@ -2,6 +2,7 @@ package com.varden.tavo.iscsi.hba;
 
 import com.varden.tavo.iscsi.model.DevDBEntry;
 import com.varden.tavo.iscsi.model.HBA;
+import com.varden.tavo.iscsi.model.iSNSTarget;
 import java.io.IOException;
 import java.io.InputStream;
 import java.nio.charset.StandardCharsets;
@@ -104,9 +105,9 @@ final class Completion {
             Map<String, String> next = Commands.following(command);
             next.forEach((name, description) -> offer(word, name, description));
             List<PositionalParamSpec> all = spec().positionalParameters();
-            if (next.isEmpty() && parameters.size() < all.size()) {
-                completeValue(all.get(parameters.size()), word, "");
-            }
+            // The last one may take several values.
+            all.stream().filter(each -> next.isEmpty() && each.index().contains(parameters.size())).findFirst()
+                .ifPresent(each -> completeValue(each, word, ""));
         }
     }
 
@@ -123,6 +124,7 @@ final class Completion {
         switch (label) {
             case "DEV" -> offerAdapters(before + value, before);
             case "TARGET" -> offerTargets(before + value, before);
+            case "NAME" -> offerIsnsTargets(value);
             case "FILE" -> System.out.println(":files");
             case "LIBRARY" -> System.out.println(":folders");
             default -> {
@@ -155,6 +157,16 @@ final class Completion {
             try (Adapter adapter = Adapter.open(Adapter.INDEX.parse(parameters.get(0)).intValue(), null)) {
                 for (DevDBEntry entry : DeviceDatabaseEntry.readAll(adapter)) {
                     offer(typed, before + entry.getTargetID(), entry.getNodeInfo().getiSCSIName());
+                }
+            }
+        }
+    }
+
+    private void offerIsnsTargets(String typed) {
+        try (Adapter adapter = Adapter.open(Adapter.INDEX.parse(parameters.get(0)).intValue(), null)) {
+            for (iSNSTarget target : IsnsDiscovery.readTargets(adapter)) {
+                if (!parameters.contains(target.getiSCSIName())) {
+                    offer(typed, target.getiSCSIName(), target.getiSCSIAlias());
                 }
             }
         }

@@ -246,37 +246,62 @@ final class DeviceDatabaseChanges {
             adapter.api.setDDBData(adapter.dev, entry, entry.getTargetID()));
     }
 
+    /** The entries that differ from what the adapter has. */
+    List<DevDBEntry> changed() {
+        return wanted.stream().filter(this::isChanged).toList();
+    }
+
+    /** The IDs of the entries that the adapter has already. */
+    List<Integer> unchanged() {
+        return wanted.stream().filter(entry -> !isChanged(entry)).map(DevDBEntry::getTargetID).toList();
+    }
+
+    private boolean isChanged(DevDBEntry entry) {
+        DevDBEntry there = DeviceDatabaseEntry.find(present, entry.getTargetID());
+        if (there == null) {
+            return entry.getState() != TargetState.FREE;
+        }
+        Differences differences = new Differences("wanted");
+        DeviceDatabaseEntry.TABLE.compare(entry, there, "", differences);
+        return !differences.isEmpty();
+    }
+
     /** Writes the entries in order, and stops at a signal. Whether each was taken only reading them back can tell. */
     void write(Adapter adapter) {
-        for (int done = 0; done < wanted.size();) {
+        write(adapter, wanted);
+    }
+
+    /** Writes the entries that differ from what the adapter has. */
+    void writeChanged(Adapter adapter) {
+        write(adapter, changed());
+    }
+
+    private static void write(Adapter adapter, List<DevDBEntry> entries) {
+        for (int done = 0; done < entries.size();) {
             if (Interruption.isRequested()) {
-                throw new OperationFailed("interrupted: " + progress(done));
+                throw new OperationFailed("interrupted: " + progress(entries, done));
             }
-            Progress.show("writing targets", done, wanted.size());
-            int end = Math.min(done + BATCH, wanted.size());
-            DevDBEntry[] batch = wanted.subList(done, end).toArray(new DevDBEntry[0]);
-            int status = adapter.api.setDDBsData(adapter.dev, batch);
+            Progress.show("writing targets", done, entries.size());
+            int end = Math.min(done + BATCH, entries.size());
+            List<DevDBEntry> batch = entries.subList(done, end);
+            int status = adapter.api.setDDBsData(adapter.dev, batch.toArray(new DevDBEntry[0]));
             if (status != 0 && done > 0) {
-                Terminal.message(progress(done));
+                Terminal.message(progress(entries, done));
             }
-            adapter.check("writing the targets " + ranges(done, end), status);
+            adapter.check("writing the targets " + ranges(batch), status);
             done = end;
         }
         Progress.end();
     }
 
-    private String progress(int done) {
+    private static String progress(List<DevDBEntry> entries, int done) {
         return done == 0 ? "no target was written"
-            : "the targets " + ranges(0, done) + " (" + done + " of " + wanted.size() + ") were written, the targets "
-                + ranges(done, wanted.size()) + " were not";
+            : "the targets " + ranges(entries.subList(0, done)) + " (" + done + " of " + entries.size()
+                + ") were written, the targets " + ranges(entries.subList(done, entries.size())) + " were not";
     }
 
-    private String ranges(int from, int to) {
-        List<Integer> targets = new ArrayList<>();
-        for (DevDBEntry entry : wanted.subList(from, to)) {
-            targets.add(entry.getTargetID());
-        }
-        return DeviceDatabaseEntry.ranges(targets);
+    private static String ranges(List<DevDBEntry> entries) {
+        return DeviceDatabaseEntry.ranges(entries.stream().map(DevDBEntry::getTargetID).toList());
     }
 
     /** Notes each field in which the adapter's entries differ from those that were written. */

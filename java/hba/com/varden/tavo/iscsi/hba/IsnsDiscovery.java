@@ -131,7 +131,7 @@ final class IsnsDiscovery {
     }
 
     /** The targets that the server told of, each with its first portal. */
-    private static List<iSNSTarget> readTargets(Adapter adapter) {
+    static List<iSNSTarget> readTargets(Adapter adapter) {
         HBA hba = new HBA();
         int status = adapter.api.getiSNSTargets(adapter.dev, hba);
         if (Status.ERR_NOT_SUPPORTED.is(status) && !ENABLED.get(read(adapter))) {

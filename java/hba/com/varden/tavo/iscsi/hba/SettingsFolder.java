@@ -35,7 +35,15 @@ final class SettingsFolder {
             return Path.of("/var/lib", NAME);
         }
         String state = System.getenv("XDG_STATE_HOME");
-        return state != null && state.startsWith("/") ? Path.of(state, NAME)
-                                                      : Path.of(System.getProperty("user.home"), ".local/state", NAME);
+        if (isAbsolute(state)) {
+            return Path.of(state, NAME);
+        }
+        // Java's own user.home heeds the user database alone.
+        String home = System.getenv("HOME");
+        return Path.of(isAbsolute(home) ? home : System.getProperty("user.home"), ".local/state", NAME);
+    }
+
+    private static boolean isAbsolute(String folder) {
+        return folder != null && folder.startsWith("/");
     }
 }

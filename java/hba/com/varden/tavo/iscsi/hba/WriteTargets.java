@@ -70,6 +70,6 @@ abstract class WriteTargets extends WriteCommand {
     @Override
     int report(Adapter adapter) throws IOException {
         List<DevDBEntry> entries = written.wanted();
-        return report(what(adapter, entries), entries, differences, Logins.await(adapter, entries));
+        return report(what(adapter, entries), entries, null, differences, Logins.await(adapter, entries));
     }
 }

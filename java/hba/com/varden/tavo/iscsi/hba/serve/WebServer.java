@@ -20,7 +20,9 @@ final class WebServer {
     private static final int CONNECTIONS = 64;
     private static final int IDLE_CONNECTIONS = 32;
     private static final int IDLE_SECONDS = 10;
-    private static final int REQUEST_SECONDS = 10;
+    /** A client that is slow to ask keeps one of the connections from others no longer. */
+    private static final int REQUEST_SECONDS = 3;
+    private static final int ANSWER_SECONDS = 10;
     /** How often idle connections are looked at. */
     private static final int CLOCK_MILLISECONDS = 1000;
     private static final int HEADER_BYTES = 8192;
@@ -65,7 +67,7 @@ final class WebServer {
         System.setProperty("sun.net.httpserver.idleInterval", String.valueOf(IDLE_SECONDS));
         System.setProperty("sun.net.httpserver.clockTick", String.valueOf(CLOCK_MILLISECONDS));
         System.setProperty("sun.net.httpserver.maxReqTime", String.valueOf(REQUEST_SECONDS));
-        System.setProperty("sun.net.httpserver.maxRspTime", String.valueOf(REQUEST_SECONDS));
+        System.setProperty("sun.net.httpserver.maxRspTime", String.valueOf(ANSWER_SECONDS));
         System.setProperty("sun.net.httpserver.maxReqHeaderSize", String.valueOf(HEADER_BYTES));
         System.setProperty("sun.net.httpserver.maxReqHeaders", String.valueOf(HEADERS));
         System.setProperty("sun.net.httpserver.drainAmount", String.valueOf(HEADER_BYTES));
