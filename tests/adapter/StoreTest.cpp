@@ -99,6 +99,8 @@ TEST_F(Store, ForeignFilesAndLostRecordsAreRefused)
         place(foreign);
         EXPECT_EQ(look(), "refused") << "an empty file is not a fresh adapter";
     }
+    constexpr const char *misplaced = "UPDATE record SET bytes = (SELECT bytes FROM record WHERE kind = 'CHAP record'"
+                                      " AND number = 0) WHERE kind = 'CHAP record'";
     for (const char *sql : {
              "PRAGMA application_id = 1",
              "PRAGMA user_version = 2",
@@ -107,8 +109,7 @@ TEST_F(Store, ForeignFilesAndLostRecordsAreRefused)
              "DELETE FROM record",
              "DELETE FROM adapter",
              "UPDATE record SET number = 18 WHERE number = 17",
-             "UPDATE record SET bytes = (SELECT bytes FROM record WHERE kind = 'CHAP record' AND number = 0)"
-             " WHERE kind = 'CHAP record'",
+             misplaced,
              "UPDATE record SET bytes = 'text' WHERE number = 17",
              "UPDATE record SET adapter = 'TV2040A000117' WHERE kind = 'firmware block'",
              "UPDATE adapter SET census = zeroblob(24)",

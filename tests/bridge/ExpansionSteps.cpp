@@ -9,7 +9,8 @@ namespace
 {
 constexpr SD_UINT32 FAULT = 0x2000abcd; // tells %x from %X
 constexpr SD_UINT32 SLOTS = 512;        // of the device database
-constexpr SD_UINT32 SMALL_AREA = 264, LARGE_AREA = 2048, HEADER = 8, ENTRY = 8;
+constexpr SD_UINT32 SMALL_AREA = 264, LARGE_AREA = 2048;
+constexpr std::size_t HEADER = 8, ENTRY = 8;
 constexpr std::size_t ARRAY_LENGTH = 2;
 
 bool isNumber(const std::string &word)
@@ -61,7 +62,7 @@ Answer ExpansionRun::operate(const std::string &operation, const std::string &ar
 {
     statuses.push_back(FAULT);
     const bool fails = event(operation + arguments, true, std::move(statuses));
-    const Answer answer = answerOf(operation, record);
+    Answer answer = answerOf(operation, record);
     if (fails) {
         return {fault_.status, "", 0};
     }
@@ -250,14 +251,14 @@ void ExpansionRun::units(const Statement &s)
     if (status_ != 0) {
         return;
     }
-    const SD_UINT32 reported = (length + ENTRY - 1) / ENTRY, held = (area - HEADER) / ENTRY;
+    const std::size_t reported = (length + ENTRY - 1) / ENTRY, held = (area - HEADER) / ENTRY;
     if (reported > held) {
         out_.printed +=
             s.word(4).substr(1) + ": " + std::to_string(reported) + " reported, " + std::to_string(held) + " read\n";
     }
     const std::string bytes = frame_.records["REPORT_LUNS"] + std::string(LARGE_AREA, '\0');
     // A list without entries stands for unit 0.
-    for (SD_UINT32 i = 0; i < std::clamp(reported, 1U, held) && status_ == 0; ++i) {
+    for (std::size_t i = 0; i < std::clamp<std::size_t>(reported, 1, held) && status_ == 0; ++i) {
         const std::string lun = length == 0 ? "0" : hex(bytes.data() + HEADER + i * ENTRY, 2);
         if (lookUp(s.word(5), "(I)V", s.word(6))) {
             call(s.word(5) + " " + std::to_string(unhexNumber(lun)));
