@@ -82,13 +82,12 @@ TEST(HostileLibrary, countsBeyondTheBuffer)
 // The library that minds the room says 128 of 129; a table may also have shrunk between the two calls.
 TEST(HostileLibrary, chapTableThatFillsItsRoom)
 {
-    for (const auto &[second, printed] :
-         {std::pair(128U, "CHAP table cut: 129 reported, 128 read\n"), std::pair(127U, "")}) {
+    for (SD_UINT32 second : {128U, 127U}) {
         World world(nativeMethod("getCHAPTableData"));
         const Outcome outcome = hostile(world, [&](const Operation &operation) {
             return Answer{0, "", operation.name == "SDGetCHAPEntryNum" ? 129 : second};
         });
-        EXPECT_EQ(outcome.printed, printed);
+        EXPECT_EQ(outcome.printed, second == 128 ? "CHAP table cut: 129 reported, 128 read\n" : "");
     }
 }
 

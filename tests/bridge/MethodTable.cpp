@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <set>
 
 namespace
 {
@@ -127,8 +128,12 @@ MethodTable read()
             refuse(section.line, "not a section: " + kind);
         }
     }
+    std::set<std::string> named;
+    for (const Statement &one : table.cases) {
+        named.insert(one.word(2));
+    }
     for (const auto &[name, method] : table.methods) {
-        if (std::ranges::none_of(table.cases, [&](const Statement &one) { return one.word(2) == name; })) {
+        if (!named.contains(name)) {
             table.cases.push_back({method.line, 0, {"case", "plain", name}, {}});
         }
     }

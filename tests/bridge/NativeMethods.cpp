@@ -69,7 +69,7 @@ std::string letterOf()
 
 template <typename Result, typename... Parameters>
 NativeMethod native(const char *name, Result (*function)(JNIEnv *, jobject, Parameters...),
-                    std::vector<std::string> objects = {}, std::vector<jint> numbers = {})
+                    std::vector<std::string> objects = {}, const std::vector<jint> &numbers = {})
 {
     const auto call = [=](JNIEnv *env, World &world) -> std::string {
         Arguments arguments{world, {world.dev}};

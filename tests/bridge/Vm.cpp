@@ -9,7 +9,7 @@
 
 namespace
 {
-const std::string MODEL = "com/varden/tavo/iscsi/model/";
+constexpr const char *MODEL = "com/varden/tavo/iscsi/model/";
 
 JavaVM *create()
 {
@@ -82,7 +82,7 @@ World::World(const NativeMethod &nativeMethodToCall) : method(nativeMethodToCall
 {
     env->PushLocalFrame(64);
     const auto create = [this](const std::string &type, const std::string &name) {
-        jclass found = env->FindClass((MODEL + type).c_str());
+        jclass found = env->FindClass((std::string(MODEL) + type).c_str());
         mustBeClear(env, "finding class " + type);
         objects.emplace_back(name, env->NewObject(found, env->GetMethodID(found, "<init>", "()V")));
         mustBeClear(env, "creating " + name);

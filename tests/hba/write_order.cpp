@@ -9,7 +9,8 @@
 
 static void note(const std::string &line)
 {
-    const int log = open(std::getenv("WRITE_ORDER_LOG"), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    const char *name = std::getenv("WRITE_ORDER_LOG");
+    const int log = open(name == nullptr ? "" : name, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     [[maybe_unused]] const ssize_t written = write(log, line.data(), line.size());
     close(log);
 }

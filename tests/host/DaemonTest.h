@@ -14,9 +14,9 @@
 #include <stdexcept>
 #include <utility>
 
-inline const std::string OPEN = "iqn.2024-01.example:open";
-inline const std::string GUARDED = "iqn.2024-01.example:guarded"; // asks initiators for a proof
-inline const std::string MUTUAL = "iqn.2024-01.example:mutual";   // and gives one itself
+inline constexpr const char *OPEN = "iqn.2024-01.example:open";
+inline constexpr const char *GUARDED = "iqn.2024-01.example:guarded"; // asks initiators for a proof
+inline constexpr const char *MUTUAL = "iqn.2024-01.example:mutual";   // and gives one itself
 
 class DaemonTest : public testing::Test
 {
@@ -36,7 +36,7 @@ protected:
     void startDaemon()
     {
         daemon_ = startShell("become_daemon '" + folder_.path.string() + "' 127.0.0.1:" + std::to_string(tcpPort_));
-        administer("await_daemon; add_target 1 " + OPEN + "; add_unit 1 1 --bstype null -b /dev/null"
+        administer(std::string("await_daemon; add_target 1 ") + OPEN + "; add_unit 1 1 --bstype null -b /dev/null"
                    + "; add_target 2 " + GUARDED + "; add_account 2 initiator 'initiators secret'" + "; add_target 3 "
                    + MUTUAL + "; add_account 3 another 'another initiators secret'"
                    + "; add_account 3 target 'secret of the target' --outgoing");

@@ -46,8 +46,7 @@ TEST_F(Target, ChapProvesBothSides)
     const Credentials target = credentials("target", "secret of the target");
     const Credentials unusable = credentials("initiator", std::string("with\0zero byte", 14)); // libiscsi takes texts
     struct {
-        const char *what;
-        const std::string &name;
+        const char *what, *name;
         std::optional<Credentials> own, targets;
         Reach reach;
         SD_UINT16 status;
