@@ -1,7 +1,7 @@
 # Completion of hba for bash. The tool itself knows what may follow; it answers with a candidate and what that is.
 _hba() {
   local current=${COMP_WORDS[COMP_CWORD]} words=() i candidate what
-  # bash parts words at = and :, which belong to those with an option and to iSCSI names.
+  # bash parts words at = and :, which are part of options and of iSCSI names.
   for ((i = 1; i <= COMP_CWORD; i++)); do
     if ((i > 1)) && [[ ${COMP_WORDS[i]} == [=:] || ${COMP_WORDS[i - 1]} == [=:] ]]; then
       words[-1]+=${COMP_WORDS[i]}

@@ -18,6 +18,11 @@ std::string upper(std::string text)
     return text;
 }
 
+std::string littleEndian(SD_UINT32 value)
+{
+    return {reinterpret_cast<const char *>(&value), sizeof value};
+}
+
 // The printed line of a message's form or of a quoted text.
 std::string lineOf(const std::string &word, const std::string &name, SD_UINT32 status)
 {
@@ -40,11 +45,6 @@ SD_UINT32 numberOf(const std::string &bytes)
     SD_UINT32 value = 0;
     std::ranges::copy(bytes, reinterpret_cast<char *>(&value));
     return value;
-}
-
-std::string littleEndian(SD_UINT32 value)
-{
-    return {reinterpret_cast<const char *>(&value), sizeof value};
 }
 
 bool ExpansionRun::event(const std::string &text, bool canFail, std::vector<SD_UINT32> statuses)

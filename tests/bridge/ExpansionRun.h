@@ -17,9 +17,8 @@ struct RecordView {
     const Layout *layout = nullptr;
 };
 
-// A little-endian number of up to four bytes, and back.
+// A little-endian number of up to four bytes.
 SD_UINT32 numberOf(const std::string &bytes);
-std::string littleEndian(SD_UINT32 value);
 
 class ExpansionRun
 {
@@ -50,7 +49,7 @@ private:
     void call(const std::string &text);
     // When something failed, prints the line, in which %s is the name and %x the status, and takes the status.
     bool failIf(bool failed, SD_UINT32 status, const std::string &line, const std::string &name = "");
-    // Fails with the statement's line, or the status that it names.
+    // Fails with the statement's line and, where it names another status, with that.
     void failAs(const Statement &s, SD_UINT32 status);
     // A failure does not end the method.
     void forget();

@@ -82,7 +82,7 @@ struct WatchedTable {
         return w.made(w.vm_->NewObjectV(cls, id, values));
     }
 
-    // What all calls have in common: written down, counted, and carried out by the VM unless they fail.
+    // What all calls have in common: written down, and carried out by the VM unless they fail.
     template <typename Work>
     static void call(JNIEnv *env, jobject object, jmethodID id, char result, va_list values, const Work &carryOut)
     {

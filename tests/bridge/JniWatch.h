@@ -1,6 +1,6 @@
 // A JNIEnv of the tests' own, in front of the VM's: the code under test gets its function table, every call is carried
-// out by the real VM, and on the way it is written down, counted, kept on the books and, when a test asks, made to
-// fail. Functions that the bridge has no business with end the program.
+// out by the real VM, and on the way it is written down, kept on the books and, when a test asks, made to fail.
+// Functions that the bridge has no business with end the program.
 #pragma once
 
 #include <jni.h>

@@ -43,7 +43,7 @@ final class BackupImport extends WriteCommand {
         /** What a write costs; nothing when it changes nothing. */
         List<String> losses(int dev) {
             List<String> losses = new ArrayList<>();
-            if (changes().values().stream().anyMatch(section -> !section.isEmpty())) {
+            if (changesAnything()) {
                 losses.add("overwrites the settings of adapter " + dev);
             }
             if (firmware != null) {
@@ -78,6 +78,10 @@ final class BackupImport extends WriteCommand {
                 IsnsDiscovery.TABLE.compare(isns, isnsBefore, Backup.ISNS, section(changes, Backup.ISNS));
             }
             return changes;
+        }
+
+        boolean changesAnything() {
+            return changes().values().stream().anyMatch(section -> !section.isEmpty());
         }
 
         private static Differences section(Map<String, Differences> changes, String name) {
@@ -230,8 +234,8 @@ final class BackupImport extends WriteCommand {
                 null);
         } else {
             List<DevDBEntry> targets = plan.targets == null ? List.of() : plan.targets.changed();
-            String done = plan.losses(adapter.dev).isEmpty() ? "Nothing was written to adapter %d."
-                                                             : "The settings of adapter %d were written.";
+            String done = plan.changesAnything() ? "The settings of adapter %d were written."
+                                                 : "Nothing was written to adapter %d.";
             status = report(done.formatted(adapter.dev), targets, plan.unchanged(), differences,
                 plan.targets == null ? null : Logins.await(adapter, targets));
         }
@@ -268,14 +272,6 @@ final class BackupImport extends WriteCommand {
             System.out.println("Nothing was written.");
         }
         return refusals.isEmpty() ? DONE : FAILED;
-    }
-
-    private static void writeLines(JsonWriter json, String name, List<String> lines) throws IOException {
-        json.name(name).beginArray();
-        for (String line : lines) {
-            json.value(line);
-        }
-        json.endArray();
     }
 
     private static void printLines(String none, String heading, List<String> lines) {

@@ -225,21 +225,15 @@ public abstract class Command implements Callable<Integer> {
         List<String> lines = differences.lines();
         if (wantsJson()) {
             JsonWriter writer = jsonWriter();
-            writer.beginObject().name("done").value(what).name("differences").beginArray();
-            for (String line : lines) {
-                writer.value(line);
-            }
-            writer.endArray().name("targetIDs").beginArray();
+            writer.beginObject().name("done").value(what);
+            writeLines(writer, "differences", lines);
+            writer.name("targetIDs").beginArray();
             for (DevDBEntry target : targets) {
                 writer.value(target.getTargetID());
             }
             writer.endArray();
             if (unchanged != null) {
-                writer.name("unchanged").beginArray();
-                for (String name : unchanged) {
-                    writer.value(name);
-                }
-                writer.endArray();
+                writeLines(writer, "unchanged", unchanged);
             }
             if (logins != null) {
                 writer.name("logins");
@@ -261,6 +255,15 @@ public abstract class Command implements Callable<Integer> {
             }
         }
         return lines.isEmpty() ? DONE : FAILED;
+    }
+
+    /** Writes a member of the result that is a list of texts. */
+    static void writeLines(JsonWriter writer, String name, List<String> lines) throws IOException {
+        writer.name(name).beginArray();
+        for (String line : lines) {
+            writer.value(line);
+        }
+        writer.endArray();
     }
 
     /**
